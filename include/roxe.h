@@ -30,25 +30,25 @@
 #endif
 
 #ifdef __cplusplus
-#define ROXE_ENUM(type) enum : type
+#define ROXE_UNDERLYING(type) : type
 extern "C" {
 #else
-#define ROXE_ENUM(type) enum
+#define ROXE_UNDERLYING(type)
 #endif
 
 // Pixel formats.
-ROXE_ENUM(uint32_t) {
-  kRoxeFormatRGB24 = 0,  // three bytes a pixel: blue, green, red
-  kRoxeFormatGray8 = 3   // one byte a pixel: masks and single planes
+enum RoxeFormat ROXE_UNDERLYING(uint32_t){
+    kRoxeFormatRGB24 = 0,  // three bytes a pixel: blue, green, red
+    kRoxeFormatGray8 = 3   // one byte a pixel: masks and single planes
 };
 
 // Status codes, the results of most operations.
-ROXE_ENUM(int32_t) {
-  kRoxeOK = 0,          // success, or nothing to do
-  kRoxeErrInvalid = 1,  // a record is malformed, or memory or a table could not be had
-  kRoxeErrNull = 2,     // a record is missing
-  kRoxeErrFailed = 3,   // a stage failed after the checks had passed
-  kRoxeErrParam = 4     // another parameter is unusable
+enum RoxeStatus ROXE_UNDERLYING(int32_t){
+    kRoxeOK = 0,          // success, or nothing to do
+    kRoxeErrInvalid = 1,  // a record is malformed, or memory or a table could not be had
+    kRoxeErrNull = 2,     // a record is missing
+    kRoxeErrFailed = 3,   // a stage failed after the checks had passed
+    kRoxeErrParam = 4     // another parameter is unusable
 };
 
 // A picture in the host's memory. Row y starts y * rowBytes bytes after pixels; rows run top to
@@ -72,10 +72,11 @@ typedef struct Quad {
 } Quad;
 
 #if defined(__cplusplus)
-#define ROXE_OFFSET(type, field, bytes) \
-  static_assert(offsetof(type, field) == (bytes), "the layout of " #type " is part of the interface")
+#define ROXE_OFFSET(type, field, bytes)           \
+  static_assert(offsetof(type, field) == (bytes), \
+                "the layout of " #type " is part of the interface")
 #elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
-#define ROXE_OFFSET(type, field, bytes)               \
+#define ROXE_OFFSET(type, field, bytes)            \
   _Static_assert(offsetof(type, field) == (bytes), \
                  "the layout of " #type " is part of the interface")
 #else  // C99: an array of negative size does not compile
@@ -99,10 +100,10 @@ ROXE_OFFSET(Quad, y3, 28);
 
 // Checks a record, in this order.
 //
-// Returns kRoxeErrNull for a missing record. For RGB24 and Gray8: kRoxeErrInvalid if width or height
-// is below 1, if the row needs more bytes (3 * width or width, in 32 bits that wrap) than rowBytes,
-// or if pixels is null. kRoxeOK otherwise, and at once for any other format: such a record passes
-// unexamined.
+// Returns kRoxeErrNull for a missing record. For RGB24 and Gray8: kRoxeErrInvalid if width or
+// height is below 1, if the row needs more bytes (3 * width or width, in 32 bits that wrap) than
+// rowBytes, or if pixels is null. kRoxeOK otherwise, and at once for any other format: such a
+// record passes unexamined.
 ROXE_API int32_t roxeVerifyPixelArray(const PixelArray* image);
 
 // ---------------------------------------------------------------------------------------- geometry
@@ -113,17 +114,19 @@ ROXE_API int32_t roxeVerifyPixelArray(const PixelArray* image);
 // src, dst                  src is RGB24; dst is written as 24-bit whatever its format.
 // srcCentreX, srcCentreY    the centre of rotation, in source pixels
 // dstCentreX, dstCentreY    where that point comes to lie, in destination pixels
-// angle                     radians. The destination pixel at offset (x, y) from its centre shows the
-//                           source at offset (cos(angle) x + sin(angle) y, cos(angle) y - sin(angle) x)
-//                           from its own: on screen (y down) the picture turns clockwise by angle.
+// angle                     radians. The destination pixel at offset (x, y) from its centre shows
+// the
+//                           source at offset (cos(angle) x + sin(angle) y, cos(angle) y -
+//                           sin(angle) x) from its own: on screen (y down) the picture turns
+//                           clockwise by angle.
 //
 // A destination pixel is written only where its source position lies strictly between the first and
 // the last column and row; the others, among them a seam of one pixel at angle 0, are left as they
 // were. If src and dst share memory, pixels are written in row order and later ones read what
 // earlier ones wrote. An angle that is not finite writes nothing.
 //
-// Returns 2 or 1 from roxeVerifyPixelArray, src first; otherwise kRoxeOK. A source that is not RGB24
-// gives kRoxeOK and writes nothing. Allocates nothing.
+// Returns 2 or 1 from roxeVerifyPixelArray, src first; otherwise kRoxeOK. A source that is not
+// RGB24 gives kRoxeOK and writes nothing. Allocates nothing.
 ROXE_API int32_t roxeRotateImage(const PixelArray* src, int32_t srcCentreX, int32_t srcCentreY,
                                  float angle, PixelArray* dst, int32_t dstCentreX,
                                  int32_t dstCentreY);
@@ -146,9 +149,11 @@ ROXE_API int32_t roxeuAutoStraightenImage(const PixelArray* src, int32_t x1, int
 //
 // src, dst     used as 24-bit whatever their formats. If they share memory, pixels are written in
 //              row order and later ones read what earlier ones wrote.
-// quad         the corners in src. If dstQuad is null they may start anywhere and run either way, and
+// quad         the corners in src. If dstQuad is null they may start anywhere and run either way,
+// and
 //              are reordered in place: top left, top right, bottom right, bottom left.
-// dstQuad      where the four corners of quad come to lie in dst, corner by corner; quad is then left
+// dstQuad      where the four corners of quad come to lie in dst, corner by corner; quad is then
+// left
 //              as it is. Null: the corners of rect.
 // rect         the area of dst to draw. It may reach past dst on any side but must overlap it. Its
 //              exclusive right and bottom edges are where the right and bottom corners are mapped.
@@ -157,20 +162,20 @@ ROXE_API int32_t roxeuAutoStraightenImage(const PixelArray* src, int32_t x1, int
 // between -1 and 0 extrapolate from the first column or row, and their values wrap to 8 bits.
 //
 // Returns 2 or 1 from roxeVerifyPixelArray, src first; kRoxeErrParam if quad is null or not convex,
-// if rect is empty or outside dst, or if memory for the mapping cannot be had; kRoxeErrFailed if dst,
-// a record of unknown format, has no pixels to draw; otherwise kRoxeOK.
+// if rect is empty or outside dst, or if memory for the mapping cannot be had; kRoxeErrFailed if
+// dst, a record of unknown format, has no pixels to draw; otherwise kRoxeOK.
 ROXE_API int32_t roxeAffineTransform(const PixelArray* src, PixelArray* dst, Quad* quad,
                                      const Quad* dstQuad, PixelRect rect);
 
-// Proposes the natural size of a quadrilateral drawn upright: the average of opposite edges, rounded
-// down.
+// Proposes the natural size of a quadrilateral drawn upright: the average of opposite edges,
+// rounded down.
 //
 // quad                   the corners; reordered in place as by roxeAffineTransform when accepted
 // unused1 ... unused3    have no effect
 // outWidth, outHeight    receive the size in pixels, both at least 1; either may be null
 //
-// Returns 1, not a status code, on success; 0 if quad is null, two corners coincide, three lie on one
-// line or the corners are not convex; then nothing is written.
+// Returns 1, not a status code, on success; 0 if quad is null, two corners coincide, three lie on
+// one line or the corners are not convex; then nothing is written.
 ROXE_API int32_t roxeGetPerspectiveDistortionCorrectionSize(Quad* quad, int32_t unused1,
                                                             int32_t unused2, int32_t unused3,
                                                             int32_t* outWidth, int32_t* outHeight);
@@ -181,8 +186,8 @@ ROXE_API int32_t roxeGetPerspectiveDistortionCorrectionSize(Quad* quad, int32_t 
 // src, dst, quad, rect    as for roxeAffineTransform without dstQuad; quad is sorted twice
 // unused1, unused2        have no effect
 //
-// Returns 2 on success. Returns 4 if quad is null or has no natural size, and 0 if the drawing failed
-// for any other reason (records, rectangle, memory).
+// Returns 2 on success. Returns 4 if quad is null or has no natural size, and 0 if the drawing
+// failed for any other reason (records, rectangle, memory).
 ROXE_API int32_t roxePerspectiveDistortionCorrection(const PixelArray* src, PixelArray* dst,
                                                      Quad* quad, int32_t unused1, int32_t unused2,
                                                      PixelRect rect);
@@ -192,9 +197,11 @@ ROXE_API int32_t roxePerspectiveDistortionCorrection(const PixelArray* src, Pixe
 // Soft focus: blurs src into dst (three box blurs, close to a Gaussian), then pulls each pixel back
 // towards the source in proportion to a mask that is itself blurred first.
 //
-// src, dst      RGB24 of the same size. In place the source is already blurred when it is blended, so
+// src, dst      RGB24 of the same size. In place the source is already blurred when it is blended,
+// so
 //               the mask has no effect.
-// mask          Gray8 of the same size: 255 keeps the source (up to one level below it), 0 the blurred
+// mask          Gray8 of the same size: 255 keeps the source (up to one level below it), 0 the
+// blurred
 //               picture. May be null: the blurred picture.
 // radius        window length of the blur in pixels (a diameter, despite its name); 1 or less: none
 // maskRadius    the same for the mask
@@ -202,8 +209,8 @@ ROXE_API int32_t roxePerspectiveDistortionCorrection(const PixelArray* src, Pixe
 // Means are rounded down, so a white area becomes 254 or less where it is blurred.
 //
 // Returns 2 if src, dst or mask fails verification in any way; 4 for a wrong format or different
-// sizes; 1 if memory for the mask cannot be had; otherwise 0. Memory that cannot be had for the blur
-// itself is not reported. Except on 0 dst is untouched.
+// sizes; 1 if memory for the mask cannot be had; otherwise 0. Memory that cannot be had for the
+// blur itself is not reported. Except on 0 dst is untouched.
 ROXE_API int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const PixelArray* mask,
                                int32_t radius, int32_t maskRadius);
 
@@ -213,8 +220,8 @@ ROXE_API int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const Pix
 // area that both hold; the rest of the destination stays. The selection is by distance from a
 // reference colour in a cone of hue, saturation and value.
 
-// Replaces a colour: shifts hue, saturation and value of the pixels near a reference colour, fully at
-// the reference and fading to nothing at the edge of the tolerance.
+// Replaces a colour: shifts hue, saturation and value of the pixels near a reference colour, fully
+// at the reference and fading to nothing at the edge of the tolerance.
 //
 // blue, green, red      the reference colour, 0 ... 255; above 255 counts as 255
 // tolerance             0 ... 200 steps of distance; above 200 counts as 200
@@ -222,10 +229,11 @@ ROXE_API int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const Pix
 // saturationShift       percent of the full scale, -100 ... 100. Greys stay grey.
 // valueShift            percent of the full scale, -100 ... 100
 //
-// Always returns kRoxeOK; a missing record or missing pixels: nothing is touched. Allocates nothing.
+// Always returns kRoxeOK; a missing record or missing pixels: nothing is touched. Allocates
+// nothing.
 ROXE_API int32_t roxeReplaceColor(const PixelArray* src, PixelArray* dst, uint32_t blue,
-                                  uint32_t green, uint32_t red, uint32_t tolerance, int32_t hueShift,
-                                  int32_t saturationShift, int32_t valueShift);
+                                  uint32_t green, uint32_t red, uint32_t tolerance,
+                                  int32_t hueShift, int32_t saturationShift, int32_t valueShift);
 
 // Draws the selection of roxeReplaceColor as a grey picture in three equal channels: 255 at the
 // reference colour, 0 beyond the tolerance. Parameters and result as there.
@@ -238,12 +246,13 @@ ROXE_API int32_t roxeReplaceColorMask(const PixelArray* src, PixelArray* mask, u
 // blue, green, red      the reference colour, 0 ... 255; above 255 counts as 255
 // tolerance             0 ... 200 steps of distance; above 200 counts as 200
 //
-// Always returns kRoxeOK; a missing record or missing pixels: nothing is touched. Allocates nothing.
-ROXE_API int32_t roxeColorTint(const PixelArray* src, PixelArray* dst, uint32_t blue, uint32_t green,
-                               uint32_t red, uint32_t tolerance);
+// Always returns kRoxeOK; a missing record or missing pixels: nothing is touched. Allocates
+// nothing.
+ROXE_API int32_t roxeColorTint(const PixelArray* src, PixelArray* dst, uint32_t blue,
+                               uint32_t green, uint32_t red, uint32_t tolerance);
 
-// The same selection as roxeReplaceColorMask, under the name that belongs to roxeColorTint. It fades
-// with the curve of the replacement; the tint itself fades linearly.
+// The same selection as roxeReplaceColorMask, under the name that belongs to roxeColorTint. It
+// fades with the curve of the replacement; the tint itself fades linearly.
 ROXE_API int32_t roxeColorTintMask(const PixelArray* src, PixelArray* mask, uint32_t blue,
                                    uint32_t green, uint32_t red, uint32_t tolerance);
 
@@ -265,8 +274,9 @@ ROXE_API int32_t roxeColorTemperature(const PixelArray* src, PixelArray* dst, in
 // Corrects exposure with one gamma (0.65 ... 1.2) chosen from the histogram of the green channel so
 // that the weighted slope of the curve is largest.
 //
-// src, dst    src is RGB24; dst is written as 24-bit whatever its format. The common area is written.
-// rect        the region whose histogram is taken, or null for the whole picture. Negative sides
+// src, dst    src is RGB24; dst is written as 24-bit whatever its format. The common area is
+// written. rect        the region whose histogram is taken, or null for the whole picture. Negative
+// sides
 //             count as 0; what lies past the last row or past the bytes of a row is not read.
 //
 // Returns 2 or 1 from roxeVerifyPixelArray, src first; kRoxeErrInvalid for an empty region or if
@@ -274,8 +284,8 @@ ROXE_API int32_t roxeColorTemperature(const PixelArray* src, PixelArray* dst, in
 // nothing. Except on kRoxeOK dst is untouched.
 ROXE_API int32_t roxeAutoGamma(const PixelArray* src, PixelArray* dst, const PixelRect* rect);
 
-// Opens shadows, tames highlights and changes the contrast of the midtones, by the brightness of the
-// surroundings of each pixel. The same amount is added to all three channels.
+// Opens shadows, tames highlights and changes the contrast of the midtones, by the brightness of
+// the surroundings of each pixel. The same amount is added to all three channels.
 //
 // src, dst              used as 24-bit; the common area is written
 // shadow, highlight     amounts, 0 (none) ... 100
@@ -304,6 +314,6 @@ ROXE_API int32_t roxeVariations(const PixelArray* src, PixelArray* dst, int32_t 
 #ifdef __cplusplus
 }  // extern "C"
 #endif
-#undef ROXE_ENUM
+#undef ROXE_UNDERLYING
 
 #endif  // ROXE_H_

@@ -36,20 +36,22 @@ extern "C" {
 #define ROXE_UNDERLYING(type)
 #endif
 
+// clang-format off
 // Pixel formats.
-enum RoxeFormat ROXE_UNDERLYING(uint32_t){
-    kRoxeFormatRGB24 = 0,  // three bytes a pixel: blue, green, red
-    kRoxeFormatGray8 = 3   // one byte a pixel: masks and single planes
+enum RoxeFormat ROXE_UNDERLYING(uint32_t) {
+  kRoxeFormatRGB24 = 0,  // three bytes a pixel: blue, green, red
+  kRoxeFormatGray8 = 3   // one byte a pixel: masks and single planes
 };
 
 // Status codes, the results of most operations.
-enum RoxeStatus ROXE_UNDERLYING(int32_t){
-    kRoxeOK = 0,          // success, or nothing to do
-    kRoxeErrInvalid = 1,  // a record is malformed, or memory or a table could not be had
-    kRoxeErrNull = 2,     // a record is missing
-    kRoxeErrFailed = 3,   // a stage failed after the checks had passed
-    kRoxeErrParam = 4     // another parameter is unusable
+enum RoxeStatus ROXE_UNDERLYING(int32_t) {
+  kRoxeOK = 0,          // success, or nothing to do
+  kRoxeErrInvalid = 1,  // a record is malformed, or memory or a table could not be had
+  kRoxeErrNull = 2,     // a record is missing
+  kRoxeErrFailed = 3,   // a stage failed after the checks had passed
+  kRoxeErrParam = 4     // another parameter is unusable
 };
+// clang-format on
 
 // A picture in the host's memory. Row y starts y * rowBytes bytes after pixels; rows run top to
 // bottom. The host's own record may go on after these five fields.
@@ -115,8 +117,7 @@ ROXE_API int32_t roxeVerifyPixelArray(const PixelArray* image);
 // srcCentreX, srcCentreY    the centre of rotation, in source pixels
 // dstCentreX, dstCentreY    where that point comes to lie, in destination pixels
 // angle                     radians. The destination pixel at offset (x, y) from its centre shows
-// the
-//                           source at offset (cos(angle) x + sin(angle) y, cos(angle) y -
+//                           the source at offset (cos(angle) x + sin(angle) y, cos(angle) y -
 //                           sin(angle) x) from its own: on screen (y down) the picture turns
 //                           clockwise by angle.
 //
@@ -150,11 +151,9 @@ ROXE_API int32_t roxeuAutoStraightenImage(const PixelArray* src, int32_t x1, int
 // src, dst     used as 24-bit whatever their formats. If they share memory, pixels are written in
 //              row order and later ones read what earlier ones wrote.
 // quad         the corners in src. If dstQuad is null they may start anywhere and run either way,
-// and
-//              are reordered in place: top left, top right, bottom right, bottom left.
+//              and are reordered in place: top left, top right, bottom right, bottom left.
 // dstQuad      where the four corners of quad come to lie in dst, corner by corner; quad is then
-// left
-//              as it is. Null: the corners of rect.
+//              left as it is. Null: the corners of rect.
 // rect         the area of dst to draw. It may reach past dst on any side but must overlap it. Its
 //              exclusive right and bottom edges are where the right and bottom corners are mapped.
 //
@@ -198,11 +197,9 @@ ROXE_API int32_t roxePerspectiveDistortionCorrection(const PixelArray* src, Pixe
 // towards the source in proportion to a mask that is itself blurred first.
 //
 // src, dst      RGB24 of the same size. In place the source is already blurred when it is blended,
-// so
-//               the mask has no effect.
+//               so the mask has no effect.
 // mask          Gray8 of the same size: 255 keeps the source (up to one level below it), 0 the
-// blurred
-//               picture. May be null: the blurred picture.
+//               blurred picture. May be null: the blurred picture.
 // radius        window length of the blur in pixels (a diameter, despite its name); 1 or less: none
 // maskRadius    the same for the mask
 //
@@ -275,8 +272,8 @@ ROXE_API int32_t roxeColorTemperature(const PixelArray* src, PixelArray* dst, in
 // that the weighted slope of the curve is largest.
 //
 // src, dst    src is RGB24; dst is written as 24-bit whatever its format. The common area is
-// written. rect        the region whose histogram is taken, or null for the whole picture. Negative
-// sides
+//             written.
+// rect        the region whose histogram is taken, or null for the whole picture. Negative sides
 //             count as 0; what lies past the last row or past the bytes of a row is not read.
 //
 // Returns 2 or 1 from roxeVerifyPixelArray, src first; kRoxeErrInvalid for an empty region or if

@@ -1,0 +1,61 @@
+// What an operation may touch of a host's picture, and the walk over two pictures that the
+// pixel-by-pixel operations share.
+#ifndef ROXE_FRAME_PIXEL_ARRAY_H_
+#define ROXE_FRAME_PIXEL_ARRAY_H_
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "roxe.h"
+
+namespace roxe {
+
+// First byte of row y. The only place where y is multiplied by rowBytes.
+inline uint8_t* row_of(const PixelArray& image, int32_t y) {
+  return image.pixels + static_cast<ptrdiff_t>(y) * image.rowBytes;
+}
+
+// Columns of a record used as 24-bit that its rows really hold: at most rowBytes / 3, none without
+// pixels. Also right for a width that wraps when it is multiplied by 3.
+inline int32_t columns_24(const PixelArray& image) {
+  if (!image.pixels) return 0;
+  return std::max(0, std::min(image.width, image.rowBytes / 3));
+}
+
+// The same for a record used as 8-bit.
+inline int32_t columns_8(const PixelArray& image) {
+  if (!image.pixels) return 0;
+  return std::max(0, std::min(image.width, image.rowBytes));
+}
+
+inline int32_t rows_of(const PixelArray& image) { return std::max(0, image.height); }
+
+// Whether two records used as 24-bit share any memory between their first and last pixel bytes.
+bool overlap_24(const PixelArray& a, const PixelArray& b);
+
+// Whether every row of the one starts where the same row of the other does.
+inline bool same_rows(const PixelArray& a, const PixelArray& b) {
+  return a.pixels == b.pixels && a.rowBytes == b.rowBytes;
+}
+
+// Calls row(src_row, dst_row, count) for the area that two records used as 24-bit both hold, top to
+// bottom. The two rows of a call are the same or disjoint: pictures that overlap in any other way
+// are handed over pixel by pixel (count 1), so that later pixels see what earlier ones wrote.
+template <class Row>
+void map_rows_24(const PixelArray& src, const PixelArray& dst, const Row& row) {
+  const int32_t columns = std::min(columns_24(src), columns_24(dst));
+  const int32_t rows = std::min(rows_of(src), rows_of(dst));
+  const bool pixel_by_pixel = !same_rows(src, dst) && overlap_24(src, dst);
+  const int32_t step = pixel_by_pixel ? 1 : columns;
+  for (int32_t y = 0; y < rows; ++y) {
+    const uint8_t* src_row = row_of(src, y);
+    uint8_t* dst_row = row_of(dst, y);
+    for (int32_t x = 0; x < columns; x += step)
+      row(src_row + 3 * static_cast<ptrdiff_t>(x), dst_row + 3 * static_cast<ptrdiff_t>(x), step);
+  }
+}
+
+}  // namespace roxe
+
+#endif  // ROXE_FRAME_PIXEL_ARRAY_H_

@@ -1,0 +1,37 @@
+#include <immintrin.h>
+
+#include "frame/numbers.h"
+#include "rows/lanes.h"
+#include "rows/rows.h"
+
+namespace roxe {
+namespace {
+
+#include "rows/byte_table.inl"
+
+// geometry
+
+// blur
+
+// colour
+
+// tone
+
+}  // namespace
+
+constexpr RowKernels kAvx2Rows = {
+    .name = "avx2",
+
+    .look_up = look_up,
+    .look_up_bgr = look_up_bgr,
+
+    // geometry
+
+    // blur
+
+    // colour
+
+    // tone
+};
+
+}  // namespace roxe

@@ -1,0 +1,37 @@
+#include <arm_neon.h>
+
+#include "frame/numbers.h"
+#include "rows/lanes.h"
+#include "rows/rows.h"
+
+namespace roxe {
+namespace {
+
+#include "rows/byte_table.inl"
+
+// geometry
+
+// blur
+
+// colour
+
+// tone
+
+}  // namespace
+
+constexpr RowKernels kNeonRows = {
+    .name = "neon",
+
+    .look_up = look_up,
+    .look_up_bgr = look_up_bgr,
+
+    // geometry
+
+    // blur
+
+    // colour
+
+    // tone
+};
+
+}  // namespace roxe

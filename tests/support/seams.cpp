@@ -1,0 +1,77 @@
+#include "support/seams.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+
+#include "frame/platform_memory.h"
+#include "rows/processor.h"
+
+namespace {
+
+const roxe::RowKernels* rows_in_use = &roxe::kPlainRows;
+
+struct Memory {
+  std::map<void*, size_t> blocks;
+  size_t live_bytes = 0, peak_bytes = 0;
+  int64_t allocations = 0, fail_at = 0;
+};
+Memory memory;
+
+}  // namespace
+
+std::vector<const roxe::RowKernels*> RunnableTables() {
+  std::vector<const roxe::RowKernels*> tables = {&roxe::kPlainRows};
+#if defined(__x86_64__)
+  if (roxe::processor_has_avx2()) tables.push_back(&roxe::kAvx2Rows);
+  if (roxe::processor_has_avx512()) tables.push_back(&roxe::kAvx512Rows);
+#elif defined(__aarch64__)
+  tables.push_back(&roxe::kNeonRows);
+#endif
+  return tables;
+}
+
+bool UseRows(const char* name) {
+  for (const roxe::RowKernels* table : RunnableTables()) {
+    if (std::strcmp(table->name, name) != 0) continue;
+    rows_in_use = table;
+    return true;
+  }
+  return false;
+}
+
+AllocationWatch::AllocationWatch(int64_t fail_at) {
+  memory = Memory();
+  memory.fail_at = fail_at;
+}
+AllocationWatch::~AllocationWatch() { memory.fail_at = 0; }
+int64_t AllocationWatch::allocations() const { return memory.allocations; }
+int64_t AllocationWatch::live_blocks() const { return static_cast<int64_t>(memory.blocks.size()); }
+size_t AllocationWatch::peak_bytes() const { return memory.peak_bytes; }
+
+namespace roxe {
+
+const RowKernels& Rows() { return *rows_in_use; }
+
+void* platform_allocate(size_t size) {
+  if (++memory.allocations == memory.fail_at) return nullptr;
+  void* block = std::calloc(1, size);
+  if (!block) return nullptr;
+  memory.blocks[block] = size;
+  memory.live_bytes += size;
+  memory.peak_bytes = std::max(memory.peak_bytes, memory.live_bytes);
+  return block;
+}
+
+void platform_release(void* block) {
+  if (!block) return;
+  const auto found = memory.blocks.find(block);
+  if (found != memory.blocks.end()) {  // else: obtained before the present watch began
+    memory.live_bytes -= found->second;
+    memory.blocks.erase(found);
+  }
+  std::free(block);
+}
+
+}  // namespace roxe

@@ -1,0 +1,53 @@
+// Decoders and encoders: whole files in memory on one side, pictures on the other.
+//
+// They throw Failure with a reason that follows the name of the file ("photo.jpg: " + reason).
+#ifndef ROXE_HOST_CODECS_H_
+#define ROXE_HOST_CODECS_H_
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "picture.h"
+
+namespace host {
+
+enum class FileFormat { kJpeg, kPng, kPnm };
+
+// What was read besides the pixels.
+struct Decoded {
+  Picture picture;  // as stored, not yet turned upright
+  FileFormat format;
+  std::string description;  // of the stored form: "8 bits, 3 channels"
+};
+
+struct WriteSettings {
+  int quality = 95;  // JPEG, 1 ... 100
+  bool pgm = false;  // of the portable formats, the grey one
+};
+
+using Notes = std::vector<std::string>;  // what a person may want to know, a sentence each
+
+std::optional<FileFormat> format_of_content(const Bytes& file);
+// What else a file may be, for the message of refusal: "a TIFF picture", or empty.
+std::string_view known_stranger(const Bytes& file);
+// By the extension, any case; nothing for an extension that cannot be written.
+std::optional<FileFormat> format_of_name(std::string_view path);
+
+// Whether there is a profile for the channels that are written; a note if there is another one.
+bool profile_fits(const Bytes& icc, bool grey, Notes& notes);
+
+// The background shows through transparent pixels.
+Decoded decode_jpeg(const Bytes& file, Notes& notes);
+Decoded decode_png(const Bytes& file, Colour background, Notes& notes);
+Decoded decode_pnm(const Bytes& file, Notes& notes);
+
+// Grey is written as one channel where the format has it.
+Bytes encode_jpeg(const Picture& picture, bool grey, const WriteSettings& settings, Notes& notes);
+Bytes encode_png(const Picture& picture, bool grey, Notes& notes);
+Bytes encode_pnm(const Picture& picture, const WriteSettings& settings);
+
+}  // namespace host
+
+#endif  // ROXE_HOST_CODECS_H_

@@ -1,0 +1,25 @@
+// Files as a whole: read at once, written so that a reader sees the old content or the new one.
+#ifndef ROXE_HOST_FILES_H_
+#define ROXE_HOST_FILES_H_
+
+#include <string>
+
+#include "picture.h"
+
+namespace host {
+
+// Throws Failure with a sentence that names the file.
+Bytes read_file(const std::string& path);
+
+// Fails early where write_file could not succeed: no such directory, not a regular file.
+void check_writable(const std::string& path);
+
+// Writes a temporary file next to the target and renames it. A symbolic link is followed.
+void write_file(const std::string& path, const Bytes& bytes);
+
+// From now on an interrupted program takes its temporary files away before it ends.
+void clean_up_when_interrupted();
+
+}  // namespace host
+
+#endif  // ROXE_HOST_FILES_H_

@@ -1,0 +1,155 @@
+// roxe: a photographer's command line over the fifteen operations.
+
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <new>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "errors.h"
+#include "files.h"
+#include "inspect.h"
+#include "operation.h"
+#include "picture_file.h"
+#include "text.h"
+
+namespace host {
+namespace {
+
+constexpr int kExitFailed = 1, kExitUsage = 2;
+
+void say(const std::string& text) { std::fputs(text.c_str(), stdout); }
+
+void complain(const std::string& sentence) { std::fprintf(stderr, "roxe: %s\n", sentence.c_str()); }
+
+// Options of every command that writes a picture.
+struct OutputOptions {
+  std::string background_text = "black";
+  Colour background;
+  WriteSettings settings;
+
+  void add(CLI::App& app) {
+    app.add_option("--background", background_text,
+                   "colour of uncovered and transparent pixels (default: black)")
+        ->type_name("COLOUR");
+    app.add_option("--quality", settings.quality, "of a JPEG, 1 to 100 (default: 95)")
+        ->check(CLI::Range(1, 100))
+        ->type_name("N");
+  }
+  void check() { background = colour(background_text, "--background"); }
+};
+
+// IN and OUT around one operation.
+struct OperationCommand {
+  CLI::App* app = nullptr;
+  std::unique_ptr<Operation> operation;
+  std::string input, output;
+  OutputOptions options;
+
+  OperationCommand(CLI::App& parent, const OperationEntry& entry)
+      : app(parent.add_subcommand(std::string(entry.name), std::string(entry.description))),
+        operation(entry.make()) {
+    app->add_option("IN", input, "the picture to read")->required()->type_name("");
+    app->add_option("OUT", output, "the picture to write: .jpg, .png, .ppm or .pgm")->type_name("");
+    operation->add_options(*app);
+    options.add(*app);
+  }
+
+  void run() {
+    options.check();
+    operation->check();
+    const bool writes = !operation->only_reports();
+    if (writes && output.empty()) throw UsageError("OUT, the picture to write, is missing");
+    if (writes) check_target(output);
+
+    Notes notes;
+    Picture picture = load_picture(input, options.background, notes).picture;
+    const std::string done = operation->apply(picture, options.background);
+    if (writes) save_picture(picture, output, options.settings, notes);
+    for (const std::string& note : notes) complain("note: " + note);
+    say(writes ? output + ": " + done + ", " + picture.size_text() + " pixels\n" : done + "\n");
+  }
+};
+
+struct InfoCommand {
+  CLI::App* app;
+  std::string input;
+
+  explicit InfoCommand(CLI::App& parent)
+      : app(parent.add_subcommand("info", "Say what is in a picture file")) {
+    app->add_option("IN", input, "the picture to read")->required()->type_name("");
+  }
+
+  void run() {
+    Notes notes;
+    say(info_text(load_picture(input, {}, notes), input));
+  }
+};
+
+struct PickCommand {
+  CLI::App* app;
+  std::string input, point_text;
+
+  explicit PickCommand(CLI::App& parent)
+      : app(parent.add_subcommand("pick", "Print the colour of a pixel")) {
+    app->add_option("IN", input, "the picture to read")->required()->type_name("");
+    app->add_option("POINT", point_text, "X,Y of the pixel, in the upright picture")
+        ->required()
+        ->type_name("");
+  }
+
+  void run() {
+    const Point point = points(point_text, 1, "POINT")[0];
+    Notes notes;
+    say(pick_text(load_picture(input, {}, notes).picture, point));
+  }
+};
+
+int run(int argc, char** argv) {
+  CLI::App app(
+      "Edits photographs: JPEG, PNG, PPM and PGM. Angles in degrees; pixels count from the "
+      "top left corner, (0, 0), of the upright picture.");
+  app.name("roxe");
+  app.require_subcommand(1);
+  app.set_version_flag("--version", "roxe 1.0.0");
+
+  InfoCommand info(app);
+  PickCommand pick(app);
+  std::vector<std::unique_ptr<OperationCommand>> commands;
+  for (const OperationEntry& entry : operations())
+    commands.push_back(std::make_unique<OperationCommand>(app, entry));
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) return app.exit(error);  // help was asked for
+    complain(std::string(error.what()) + " (see roxe --help)");
+    return kExitUsage;
+  }
+
+  if (info.app->parsed()) info.run();
+  if (pick.app->parsed()) pick.run();
+  for (const auto& command : commands)
+    if (command->app->parsed()) command->run();
+  return 0;
+}
+
+}  // namespace
+}  // namespace host
+
+int main(int argc, char** argv) {
+  host::clean_up_when_interrupted();
+  try {
+    return host::run(argc, argv);
+  } catch (const host::UsageError& error) {
+    host::complain(error.what());
+    return host::kExitUsage;
+  } catch (const std::bad_alloc&) {
+    host::complain("there is not enough memory for this picture");
+  } catch (const std::exception& error) {
+    host::complain(error.what());
+  }
+  return host::kExitFailed;
+}

@@ -1,0 +1,15 @@
+#include "operation.h"
+
+namespace host {
+
+const std::vector<OperationEntry>& operations() {
+  static const std::vector<OperationEntry> all = [] {
+    std::vector<OperationEntry> joined;
+    for (const auto& family : {std::vector<OperationEntry>{}})
+      joined.insert(joined.end(), family.begin(), family.end());
+    return joined;
+  }();
+  return all;
+}
+
+}  // namespace host

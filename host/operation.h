@@ -1,0 +1,52 @@
+// One operation of the command line, alone or as a line of a recipe: its options, and what it does.
+#ifndef ROXE_HOST_OPERATION_H_
+#define ROXE_HOST_OPERATION_H_
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "picture.h"
+
+namespace CLI {
+class App;
+}
+
+namespace host {
+
+class Operation {
+ public:
+  virtual ~Operation() = default;
+  // Ties the options to the members.
+  virtual void add_options(CLI::App& app) = 0;
+  // Turns what was typed into values, before any picture is there. Throws UsageError.
+  virtual void check() {}
+  // Whether apply only computes what it returns, and there is no picture to write.
+  virtual bool only_reports() const { return false; }
+  // Changes the picture and says what was done: "turned 2.45 degrees clockwise". Uncovered pixels
+  // take the background. May run for several pictures at a time.
+  virtual std::string apply(Picture& picture, Colour background) const = 0;
+};
+
+struct OperationEntry {
+  std::string_view name, description;
+  std::unique_ptr<Operation> (*make)();
+};
+
+const std::vector<OperationEntry>& operations();
+
+// One list a family, joined by operations().
+std::vector<OperationEntry> geometry_operations();
+std::vector<OperationEntry> blur_operations();
+std::vector<OperationEntry> colour_operations();
+std::vector<OperationEntry> tone_operations();
+
+template <typename T>
+std::unique_ptr<Operation> make_operation() {
+  return std::make_unique<T>();
+}
+
+}  // namespace host
+
+#endif  // ROXE_HOST_OPERATION_H_

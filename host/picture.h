@@ -1,0 +1,88 @@
+// A photograph in memory: packed pixels, blue, green, red, and what its file said about them.
+#ifndef ROXE_HOST_PICTURE_H_
+#define ROXE_HOST_PICTURE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "roxe.h"
+
+namespace host {
+
+using Bytes = std::vector<uint8_t>;
+
+struct Colour {
+  uint8_t red = 0, green = 0, blue = 0;
+};
+
+// What is printed on paper of a given size: pixels along x and y per unit, or their ratio only.
+struct Density {
+  enum class Unit { kNone, kRatio, kInch, kMetre };
+  Unit unit = Unit::kNone;
+  uint32_t x = 0, y = 0;
+};
+
+// Blocks that travel from the input to the output as they are.
+struct Metadata {
+  struct Text {
+    int compression = 0;
+    std::string keyword, text, language, translated_keyword;
+  };
+
+  Bytes exif;  // the TIFF structure, without a container's prefix
+  Bytes xmp;   // the packet
+  Bytes icc;   // the whole profile
+  Density density;
+  std::vector<Bytes> extended_xmp;  // JPEG APP1 segments that continue a long XMP packet
+  std::vector<Bytes> photoshop;     // JPEG APP13 segments: IPTC and other resources
+  std::vector<Bytes> comments;      // JPEG comments
+  std::vector<Text> texts;          // PNG texts other than XMP
+};
+
+class Picture {
+ public:
+  static constexpr int64_t kMaxPixels = 250'000'000;
+
+  Picture() = default;
+  // Pixels are not initialised. Throws Failure if the size is above the limit.
+  Picture(int32_t width, int32_t height);
+  // Pixels of one colour.
+  Picture(int32_t width, int32_t height, Colour colour);
+
+  int32_t width() const { return width_; }
+  int32_t height() const { return height_; }
+  uint8_t* row(int32_t y) { return pixels_.get() + 3 * static_cast<ptrdiff_t>(width_) * y; }
+  const uint8_t* row(int32_t y) const {
+    return pixels_.get() + 3 * static_cast<ptrdiff_t>(width_) * y;
+  }
+  ptrdiff_t row_bytes() const { return 3 * static_cast<ptrdiff_t>(width_); }
+  // The library's view of the pixels. A source is never written through it.
+  PixelArray record() const;
+
+  Colour at(int32_t x, int32_t y) const;
+  bool contains(int64_t x, int64_t y) const;
+  bool is_grey() const;  // equal channels everywhere
+  std::string size_text() const;
+
+  // Takes over the pixels of another picture and keeps its own metadata.
+  void replace_pixels(Picture&& other);
+
+  Metadata metadata;
+  bool one_channel = false;  // came from one channel; written so while is_grey()
+
+ private:
+  int32_t width_ = 0, height_ = 0;
+  std::unique_ptr<uint8_t[]> pixels_;
+};
+
+// Turns and mirrors the pixels as EXIF orientation 1 ... 8 asks, so that 1 describes the result.
+void make_upright(Picture& picture, int orientation);
+
+std::string size_text(int64_t width, int64_t height);
+
+}  // namespace host
+
+#endif  // ROXE_HOST_PICTURE_H_

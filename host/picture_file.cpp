@@ -1,0 +1,88 @@
+#include "picture_file.h"
+
+#include <utility>
+
+#include "errors.h"
+#include "exif.h"
+#include "files.h"
+
+namespace host {
+namespace {
+
+Decoded decode(const Bytes& file, Colour background, Notes& notes) {
+  if (file.empty()) throw Failure("the file is empty");
+  const auto format = format_of_content(file);
+  if (!format) {
+    const std::string_view stranger = known_stranger(file);
+    if (stranger.empty()) throw Failure("is not a JPEG, PNG, PPM or PGM picture");
+    throw Failure("is " + std::string(stranger) + "; only JPEG, PNG, PPM and PGM can be read");
+  }
+  switch (*format) {
+    case FileFormat::kJpeg:
+      return decode_jpeg(file, notes);
+    case FileFormat::kPng:
+      return decode_png(file, background, notes);
+    default:
+      return decode_pnm(file, notes);
+  }
+}
+
+bool ends_in_pgm(const std::string& path) {
+  return path.size() > 4 && (path.ends_with(".pgm") || path.ends_with(".PGM"));
+}
+
+void name_the_file(Notes& notes, size_t first, const std::string& path) {
+  for (size_t i = first; i < notes.size(); ++i) notes[i] = path + ": " + notes[i];
+}
+
+}  // namespace
+
+LoadedPicture load_picture(const std::string& path, Colour background, Notes& notes) {
+  const Bytes file = read_file(path);
+  const size_t first_note = notes.size();
+  try {
+    Decoded decoded = decode(file, background, notes);
+    name_the_file(notes, first_note, path);
+    LoadedPicture loaded{std::move(decoded.picture), std::move(decoded.description)};
+    loaded.orientation = exif_orientation(loaded.picture.metadata.exif);
+    make_upright(loaded.picture, loaded.orientation);
+    reset_exif_orientation(loaded.picture.metadata.exif);
+    return loaded;
+  } catch (const Failure& failure) {
+    throw Failure(path + ": " + failure.what());
+  }
+}
+
+void check_target(const std::string& path) {
+  if (!format_of_name(path))
+    throw UsageError(path +
+                     ": the extension must say what to write: .jpg, .jpeg, .png, .ppm or .pgm");
+  check_writable(path);
+}
+
+void save_picture(const Picture& picture, const std::string& path, WriteSettings settings,
+                  Notes& notes) {
+  check_target(path);
+  const bool grey = picture.one_channel && picture.is_grey();
+  const size_t first_note = notes.size();
+  Bytes file;
+  try {
+    switch (*format_of_name(path)) {
+      case FileFormat::kJpeg:
+        file = encode_jpeg(picture, grey, settings, notes);
+        break;
+      case FileFormat::kPng:
+        file = encode_png(picture, grey, notes);
+        break;
+      case FileFormat::kPnm:
+        settings.pgm = ends_in_pgm(path);
+        file = encode_pnm(picture, settings);
+    }
+  } catch (const Failure& failure) {
+    throw Failure(path + ": " + failure.what());
+  }
+  name_the_file(notes, first_note, path);
+  write_file(path, file);
+}
+
+}  // namespace host

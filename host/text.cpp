@@ -1,0 +1,143 @@
+#include "text.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+
+#include "errors.h"
+
+namespace host {
+namespace {
+
+struct NamedColour {
+  std::string_view name;
+  Colour colour;
+};
+
+constexpr NamedColour kColours[] = {
+    {"black", {0, 0, 0}},          {"white", {255, 255, 255}},    {"grey", {128, 128, 128}},
+    {"gray", {128, 128, 128}},     {"silver", {192, 192, 192}},   {"red", {255, 0, 0}},
+    {"green", {0, 128, 0}},        {"lime", {0, 255, 0}},         {"blue", {0, 0, 255}},
+    {"yellow", {255, 255, 0}},     {"cyan", {0, 255, 255}},       {"aqua", {0, 255, 255}},
+    {"magenta", {255, 0, 255}},    {"fuchsia", {255, 0, 255}},    {"orange", {255, 165, 0}},
+    {"brown", {165, 42, 42}},      {"pink", {255, 192, 203}},     {"purple", {128, 0, 128}},
+    {"violet", {238, 130, 238}},   {"maroon", {128, 0, 0}},       {"navy", {0, 0, 128}},
+    {"teal", {0, 128, 128}},       {"olive", {128, 128, 0}},      {"gold", {255, 215, 0}},
+    {"turquoise", {64, 224, 208}}, {"skyblue", {135, 206, 235}},  {"salmon", {250, 128, 114}},
+    {"tan", {210, 180, 140}},      {"beige", {245, 245, 220}},    {"indigo", {75, 0, 130}},
+    {"crimson", {220, 20, 60}},    {"chocolate", {210, 105, 30}}, {"coral", {255, 127, 80}},
+    {"khaki", {240, 230, 140}},    {"lavender", {230, 230, 250}}, {"ivory", {255, 255, 240}},
+};
+
+std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
+
+bool parse(std::string_view text, int32_t& value) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, value);
+  return !text.empty() && result.ec == std::errc() && result.ptr == end;
+}
+
+}  // namespace
+
+std::vector<int32_t> whole_numbers(std::string_view text, size_t count, std::string_view what) {
+  std::vector<int32_t> values;
+  std::string_view rest = text;
+  bool good = true;
+  for (;;) {
+    const size_t comma = rest.find(',');
+    int32_t value = 0;
+    good = good && parse(rest.substr(0, comma), value);
+    values.push_back(value);
+    if (comma == std::string_view::npos) break;
+    rest.remove_prefix(comma + 1);
+  }
+  if (!good || values.size() != count)
+    throw UsageError(std::string(what) + " needs " + std::to_string(count) +
+                     " whole numbers separated by commas, not " + quoted(text));
+  return values;
+}
+
+std::vector<Point> points(std::string_view text, size_t count, std::string_view what) {
+  const std::vector<int32_t> values = whole_numbers(text, 2 * count, what);
+  std::vector<Point> result;
+  for (size_t i = 0; i < count; ++i) result.push_back({values[2 * i], values[2 * i + 1]});
+  return result;
+}
+
+Size size(std::string_view text, std::string_view what) {
+  const size_t cross = text.find_first_of("xX");
+  Size result;
+  if (cross == std::string_view::npos || !parse(text.substr(0, cross), result.width) ||
+      !parse(text.substr(cross + 1), result.height) || result.width < 1 || result.height < 1)
+    throw UsageError(std::string(what) + " needs a size such as 800x600, not " + quoted(text));
+  if (int64_t{result.width} * result.height > Picture::kMaxPixels)
+    throw UsageError(std::string(what) + " " + std::string(text) + " is above the limit of " +
+                     std::to_string(Picture::kMaxPixels / 1'000'000) + " megapixels");
+  return result;
+}
+
+Colour colour(std::string_view text, std::string_view what) {
+  std::string name(text);
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  for (const NamedColour& known : kColours)
+    if (known.name == name) return known.colour;
+
+  if (name.size() == 4 && name[0] == '#')
+    name = {'#', name[1], name[1], name[2], name[2], name[3], name[3]};
+  uint32_t value = 0;
+  const char* end = name.data() + name.size();
+  if (name.size() == 7 && name[0] == '#') {
+    const auto result = std::from_chars(name.data() + 1, end, value, 16);
+    if (result.ec == std::errc() && result.ptr == end)
+      return {static_cast<uint8_t>(value >> 16), static_cast<uint8_t>(value >> 8),
+              static_cast<uint8_t>(value)};
+  }
+  throw UsageError(std::string(what) + " needs a colour such as '#E07A2C' or orange, not " +
+                   quoted(text));
+}
+
+std::string to_text(Colour colour) {
+  char text[8];
+  std::snprintf(text, sizeof(text), "#%02X%02X%02X", colour.red, colour.green, colour.blue);
+  return text;
+}
+
+std::string to_text(Point point) {
+  return "(" + std::to_string(point.x) + ", " + std::to_string(point.y) + ")";
+}
+
+std::string degrees(double angle) {
+  char text[64];
+  std::snprintf(text, sizeof(text), "%.2f degrees", std::abs(angle));
+  return text;
+}
+
+std::vector<std::string> words(std::string_view line) {
+  std::vector<std::string> result;
+  bool inside = false;
+  char quote = 0;
+  for (const char c : line) {
+    const bool space = std::isspace(static_cast<unsigned char>(c)) != 0;
+    if (!quote && space) {
+      inside = false;
+      continue;
+    }
+    if (!inside) result.emplace_back();
+    inside = true;
+    if (quote == c)
+      quote = 0;
+    else if (!quote && (c == '"' || c == '\''))
+      quote = c;
+    else
+      result.back() += c;
+  }
+  if (quote) throw UsageError("a quotation mark is not closed");
+  return result;
+}
+
+}  // namespace host

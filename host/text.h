@@ -1,0 +1,38 @@
+// What people type: numbers, points, sizes and colours. A value that makes no sense is a
+// UsageError of one sentence.
+#ifndef ROXE_HOST_TEXT_H_
+#define ROXE_HOST_TEXT_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "picture.h"
+
+namespace host {
+
+struct Point {
+  int32_t x = 0, y = 0;
+};
+struct Size {
+  int32_t width = 0, height = 0;
+};
+
+// Whole numbers separated by commas; what names the option in the message.
+std::vector<int32_t> whole_numbers(std::string_view text, size_t count, std::string_view what);
+std::vector<Point> points(std::string_view text, size_t count, std::string_view what);
+// "800x600"
+Size size(std::string_view text, std::string_view what);
+// "#E07A2C", "#e72" or a common name
+Colour colour(std::string_view text, std::string_view what);
+
+std::string to_text(Colour colour);  // "#E07A2C"
+std::string to_text(Point point);    // "(12, 34)"
+std::string degrees(double angle);   // two decimals: "2.45 degrees"
+std::vector<std::string> words(
+    std::string_view line);  // by white space; quotes hold words together
+
+}  // namespace host
+
+#endif  // ROXE_HOST_TEXT_H_

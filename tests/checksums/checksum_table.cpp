@@ -1,0 +1,211 @@
+#include "checksums/checksum_table.h"
+
+#include <cstdio>
+#include <functional>
+#include <vector>
+
+namespace {
+
+struct Picture {
+  std::string name;
+  PixelArray record;
+  std::vector<uint8_t> bytes;
+};
+
+// Integer-only content, so that the pictures themselves are the same everywhere.
+struct Generator {
+  uint32_t state;
+  uint32_t next() {
+    state = state * 1664525u + 1013904223u;
+    return state >> 16;
+  }
+};
+
+using Paint = std::function<uint8_t(int32_t x, int32_t y, int32_t channel)>;
+
+Picture picture(const std::string& name, uint32_t format, int32_t width, int32_t height,
+                int32_t padding, const Paint& paint) {
+  const int32_t channels = format == kRoxeFormatGray8 ? 1 : 3;
+  const int32_t row_bytes = channels * width + padding;
+  Picture made = {name, {format, width, height, row_bytes, nullptr}, {}};
+  made.bytes.assign(static_cast<size_t>(row_bytes) * static_cast<size_t>(height), 0xA5);
+  for (int32_t y = 0; y < height; ++y)
+    for (int32_t x = 0; x < width; ++x)
+      for (int32_t c = 0; c < channels; ++c)
+        made.bytes[static_cast<size_t>(y) * static_cast<size_t>(row_bytes) +
+                   static_cast<size_t>(channels * x + c)] = paint(x, y, c);
+  return made;
+}
+
+PixelArray record_of(Picture& picture) {
+  picture.record.pixels = picture.bytes.data();
+  return picture.record;
+}
+
+std::vector<Picture> pictures() {
+  Generator noise = {1};
+  const Paint random = [&](int32_t, int32_t, int32_t) {
+    return static_cast<uint8_t>(noise.next());
+  };
+  const Paint slopes = [](int32_t x, int32_t y, int32_t c) {
+    return static_cast<uint8_t>(c == 0 ? x : c == 1 ? y : (x + y) / 2);
+  };
+  // Blocks of colour with a little grain, closer to a photograph.
+  const Paint scene = [&](int32_t x, int32_t y, int32_t c) {
+    Generator block = {static_cast<uint32_t>(x / 23 * 977 + y / 17 * 131 + c * 7919)};
+    block.next();
+    return static_cast<uint8_t>(20 + block.next() % 200 + noise.next() % 16);
+  };
+  const Paint greys = [](int32_t x, int32_t y, int32_t) { return static_cast<uint8_t>(3 * x + y); };
+  const Paint white = [](int32_t, int32_t, int32_t) { return static_cast<uint8_t>(255); };
+  std::vector<Picture> all;
+  all.push_back(picture("noise 61x47", kRoxeFormatRGB24, 61, 47, 0, random));
+  all.push_back(picture("noise 130x21 padded", kRoxeFormatRGB24, 130, 21, 5, random));
+  all.push_back(picture("slopes 100x90", kRoxeFormatRGB24, 100, 90, 0, slopes));
+  all.push_back(picture("scene 200x150", kRoxeFormatRGB24, 200, 150, 8, scene));
+  all.push_back(picture("scene 97x211 padded", kRoxeFormatRGB24, 97, 211, 1, scene));
+  all.push_back(picture("greys 64x64", kRoxeFormatRGB24, 64, 64, 0, greys));
+  all.push_back(picture("white 40x30", kRoxeFormatRGB24, 40, 30, 0, white));
+  all.push_back(picture("noise 5x4", kRoxeFormatRGB24, 5, 4, 2, random));
+  all.push_back(picture("noise 1x1", kRoxeFormatRGB24, 1, 1, 0, random));
+  return all;
+}
+
+uint64_t fnv1a(const std::vector<uint8_t>& bytes) {
+  uint64_t hash = 14695981039346656037u;
+  for (const uint8_t byte : bytes) hash = (hash ^ byte) * 1099511628211u;
+  return hash;
+}
+
+struct Case {
+  std::string name;
+  std::function<int32_t(PixelArray* src, PixelArray* dst)> run;
+};
+
+std::vector<Case> cases(const Operations& op) {
+  std::vector<Case> all;
+  const auto add = [&](const std::string& name, const auto& run) { all.push_back({name, run}); };
+  const auto text = [](const auto&... numbers) {
+    std::string joined;
+    ((joined += " " + std::to_string(numbers)), ...);
+    return joined;
+  };
+
+  for (const float angle : {0.0f, 0.017f, -0.05f, 0.127f, 0.785f, 1.4835f, 2.5f, -3.0f, 5.0f}) {
+    add("rotate" + text(angle), [=](PixelArray* src, PixelArray* dst) {
+      return op.rotate(src, src->width / 2, src->height / 2, angle, dst, dst->width / 2,
+                       dst->height / 2);
+    });
+  }
+  add("rotate off centre",
+      [=](PixelArray* src, PixelArray* dst) { return op.rotate(src, -3, 7, 0.3f, dst, 11, -2); });
+  for (const Quad line : {Quad{0, 0, 100, 3, 0, 0, 0, 0}, Quad{5, 90, 2, 1, 0, 0, 0, 0},
+                          Quad{9, 9, -80, 70, 0, 0, 0, 0}})
+    add("straighten" + text(line.x0, line.y0, line.x1, line.y1),
+        [=](PixelArray* src, PixelArray* dst) {
+          return op.straighten(src, line.x0, line.y0, line.x1, line.y1, dst);
+        });
+  for (const int32_t inset : {0, 1, 5, 12}) {
+    const auto corners = [=](const PixelArray* src) {
+      return Quad{inset,
+                  inset / 2,
+                  src->width - 1,
+                  inset,
+                  src->width - 2 - inset,
+                  src->height - 1,
+                  inset / 3,
+                  src->height - 2 - inset / 2};
+    };
+    add("affine" + text(inset), [=](PixelArray* src, PixelArray* dst) {
+      Quad quad = corners(src);
+      return op.affine(src, dst, &quad, nullptr, PixelRect{0, 0, dst->width, dst->height});
+    });
+    add("affine onto corners" + text(inset), [=](PixelArray* src, PixelArray* dst) {
+      Quad quad = corners(src);
+      const Quad onto = {-2, -3, dst->width + 1, 1, dst->width, dst->height, 3, dst->height - 1};
+      return op.affine(src, dst, &quad, &onto, PixelRect{-5, -5, dst->width - 1, dst->height + 9});
+    });
+    add("perspective" + text(inset), [=](PixelArray* src, PixelArray* dst) {
+      Quad quad = corners(src);
+      return op.perspective(src, dst, &quad, 0, 0, PixelRect{1, 2, dst->width, dst->height});
+    });
+  }
+  for (const int32_t radius : {0, 2, 3, 8, 21, 100, 400}) {
+    add("soft focus" + text(radius), [=](PixelArray* src, PixelArray* dst) {
+      return op.soft_focus(src, dst, nullptr, radius, 0);
+    });
+    add("soft focus masked" + text(radius), [=](PixelArray* src, PixelArray* dst) {
+      Picture mask = picture("mask", kRoxeFormatGray8, src->width, src->height, 3,
+                             [](int32_t x, int32_t y, int32_t) {
+                               return static_cast<uint8_t>((x / 9 + y / 7) % 2 ? 255 : 4 * x);
+                             });
+      const PixelArray record = record_of(mask);
+      return op.soft_focus(src, dst, &record, radius, radius / 2);
+    });
+  }
+  const uint32_t references[][3] = {{60, 90, 180}, {255, 0, 0}, {128, 128, 128}, {3, 2, 1}};
+  for (const auto& colour : references) {
+    const uint32_t blue = colour[0], green = colour[1], red = colour[2];
+    for (const uint32_t tolerance : {0u, 40u, 80u, 200u}) {
+      const std::string parameters = text(blue, green, red, tolerance);
+      add("replace colour" + parameters, [=](PixelArray* src, PixelArray* dst) {
+        return op.replace_colour(src, dst, blue, green, red, tolerance, 75, -20, 30);
+      });
+      add("replace colour mask" + parameters, [=](PixelArray* src, PixelArray* dst) {
+        return op.replace_colour_mask(src, dst, blue, green, red, tolerance);
+      });
+      add("tint" + parameters, [=](PixelArray* src, PixelArray* dst) {
+        return op.tint(src, dst, blue, green, red, tolerance);
+      });
+    }
+  }
+  add("tint mask",
+      [=](PixelArray* src, PixelArray* dst) { return op.tint_mask(src, dst, 60, 90, 180, 80); });
+  for (const int32_t temperature : {-100, -37, 0, 30, 100})
+    for (const int32_t tint : {-60, 0, 45})
+      add("temperature" + text(temperature, tint), [=](PixelArray* src, PixelArray* dst) {
+        return op.temperature(src, dst, temperature, tint);
+      });
+  add("auto gamma",
+      [=](PixelArray* src, PixelArray* dst) { return op.auto_gamma(src, dst, nullptr); });
+  add("auto gamma in a region", [=](PixelArray* src, PixelArray* dst) {
+    const PixelRect region = {-4, 0, (src->width + 1) / 2, (src->height + 1) / 2};
+    return op.auto_gamma(src, dst, &region);
+  });
+  for (const uint32_t shadow : {0u, 10u, 60u})
+    for (const uint32_t highlight : {0u, 35u, 100u})
+      for (const int32_t midtone : {-50, 0, 25})
+        add("shadow highlight" + text(shadow, highlight, midtone),
+            [=](PixelArray* src, PixelArray* dst) {
+              return op.shadow_highlight(src, dst, shadow, highlight, midtone);
+            });
+  for (const int32_t level : {0, 3, 6})
+    for (const int32_t steps : {-7, 0, 2, 40})
+      add("variations" + text(steps, level), [=](PixelArray* src, PixelArray* dst) {
+        return op.variations(src, dst, steps, 1, -steps, 1, level);
+      });
+  return all;
+}
+
+}  // namespace
+
+std::string ChecksumTable(const Operations& operations) {
+  std::string table;
+  std::vector<Picture> sources = pictures();
+  for (const Case& one : cases(operations)) {
+    for (Picture& source : sources) {
+      Picture target = picture("", kRoxeFormatRGB24, source.record.width, source.record.height, 4,
+                               [](int32_t x, int32_t y, int32_t c) {
+                                 return static_cast<uint8_t>(17 * x + 31 * y + 101 * c);
+                               });
+      PixelArray src = record_of(source), dst = record_of(target);
+      const int32_t status = one.run(&src, &dst);
+      char line[200];
+      std::snprintf(line, sizeof line, "%s, %s, %d, %016llx\n", one.name.c_str(),
+                    source.name.c_str(), status,
+                    static_cast<unsigned long long>(fnv1a(target.bytes)));
+      table += line;
+    }
+  }
+  return table;
+}

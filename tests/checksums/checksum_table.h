@@ -1,0 +1,33 @@
+// A table of checksums: operations with parameters on synthetic pictures. It is the same with every
+// compiler, optimisation, table of rows and processor.
+#ifndef ROXE_TESTS_CHECKSUMS_CHECKSUM_TABLE_H_
+#define ROXE_TESTS_CHECKSUMS_CHECKSUM_TABLE_H_
+
+#include <string>
+
+#include "roxe.h"
+
+// The operations that fill the table: the library's or the literal references.
+struct Operations {
+  decltype(&roxeRotateImage) rotate;
+  decltype(&roxeuAutoStraightenImage) straighten;
+  decltype(&roxeAffineTransform) affine;
+  decltype(&roxePerspectiveDistortionCorrection) perspective;
+  decltype(&roxeSoftFocus) soft_focus;
+  decltype(&roxeReplaceColor) replace_colour;
+  decltype(&roxeReplaceColorMask) replace_colour_mask;
+  decltype(&roxeColorTint) tint;
+  decltype(&roxeColorTintMask) tint_mask;
+  decltype(&roxeColorTemperature) temperature;
+  decltype(&roxeAutoGamma) auto_gamma;
+  decltype(&roxeShadowHighlight) shadow_highlight;
+  decltype(&roxeVariations) variations;
+};
+extern const Operations kLibrary;
+extern const Operations kReference;
+
+// One line a case: operation, parameters, picture, status, FNV-1a of 64 bits over every byte of the
+// destination, row padding included.
+std::string ChecksumTable(const Operations& operations);
+
+#endif  // ROXE_TESTS_CHECKSUMS_CHECKSUM_TABLE_H_

@@ -10,7 +10,37 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frame/numbers.h"
+
 namespace roxe {
+
+// A position along one axis: whole pixels and 65536ths, the latter 0 ... 65535 as long as no step is
+// longer than a pixel.
+struct FixedCoordinate {
+  int32_t whole, fraction;
+};
+
+// One step of a walk, with at most one carry or borrow.
+static inline void advance(FixedCoordinate& at, int32_t step) {
+  at.fraction = wrap_add(at.fraction, step);
+  if (at.fraction > 65535) {
+    at.fraction -= 65536;
+    at.whole = wrap_add(at.whole, 1);
+  }
+  if (at.fraction < 0) {
+    at.fraction += 65536;
+    at.whole = wrap_sub(at.whole, 1);
+  }
+}
+
+// A walk through a 24-bit picture: where its first pixel is sampled, and the step to the next.
+struct RotationWalk {
+  const uint8_t* src;
+  ptrdiff_t src_stride;
+  int32_t src_columns, src_rows;
+  FixedCoordinate x, y;
+  int32_t step_x, step_y;
+};
 
 struct RowKernels {
   const char* name;  // "plain", "avx2", "avx512", "neon"
@@ -24,7 +54,12 @@ struct RowKernels {
   void (*look_up_bgr)(const uint8_t* blue, const uint8_t* green, const uint8_t* red,
                       const uint8_t* src, uint8_t* dst, int32_t count);
 
-  // ---- geometry
+  // ---- geometry (rotation.inl)
+
+  // Samples the walk at count pixels. Those that do not lie strictly between the first and the last
+  // column and row of the source are left as they were. The plain body reads and writes pixel after
+  // pixel, and allows dst to lie in the source; the others do not.
+  void (*rotate)(const RotationWalk& walk, uint8_t* dst, int32_t count);
 
   // ---- blur
 

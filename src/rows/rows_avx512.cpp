@@ -10,6 +10,7 @@ namespace {
 #include "rows/byte_table.inl"
 
 // geometry
+#include "rows/rotation.inl"
 
 // blur
 
@@ -26,6 +27,7 @@ constexpr RowKernels kAvx512Rows = {
     .look_up_bgr = look_up_bgr,
 
     // geometry
+    .rotate = rotate,
 
     // blur
 

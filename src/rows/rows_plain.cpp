@@ -8,6 +8,7 @@ namespace {
 #include "rows/byte_table.inl"
 
 // geometry
+#include "rows/rotation.inl"
 
 // blur
 
@@ -24,6 +25,7 @@ constexpr RowKernels kPlainRows = {
     .look_up_bgr = look_up_bgr,
 
     // geometry
+    .rotate = rotate,
 
     // blur
 

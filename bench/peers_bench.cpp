@@ -49,21 +49,22 @@ void soft_focus(const bench::Pictures& p, int length) {
 
 void soft_focus_masked(const bench::Pictures& p, int length) {
   soft_focus(p, length);
-  cv::Mat src = colour_mat(p.src), dst = colour_mat(p.dst), mask, mask3, difference;
+  const cv::Mat src = colour_mat(p.src);
+  cv::Mat dst = colour_mat(p.dst);
+  static cv::Mat mask, mask3, difference;
   const cv::Size window(length, length);
   cv::blur(grey_mat(p.mask), mask, window);
   cv::blur(mask, mask, window);
   cv::blur(mask, mask, window);
   cv::merge(std::vector<cv::Mat>{mask, mask, mask}, mask3);
-  cv::Mat sharp, soft;
-  cv::multiply(src, mask3, sharp, 1.0 / 255);
-  cv::multiply(dst, cv::Scalar::all(255) - mask3, soft, 1.0 / 255);
-  cv::add(sharp, soft, dst);
+  cv::subtract(src, dst, difference, cv::noArray(), CV_16S);
+  cv::multiply(difference, mask3, difference, 1.0 / 256, CV_16S);
+  cv::add(dst, difference, dst, cv::noArray(), CV_8U);
 }
 
 // A hard selection in HSV: no metric, no falloff.
 cv::Mat selection(const cv::Mat& hsv) {
-  cv::Mat mask;
+  static cv::Mat mask;
   cv::inRange(hsv, cv::Scalar(0, 60, 60), cv::Scalar(25, 255, 255), mask);
   return mask;
 }
@@ -79,39 +80,47 @@ const bench::Registration peers([] {
   bench::peer("soft focus 21", [](const bench::Pictures& p) { soft_focus(p, 21); });
   bench::peer("soft focus 21 masked", [](const bench::Pictures& p) { soft_focus_masked(p, 21); });
   bench::peer("replace colour", [](const bench::Pictures& p) {
-    cv::Mat dst = colour_mat(p.dst), hsv, shifted;
+    cv::Mat dst = colour_mat(p.dst);
+    static cv::Mat hsv;
     cv::cvtColor(colour_mat(p.src), hsv, cv::COLOR_BGR2HSV);
     const cv::Mat mask = selection(hsv);
     cv::add(hsv, cv::Scalar(20, 25, 13), hsv, mask);
     cv::cvtColor(hsv, dst, cv::COLOR_HSV2BGR);
   });
   bench::peer("mask", [](const bench::Pictures& p) {
-    cv::Mat dst = colour_mat(p.dst), hsv;
+    cv::Mat dst = colour_mat(p.dst);
+    static cv::Mat hsv;
     cv::cvtColor(colour_mat(p.src), hsv, cv::COLOR_BGR2HSV);
     cv::cvtColor(selection(hsv), dst, cv::COLOR_GRAY2BGR);
   });
   bench::peer("tint", [](const bench::Pictures& p) {
-    cv::Mat src = colour_mat(p.src), dst = colour_mat(p.dst), hsv, grey;
+    cv::Mat src = colour_mat(p.src), dst = colour_mat(p.dst);
+    static cv::Mat hsv, grey;
     cv::cvtColor(src, hsv, cv::COLOR_BGR2HSV);
     cv::cvtColor(src, grey, cv::COLOR_BGR2GRAY);
     cv::cvtColor(grey, dst, cv::COLOR_GRAY2BGR);
     src.copyTo(dst, selection(hsv));
   });
   bench::peer("temperature", [](const bench::Pictures& p) {
-    // To linear light and back in 16 bits, gains between; no cap and no spill.
-    static const cv::Mat linear = [] {
+    // To linear light in 16 bits, gains, and back through 8 bits; no cap and no spill.
+    static const cv::Mat to_linear = [] {
       cv::Mat table(1, 256, CV_16U);
       for (int i = 0; i < 256; ++i)
         table.at<uint16_t>(i) = static_cast<uint16_t>(4096 * std::pow(i / 255.0, 2.2));
       return table;
     }();
-    cv::Mat light, dst = colour_mat(p.dst);
-    cv::LUT(colour_mat(p.src), linear, light);
+    static const cv::Mat from_linear = [] {
+      cv::Mat table(1, 256, CV_8U);
+      for (int i = 0; i < 256; ++i)
+        table.at<uint8_t>(i) = static_cast<uint8_t>(255 * std::pow(i / 255.0, 1 / 2.2));
+      return table;
+    }();
+    static cv::Mat light, narrow;
+    cv::Mat dst = colour_mat(p.dst);
+    cv::LUT(colour_mat(p.src), to_linear, light);
     cv::multiply(light, cv::Scalar(0.82, 0.92, 1.33), light);
-    cv::Mat encoded;
-    light.convertTo(encoded, CV_32F, 1.0 / 4096);
-    cv::pow(encoded, 1 / 2.2, encoded);
-    encoded.convertTo(dst, CV_8U, 255);
+    light.convertTo(narrow, CV_8U, 255.0 / 4096);
+    cv::LUT(narrow, from_linear, dst);
   });
   bench::peer("auto gamma", [](const bench::Pictures& p) {
     cv::Mat src = colour_mat(p.src), dst = colour_mat(p.dst), histogram, table(1, 256, CV_8U);
@@ -124,18 +133,18 @@ const bench::Registration peers([] {
     cv::LUT(src, table, dst);
   });
   bench::peer("shadow/highlight", [](const bench::Pictures& p) {
-    cv::Mat src = colour_mat(p.src), dst = colour_mat(p.dst), intensity, blurred;
-    cv::cvtColor(src, intensity, cv::COLOR_BGR2GRAY);
-    intensity.convertTo(intensity, CV_32F);
+    // The change of intensity from a ratio of the blurred plane, added to all channels.
+    const cv::Mat src = colour_mat(p.src);
+    cv::Mat dst = colour_mat(p.dst);
+    static cv::Mat grey, intensity, blurred, ratio, change, change3;
+    cv::cvtColor(src, grey, cv::COLOR_BGR2GRAY);
+    grey.convertTo(intensity, CV_32F);
     cv::blur(intensity, blurred, cv::Size(9, 9));
-    cv::Mat sum = intensity + blurred, ratio, change;
-    cv::divide(intensity.mul(blurred) + sum.mul(sum), blurred.mul(blurred) + sum.mul(sum), ratio);
-    change = intensity.mul(ratio) - intensity;
-    cv::Mat change3, wide;
-    cv::cvtColor(change, change3, cv::COLOR_GRAY2BGR);
-    src.convertTo(wide, CV_32F);
-    wide += change3;
-    wide.convertTo(dst, CV_8U);
+    cv::divide(intensity, blurred + 1.0, ratio);
+    cv::multiply(ratio, intensity, change);
+    cv::subtract(change, intensity, change, cv::noArray(), CV_16S);
+    cv::merge(std::vector<cv::Mat>{change, change, change}, change3);
+    cv::add(src, change3, dst, cv::noArray(), CV_8U);
   });
   bench::peer("variations", [](const bench::Pictures& p) {
     static const cv::Mat tables = [] {

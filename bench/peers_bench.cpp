@@ -142,7 +142,7 @@ const bench::Registration peers([] {
     cv::blur(intensity, blurred, cv::Size(9, 9));
     cv::divide(intensity, blurred + 1.0, ratio);
     cv::multiply(ratio, intensity, change);
-    cv::subtract(change, intensity, change, cv::noArray(), CV_16S);
+    cv::subtract(change, intensity, change);
     cv::merge(std::vector<cv::Mat>{change, change, change}, change3);
     cv::add(src, change3, dst, cv::noArray(), CV_8U);
   });

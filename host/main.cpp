@@ -1,18 +1,23 @@
 // roxe: a photographer's command line over the fifteen operations.
 
+#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <memory>
 #include <new>
 #include <string>
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 
+#include "batch.h"
 #include "errors.h"
 #include "files.h"
 #include "inspect.h"
 #include "operation.h"
 #include "picture_file.h"
+#include "recipe.h"
 #include "text.h"
 
 namespace host {
@@ -52,8 +57,10 @@ struct OperationCommand {
       : app(parent.add_subcommand(std::string(entry.name), std::string(entry.description))),
         operation(entry.make()) {
     app->add_option("IN", input, "the picture to read")->required()->type_name("");
-    app->add_option("OUT", output, "the picture to write: .jpg, .png, .ppm or .pgm")->type_name("");
+    auto* out = app->add_option("OUT", output, "the picture to write: .jpg, .png, .ppm or .pgm");
+    out->type_name("");
     operation->add_options(*app);
+    out->required(!app->get_option_no_throw("--dry-run"));
     options.add(*app);
   }
 
@@ -107,6 +114,57 @@ struct PickCommand {
   }
 };
 
+struct RunCommand {
+  CLI::App* app;
+  std::string recipe_path, format;
+  BatchJob job;
+  OutputOptions options;
+
+  explicit RunCommand(CLI::App& parent)
+      : app(parent.add_subcommand("run", "Apply a recipe to many photographs")) {
+    app->add_option("RECIPE", recipe_path,
+                    "a text file, one operation a line, as on the command line without the files")
+        ->required()
+        ->type_name("");
+    app->add_option("IN", job.inputs, "the pictures to read")->required()->type_name("");
+    app->add_option("--out", job.directory, "the folder for the results")
+        ->required()
+        ->type_name("DIR");
+    app->add_option("--format", format, "jpg, png or ppm (default: as each picture)")
+        ->check(CLI::IsMember({"jpg", "png", "ppm"}))
+        ->type_name("NAME");
+    app->add_option("--jobs", job.at_a_time, "photographs at a time (default: all processors)")
+        ->check(CLI::Range(1, 64))
+        ->type_name("N");
+    options.add(*app);
+  }
+
+  int run() {
+    options.check();
+    job.background = options.background;
+    job.settings = options.settings;
+    if (!format.empty()) job.extension = "." + format;
+    const Recipe recipe = read_recipe(recipe_path);
+
+    const auto start = std::chrono::steady_clock::now();
+    const std::vector<BatchResult> results = run_batch(job, recipe, ::isatty(STDERR_FILENO));
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    size_t failed = 0;
+    for (const BatchResult& result : results) {
+      for (const std::string& note : result.notes) complain("note: " + note);
+      if (result.failure.empty()) continue;
+      complain(result.failure);
+      ++failed;
+    }
+    char time[32];
+    std::snprintf(time, sizeof(time), "%.1f s", seconds.count());
+    say(std::to_string(results.size() - failed) + " of " + std::to_string(results.size()) +
+        " photographs done in " + time + ", written to " + job.directory +
+        (failed > 0 ? "; " + std::to_string(failed) + " failed\n" : "\n"));
+    return failed > 0 ? kExitFailed : 0;
+  }
+};
+
 int run(int argc, char** argv) {
   CLI::App app(
       "Edits photographs: JPEG, PNG, PPM and PGM. Angles in degrees; pixels count from the "
@@ -117,6 +175,7 @@ int run(int argc, char** argv) {
 
   InfoCommand info(app);
   PickCommand pick(app);
+  RunCommand batch(app);
   std::vector<std::unique_ptr<OperationCommand>> commands;
   for (const OperationEntry& entry : operations())
     commands.push_back(std::make_unique<OperationCommand>(app, entry));
@@ -131,6 +190,7 @@ int run(int argc, char** argv) {
 
   if (info.app->parsed()) info.run();
   if (pick.app->parsed()) pick.run();
+  if (batch.app->parsed()) return batch.run();
   for (const auto& command : commands)
     if (command->app->parsed()) command->run();
   return 0;

@@ -5,7 +5,7 @@ namespace host {
 const std::vector<OperationEntry>& operations() {
   static const std::vector<OperationEntry> all = [] {
     std::vector<OperationEntry> joined;
-    for (const auto& family : {std::vector<OperationEntry>{}})
+    for (const auto& family : {geometry_operations()})
       joined.insert(joined.end(), family.begin(), family.end());
     return joined;
   }();

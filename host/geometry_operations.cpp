@@ -1,0 +1,147 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+
+#include <CLI/CLI.hpp>
+
+#include "corners.h"
+#include "errors.h"
+#include "operation.h"
+#include "status.h"
+#include "text.h"
+
+namespace host {
+namespace {
+
+std::string turned(double angle) {
+  if (angle == 0) return "not turned";
+  return "turned " + degrees(angle) + (angle > 0 ? " clockwise" : " anticlockwise");
+}
+
+void require_inside(const Picture& picture, Point point, std::string_view what) {
+  if (!picture.contains(point.x, point.y))
+    throw UsageError(std::string(what) + " " + to_text(point) + " lies outside the picture of " +
+                     picture.size_text() + " pixels");
+}
+
+// ------------------------------------------------------------------------------------------ rotate
+
+class Rotate : public Operation {
+ public:
+  void add_options(CLI::App& app) override {
+    app.add_option("--angle", angle_, "degrees; positive turns clockwise, negative anticlockwise")
+        ->required()
+        ->type_name("DEG");
+    app.add_option("--about", about_text_, "the point that stays in place (default: the centre)")
+        ->type_name("X,Y");
+    app.add_flag("--expand", expand_, "make the picture larger, so that nothing is cut off");
+  }
+
+  void check() override {
+    if (!std::isfinite(angle_)) throw UsageError("--angle needs a number of degrees");
+    if (!about_text_.empty()) about_ = points(about_text_, 1, "--about");
+  }
+
+  std::string apply(Picture& picture, Colour background) const override {
+    const Point centre =
+        about_.empty() ? Point{picture.width() / 2, picture.height() / 2} : about_[0];
+    if (!about_.empty()) require_inside(picture, centre, "--about");
+    const double radians = std::remainder(angle_, 360.0) * std::numbers::pi / 180;
+    Canvas canvas{picture.width(), picture.height(), centre};
+    if (expand_) canvas = expanded(picture, centre, radians);
+
+    Picture result(canvas.width, canvas.height, background);
+    const PixelArray from = picture.record();
+    PixelArray to = result.record();
+    expect_ok(roxeRotateImage(&from, centre.x, centre.y, static_cast<float>(radians), &to,
+                              canvas.centre.x, canvas.centre.y));
+    picture.replace_pixels(std::move(result));
+    return turned(angle_) + " about " + to_text(centre);
+  }
+
+ private:
+  struct Canvas {
+    int32_t width, height;
+    Point centre;
+  };
+
+  // The smallest canvas that holds every corner of the turned picture.
+  static Canvas expanded(const Picture& picture, Point centre, double radians) {
+    double left = 0, right = 0, top = 0, bottom = 0;
+    for (const double x : {0 - centre.x, picture.width() - 1 - centre.x})
+      for (const double y : {0 - centre.y, picture.height() - 1 - centre.y}) {
+        const double turned_x = x * std::cos(radians) - y * std::sin(radians);
+        const double turned_y = x * std::sin(radians) + y * std::cos(radians);
+        left = std::min(left, turned_x);
+        right = std::max(right, turned_x);
+        top = std::min(top, turned_y);
+        bottom = std::max(bottom, turned_y);
+      }
+    // A hair of rounding must not cost a whole column.
+    constexpr double kHair = 1e-6;
+    const auto floor = [](double v) { return static_cast<int32_t>(std::floor(v + kHair)); };
+    const auto ceil = [](double v) { return static_cast<int32_t>(std::ceil(v - kHair)); };
+    return {
+        ceil(right) - floor(left) + 1, ceil(bottom) - floor(top) + 1, {-floor(left), -floor(top)}};
+  }
+
+  double angle_ = 0;
+  std::string about_text_;
+  std::vector<Point> about_;
+  bool expand_ = false;
+};
+
+// -------------------------------------------------------------------------------------- straighten
+
+class Straighten : public Operation {
+ public:
+  void add_options(CLI::App& app) override {
+    app.add_option("--line", line_text_,
+                   "two points of a line that should be level or upright, such as the horizon")
+        ->required()
+        ->type_name("X1,Y1,X2,Y2");
+  }
+
+  void check() override {
+    line_ = points(line_text_, 2, "--line");
+    if (line_[0].x == line_[1].x && line_[0].y == line_[1].y)
+      throw UsageError("--line needs two different points, and both are " + to_text(line_[0]));
+  }
+
+  std::string apply(Picture& picture, Colour background) const override {
+    const auto [first, second] = std::pair(line_[0], line_[1]);
+    require_inside(picture, first, "the point");
+    require_inside(picture, second, "the point");
+    // The operation leaves its destination alone in this case; the picture stays as it is.
+    if (first.x == second.x) return "not turned: the line is already upright";
+    if (first.y == second.y) return "not turned: the line is already level";
+
+    Picture result(picture.width(), picture.height(), background);
+    const PixelArray from = picture.record();
+    PixelArray to = result.record();
+    expect_ok(roxeuAutoStraightenImage(&from, first.x, first.y, second.x, second.y, &to));
+    picture.replace_pixels(std::move(result));
+
+    const double dx = second.x - first.x, dy = second.y - first.y;
+    const bool upright = std::abs(dy) > std::abs(dx);
+    const double angle = std::atan(upright ? dx / dy : -dy / dx) * 180 / std::numbers::pi;
+    return turned(angle) + ", so that the line is " + (upright ? "upright" : "level");
+  }
+
+ private:
+  std::string line_text_;
+  std::vector<Point> line_;
+};
+
+}  // namespace
+
+std::vector<OperationEntry> geometry_operations() {
+  return {
+      {"rotate", "Turn a picture by any angle; positive angles turn clockwise",
+       make_operation<Rotate>},
+      {"straighten", "Level a picture along a line drawn on it", make_operation<Straighten>},
+  };
+}
+
+}  // namespace host

@@ -11,7 +11,7 @@ def read_scaled(path):
     """Width, height and packed RGB bytes of a JPEG at a quarter of its size."""
     ppm = subprocess.run(["djpeg", "-scale", "1/4", "-pnm", path], check=True,
                          stdout=subprocess.PIPE).stdout
-    magic, width, height, largest, pixels = ppm.split(maxsplit=4)
+    _, width, height = ppm.split(maxsplit=3)[:3]
     width, height = int(width), int(height)
     # A first pixel that looks like white space would have been split off as well.
     return width, height, ppm[len(ppm) - 3 * width * height:]

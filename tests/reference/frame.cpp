@@ -1,5 +1,6 @@
 #include "reference/frame.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
@@ -66,6 +67,12 @@ int32_t columns_inside(const PixelArray& image, int32_t bytes_per_pixel) {
   if (image.pixels == nullptr || image.width <= 0 || image.rowBytes <= 0) return 0;
   const int32_t fitting = image.rowBytes / bytes_per_pixel;
   return image.width < fitting ? image.width : fitting;
+}
+
+Area common_area_24(const PixelArray* a, const PixelArray* b) {
+  if (a == nullptr || b == nullptr) return {0, 0};
+  const int32_t width = std::min(columns_inside(*a, 3), columns_inside(*b, 3));
+  return {width, std::max(0, std::min(a->height, b->height))};
 }
 
 uint8_t& channel(const PixelArray& image, int32_t bytes_per_pixel, int32_t x, int32_t y,

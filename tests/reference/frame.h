@@ -45,6 +45,12 @@ int32_t magnitude(int32_t a);  // of the lowest integer: itself
 // short for the width count as narrower.
 int32_t columns_inside(const PixelArray& image, int32_t bytes_per_pixel);
 
+// What two records used as 24-bit both hold; nothing where one of them is missing.
+struct Area {
+  int32_t width, height;
+};
+Area common_area_24(const PixelArray* a, const PixelArray* b);
+
 // Channel c of the pixel in column x and row y.
 uint8_t& channel(const PixelArray& image, int32_t bytes_per_pixel, int32_t x, int32_t y, int32_t c);
 

@@ -274,7 +274,8 @@ ROXE_API int32_t roxeColorTemperature(const PixelArray* src, PixelArray* dst, in
 // src, dst    src is RGB24; dst is written as 24-bit whatever its format. The common area is
 //             written.
 // rect        the region whose histogram is taken, or null for the whole picture. Negative sides
-//             count as 0; what lies past the last row or past the bytes of a row is not read.
+//             count as 0. A region that reaches past the right edge goes on into the row padding
+//             and the next row; what lies past the height * rowBytes bytes of src is not read.
 //
 // Returns 2 or 1 from roxeVerifyPixelArray, src first; kRoxeErrInvalid for an empty region or if
 // memory cannot be had; otherwise kRoxeOK. A source that is not RGB24 gives kRoxeOK and writes

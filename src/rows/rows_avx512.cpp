@@ -17,6 +17,7 @@ namespace {
 // colour
 
 // tone
+#include "rows/histogram.inl"
 
 }  // namespace
 
@@ -34,6 +35,7 @@ constexpr RowKernels kAvx512Rows = {
     // colour
 
     // tone
+    .count_green = count_green,
 };
 
 }  // namespace roxe

@@ -15,6 +15,7 @@ namespace {
 // colour
 
 // tone
+#include "rows/histogram.inl"
 
 }  // namespace
 
@@ -32,6 +33,7 @@ constexpr RowKernels kPlainRows = {
     // colour
 
     // tone
+    .count_green = count_green,
 };
 
 }  // namespace roxe

@@ -61,7 +61,11 @@ struct RowKernels {
   // pixel, and allows dst to lie in the source; the others do not.
   void (*rotate)(const RotationWalk& walk, uint8_t* dst, int32_t count);
 
-  // ---- blur
+  // ---- blur (blend_masked.inl)
+
+  // Pulls each byte of count pixels of three bytes towards src by mask / 256, one mask byte a pixel,
+  // rounding toward minus infinity. mask shares no memory with dst.
+  void (*blend_masked)(const uint8_t* src, const uint8_t* mask, uint8_t* dst, int32_t count);
 
   // ---- colour
 

@@ -13,6 +13,7 @@ namespace {
 #include "rows/rotation.inl"
 
 // blur
+#include "rows/blend_masked.inl"
 
 // colour
 
@@ -31,6 +32,7 @@ constexpr RowKernels kNeonRows = {
     .rotate = rotate,
 
     // blur
+    .blend_masked = blend_masked,
 
     // colour
 

@@ -11,6 +11,7 @@ namespace {
 #include "rows/rotation.inl"
 
 // blur
+#include "rows/blend_masked.inl"
 
 // colour
 
@@ -29,6 +30,7 @@ constexpr RowKernels kPlainRows = {
     .rotate = rotate,
 
     // blur
+    .blend_masked = blend_masked,
 
     // colour
 

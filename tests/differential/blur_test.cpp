@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "blur/box_blur.h"
+#include "blur/soft_focus.h"
+#include "differential/twins.h"
 #include "reference/blur.h"
 #include "support/image.h"
 
@@ -74,6 +77,323 @@ TEST(ReferenceBlur, EvenLengthsBrighten) {
   std::vector<float> data(12, 4.0f), temp(12);
   reference::BoxBlur(data.data(), temp.data(), 4, 3, 2);  // 3 x 3 values over 2 x 2
   EXPECT_EQ(data, std::vector<float>(12, 9.0f));
+}
+
+// --------------------------------------------------------------------------------- random input
+
+constexpr size_t kBlock = 2600;  // the shapes below fit
+
+// A sound record: mostly up to 24 x 24, sometimes a few long rows.
+Shape BlurShape(Dice& dice, uint32_t format) {
+  const bool long_rows = dice.one_in(16);
+  const int32_t width = dice.between(1, long_rows ? 110 : 24);
+  const int32_t height = dice.between(1, long_rows ? 6 : 24);
+  const int32_t packed = format == 0 ? 3 * width : width;
+  return {format, width, height, packed + (dice.one_in(2) ? 0 : dice.between(1, 13)), true};
+}
+
+int32_t AnyExtent(Dice& dice) {
+  if (dice.one_in(20)) return dice.hostile_integer();
+  return dice.between(0, dice.one_in(2) ? 4 : 40);
+}
+
+TEST(DifferentialBlur, BoxBlursLikeTheDefinition) {
+  Dice dice(72);
+  Twins first(kBlock), second(kBlock);
+  int blurred = 0;
+  for (int i = 0; i < 120000; ++i) {
+    const uint32_t format = dice.one_in(2) ? 0 : 3;
+    const int32_t bytes = format == 0 ? 3 : 1;
+    const Shape src = BlurShape(dice, format);
+    Shape dst = src;
+    dst.row_bytes = bytes * dst.width + (dice.one_in(2) ? 0 : dice.between(1, 13));
+    const bool in_place = dice.one_in(3);
+    first.randomise(dice);
+    if (!in_place) second.randomise(dice);
+    const size_t src_at = first.place(dice, src.size(bytes));
+    const size_t dst_at = second.place(dice, dst.size(bytes));
+    PixelArray library_src = first.library(src, src_at);
+    PixelArray library_dst = in_place ? library_src : second.library(dst, dst_at);
+    PixelArray reference_src = first.reference(src, src_at);
+    PixelArray reference_dst = in_place ? reference_src : second.reference(dst, dst_at);
+    if (dice.one_in(50)) {  // records that do not belong together
+      switch (dice.bits() % 3) {
+        case 0:
+          library_dst.format = reference_dst.format = format == 0 ? 3 : 0;
+          break;
+        case 1:
+          library_dst.width = --reference_dst.width;
+          break;
+        default:
+          library_dst.height = --reference_dst.height;
+      }
+    }
+    const int32_t left = AnyExtent(dice), top = AnyExtent(dice);
+    const int32_t right = AnyExtent(dice), bottom = AnyExtent(dice);
+    const int32_t expected =
+        reference::BoxBlurA(&reference_src, &reference_dst, left, top, right, bottom);
+    const int32_t actual = roxe::BoxBlurA(&library_src, &library_dst, left, top, right, bottom);
+    blurred += expected;
+    ASSERT_EQ(actual, expected) << i;
+    ASSERT_TRUE(first.same() && second.same())
+        << i << ": format " << format << ", " << src.width << " x " << src.height << ", extents "
+        << left << ' ' << top << ' ' << right << ' ' << bottom << (in_place ? ", in place" : "");
+  }
+  EXPECT_GE(blurred, 100000);
+}
+
+TEST(DifferentialBlur, BoxBlurRefusesWhatTheReferenceRefuses) {
+  Image image = Gray({{8, 16}, {24, 32}}), other = Gray({{1, 2}, {3, 4}});
+  const Image before = other;
+  PixelArray unknown = image.record, unknown_dst = other.record;
+  unknown.format = unknown_dst.format = 7;
+  EXPECT_EQ(roxe::BoxBlurA(nullptr, other, 1, 1, 1, 1), 0);
+  EXPECT_EQ(roxe::BoxBlurA(image, nullptr, 1, 1, 1, 1), 0);
+  EXPECT_EQ(roxe::BoxBlurA(&unknown, &unknown_dst, 1, 1, 1, 1), 0);
+  for (const int32_t negative : {-1, INT32_MIN}) {
+    EXPECT_EQ(roxe::BoxBlurA(image, other, negative, 1, 1, 1), 0);
+    EXPECT_EQ(roxe::BoxBlurA(image, other, 1, negative, 1, 1), 0);
+    EXPECT_EQ(roxe::BoxBlurA(image, other, 1, 1, negative, 1), 0);
+    EXPECT_EQ(roxe::BoxBlurA(image, other, 1, 1, 1, negative), 0);
+  }
+  EXPECT_EQ(roxe::BoxBlurA(image, other, 0, 1, 0, 1), 0);
+  EXPECT_EQ(roxe::BoxBlurA(image, other, 1, 0, 1, 0), 0);
+  EXPECT_EQ(other, before);
+}
+
+TEST(DifferentialBlur, FindsTheLengthsOfTheReference) {
+  Dice dice(73);
+  for (int i = 0; i < 100000; ++i) {
+    const auto extent = [&] { return dice.hostile_integer() & INT32_MAX; };
+    const bool small = dice.one_in(2);
+    const int32_t before = small ? dice.between(0, 12) : extent();
+    const int32_t after = small ? dice.between(0, 12) : extent();
+    const int32_t n = 1 + (small ? dice.between(0, 12) : dice.between(0, INT32_MAX - 2));
+    roxe::LengthRange actual;
+    roxe::BoxBlurGetModLengthRange(&actual, before, after, n);
+    const reference::LengthRange expected = reference::BoxBlurGetModLengthRange(before, after, n);
+    ASSERT_EQ(actual.min, expected.min) << before << ' ' << after << ' ' << n;
+    ASSERT_EQ(actual.end, expected.end) << before << ' ' << after << ' ' << n;
+  }
+}
+
+TEST(DifferentialBlur, DividesLikeTheReference) {
+  Dice dice(74);
+  for (int i = 0; i < 2000; ++i) {
+    const int32_t largest = 1 << dice.between(0, 24);
+    const int32_t h_min = dice.between(1, largest), h_end = h_min + dice.between(1, 20);
+    const int32_t v_min = dice.between(1, largest), v_end = v_min + dice.between(1, 20);
+    const auto actual = roxe::BoxBlurCreateModDivBuffer(h_min, h_end, v_min, v_end);
+    ASSERT_NE(actual, nullptr);
+    const std::vector<uint32_t> expected =
+        reference::BoxBlurCreateModDivBuffer(h_min, h_end, v_min, v_end);
+    for (size_t k = 0; k < expected.size(); ++k) ASSERT_EQ(actual[k], expected[k]) << i << ' ' << k;
+  }
+}
+
+TEST(DifferentialBlur, SumsAndDividesRowsLikeTheReference) {
+  Dice dice(75);
+  for (int i = 0; i < 20000; ++i) {
+    const bool colour = dice.one_in(2);
+    const int32_t width = dice.between(1, dice.one_in(4) ? 90 : 12);
+    const size_t entries = static_cast<size_t>(width) * (colour ? 3 : 1);
+    const int32_t rows = dice.between(1, 5);
+    GuardedMemory row(entries), acc_memory(4 * entries), actual(entries);
+    uint32_t* const acc = reinterpret_cast<uint32_t*>(acc_memory.data());
+    std::vector<uint32_t> expected_acc(entries);
+    for (size_t k = 0; k < entries; ++k) acc[k] = 0;
+    int32_t inside = 0;
+    for (int32_t r = 0; r < rows; ++r) {
+      for (size_t k = 0; k < entries; ++k) row.data()[k] = static_cast<uint8_t>(dice.bits());
+      // A row is taken out again now and then, right after it came in.
+      const bool out_again = dice.one_in(4);
+      for (int32_t add = 1; add >= (out_again ? 0 : 1); --add) {
+        const int32_t flag = add ? (dice.one_in(2) ? 1 : -5) : 0;
+        if (colour) {
+          ASSERT_EQ(roxe::BoxBlurSumLine24(row.data(), width, acc, flag), 1);
+          reference::BoxBlurSumLine24(row.data(), width, expected_acc.data(), flag);
+        } else {
+          ASSERT_EQ(roxe::BoxBlurSumLine8(row.data(), width, acc, flag), 1);
+          reference::BoxBlurSumLine8(row.data(), width, expected_acc.data(), flag);
+        }
+      }
+      inside += out_again ? 0 : 1;
+    }
+    for (size_t k = 0; k < entries; ++k) ASSERT_EQ(acc[k], expected_acc[k]) << i << ' ' << k;
+
+    std::vector<uint32_t> reciprocals(static_cast<size_t>(width) + 1);
+    for (int32_t w = 1; w <= width; ++w)
+      reciprocals[static_cast<size_t>(w)] =
+          static_cast<uint32_t>(8388608 / (w * (inside > 0 ? inside : 1)));
+    const roxe::DivRow div_row = {reciprocals.data(), 0};
+    const auto extent = [&] {
+      return dice.one_in(20) ? dice.hostile_integer() & INT32_MAX : dice.between(0, width + 3);
+    };
+    const int32_t left = extent(), right = extent();
+    std::vector<uint8_t> expected(entries);
+    if (colour) {
+      roxe::BoxBlurProcessRow24(acc, actual.data(), width, left, right, div_row);
+      reference::BoxBlurProcessRow24(acc, expected.data(), width, left, right, reciprocals.data());
+    } else {
+      roxe::BoxBlurProcessRow8(acc, actual.data(), width, left, right, div_row);
+      reference::BoxBlurProcessRow8(acc, expected.data(), width, left, right, reciprocals.data());
+    }
+    ASSERT_EQ(std::memcmp(actual.data(), expected.data(), entries), 0)
+        << i << ": width " << width << ", " << left << ' ' << right;
+  }
+}
+
+TEST(DifferentialBlur, BlursThreeTimesLikeTheReference) {
+  Dice dice(76);
+  Twins first(kBlock), second(kBlock);
+  for (int i = 0; i < 10000; ++i) {
+    const uint32_t format = dice.one_in(2) ? 0 : 3;
+    const int32_t bytes = format == 0 ? 3 : 1;
+    const Shape src = BlurShape(dice, format);
+    Shape dst = src;
+    dst.row_bytes = bytes * dst.width + (dice.one_in(2) ? 0 : dice.between(1, 13));
+    const bool in_place = dice.one_in(3);
+    first.randomise(dice);
+    second.randomise(dice);
+    const size_t src_at = first.place(dice, src.size(bytes));
+    const size_t dst_at = second.place(dice, dst.size(bytes));
+    PixelArray library_src = first.library(src, src_at);
+    PixelArray library_dst = in_place ? library_src : second.library(dst, dst_at);
+    PixelArray reference_src = first.reference(src, src_at);
+    PixelArray reference_dst = in_place ? reference_src : second.reference(dst, dst_at);
+    if (dice.one_in(50)) library_dst.height = --reference_dst.height;
+    const int32_t radius = dice.one_in(20) ? dice.hostile_integer() : dice.between(-1, 40);
+    const int32_t expected = reference::GaussianBlurA(&reference_src, &reference_dst, radius);
+    ASSERT_EQ(roxe::GaussianBlurA(&library_src, &library_dst, radius), expected) << i;
+    ASSERT_TRUE(first.same() && second.same()) << i << ": radius " << radius;
+  }
+  EXPECT_EQ(roxe::GaussianBlurA(nullptr, nullptr, 3), 0);
+}
+
+TEST(ExhaustiveBlur, BoxBlursLikeTheDefinitionAtEverySmallSize) {
+  Dice dice(77);
+  constexpr int32_t kLargest = 5;
+  Twins first(kLargest * kLargest * 3), second(kLargest * kLargest * 3);
+  for (const uint32_t format : {0u, 3u}) {
+    const int32_t bytes = format == 0 ? 3 : 1;
+    for (int32_t size = 0; size < kLargest * kLargest; ++size) {
+      const int32_t width = 1 + size % kLargest, height = 1 + size / kLargest;
+      const Shape shape = {format, width, height, bytes * width, true};
+      const size_t at = first.size() - shape.size(bytes);
+      first.randomise(dice);
+      second.randomise(dice);
+      for (int32_t extents = 0; extents < 7 * 7 * 7 * 7; ++extents) {
+        const int32_t left = extents % 7, right = extents / 7 % 7;
+        const int32_t top = extents / 49 % 7, bottom = extents / 343;
+        const PixelArray library_src = first.library(shape, at);
+        PixelArray library_dst = second.library(shape, at);
+        const PixelArray reference_src = first.reference(shape, at);
+        PixelArray reference_dst = second.reference(shape, at);
+        const int32_t expected =
+            reference::BoxBlurA(&reference_src, &reference_dst, left, top, right, bottom);
+        ASSERT_EQ(roxe::BoxBlurA(&library_src, &library_dst, left, top, right, bottom), expected);
+        ASSERT_TRUE(second.same()) << width << " x " << height << ": " << left << ' ' << top << ' '
+                                   << right << ' ' << bottom;
+        // In place, the result replaces a copy of the source.
+        std::memcpy(library_dst.pixels, library_src.pixels, shape.size(bytes));
+        ASSERT_EQ(roxe::BoxBlurA(&library_dst, &library_dst, left, top, right, bottom), expected);
+        if (expected == 1) {
+          ASSERT_TRUE(second.same()) << "in place, " << width << " x " << height << ": " << left
+                                     << ' ' << top << ' ' << right << ' ' << bottom;
+        } else {
+          std::memcpy(library_dst.pixels, reference_dst.pixels, shape.size(bytes));
+        }
+      }
+    }
+  }
+}
+
+TEST(DifferentialBlur, SoftensLikeTheReference) {
+  Dice dice(70);
+  Twins first(2600), second(2600), third(900);
+  for (int i = 0; i < 8000; ++i) {
+    const int32_t width = dice.between(1, 24), height = dice.between(1, 24);
+    const auto stride = [&](int32_t packed) {
+      return packed + (dice.one_in(2) ? 0 : dice.between(1, 13));
+    };
+    Shape src = {0, width, height, stride(3 * width), true};
+    Shape dst = {0, width, height, stride(3 * width), true};
+    Shape mask = {3, width, height, stride(width), true};
+    if (dice.one_in(16)) {  // one thing wrong
+      Shape* const spoilt = dice.pick({&src, &dst, &mask});
+      switch (dice.bits() % 5) {
+        case 0:
+          spoilt->format = static_cast<uint32_t>(dice.pick({0, 3, 7}));
+          break;
+        case 1:
+          spoilt->width -= 1;
+          break;
+        case 2:
+          spoilt->height -= 1;
+          break;
+        case 3:
+          spoilt->row_bytes = width - 1;
+          break;
+        default:
+          spoilt->has_pixels = false;
+      }
+    }
+    first.randomise(dice);
+    second.randomise(dice);
+    third.randomise(dice);
+    const bool in_place = dice.one_in(5);
+    const bool masked = !dice.one_in(4);
+    const size_t src_at = first.place(dice, src.size(3));
+    const size_t dst_at = second.place(dice, dst.size(3));
+    const size_t mask_at = third.place(dice, mask.size(1));
+    PixelArray library_src = first.library(src, src_at);
+    PixelArray library_dst = second.library(dst, dst_at);
+    const PixelArray library_mask = third.library(mask, mask_at);
+    PixelArray reference_src = first.reference(src, src_at);
+    PixelArray reference_dst = second.reference(dst, dst_at);
+    const PixelArray reference_mask = third.reference(mask, mask_at);
+    const auto radius = [&] {
+      return dice.one_in(16) ? dice.hostile_integer() : dice.between(-1, dice.one_in(2) ? 6 : 60);
+    };
+    const int32_t image_radius = radius(), mask_radius = radius();
+    const int32_t expected =
+        reference::roxeSoftFocus(&reference_src, in_place ? &reference_src : &reference_dst,
+                                 masked ? &reference_mask : nullptr, image_radius, mask_radius);
+    const int32_t actual =
+        ::roxeSoftFocus(&library_src, in_place ? &library_src : &library_dst,
+                        masked ? &library_mask : nullptr, image_radius, mask_radius);
+    ASSERT_EQ(actual, expected) << i;
+    ASSERT_TRUE(first.same() && second.same() && third.same())
+        << i << ": " << width << " x " << height << ", " << image_radius << ", " << mask_radius;
+  }
+}
+
+TEST(DifferentialBlur, SoftensRowsTooShortForTheirWidthLikeTheReference) {
+  Dice dice(71);
+  Twins first(2600), second(2600);
+  for (int i = 0; i < 3000; ++i) {
+    // 3 * width wraps to 2, 5, 8 ...: the record passes although few columns fit into its rows.
+    const int32_t beyond = dice.between(0, 12), height = dice.between(1, 20);
+    const int32_t width = 1431655766 + beyond;
+    const Shape src = {0, width, height, 2 + 3 * beyond + dice.between(0, 30), true};
+    const Shape dst = {0, width, height, 2 + 3 * beyond + dice.between(0, 30), true};
+    first.randomise(dice);
+    second.randomise(dice);
+    const size_t src_at = first.place(dice, src.size(3));
+    const size_t dst_at = second.place(dice, dst.size(3));
+    PixelArray library_src = first.library(src, src_at);
+    PixelArray library_dst = second.library(dst, dst_at);
+    PixelArray reference_src = first.reference(src, src_at);
+    PixelArray reference_dst = second.reference(dst, dst_at);
+    const bool in_place = dice.one_in(4);
+    const int32_t radius = dice.between(-1, 30);
+    const int32_t expected = reference::roxeSoftFocus(
+        &reference_src, in_place ? &reference_src : &reference_dst, nullptr, radius, 0);
+    const int32_t actual =
+        ::roxeSoftFocus(&library_src, in_place ? &library_src : &library_dst, nullptr, radius, 0);
+    ASSERT_EQ(actual, expected) << i;
+    ASSERT_TRUE(first.same() && second.same()) << i;
+  }
 }
 
 }  // namespace

@@ -108,10 +108,10 @@ int32_t BoxBlurA(const PixelArray* src, PixelArray* dst, int32_t left, int32_t t
   if (src->format != 0 && src->format != 3) return 0;
 
   const int32_t channels = src->format == 0 ? 3 : 1;
-  const int32_t width = columns_inside(*src, channels);
-  const int32_t written = std::min(width, columns_inside(*dst, channels));
+  // The two records have one width: what the rows of both hold.
+  const int32_t width = std::min(columns_inside(*src, channels), columns_inside(*dst, channels));
   const int32_t height = src->height;
-  if (written == 0 || height <= 0) return 1;
+  if (width == 0 || height <= 0) return 1;
 
   const size_t row_size = static_cast<size_t>(width) * static_cast<size_t>(channels);
   std::vector<uint8_t> original(row_size * static_cast<size_t>(height));
@@ -128,7 +128,7 @@ int32_t BoxBlurA(const PixelArray* src, PixelArray* dst, int32_t left, int32_t t
       for (size_t k = 0; k < row_size; ++k)
         columns[k] += original[row_size * static_cast<size_t>(row) + k];
 
-    for (int64_t x = 0; x < written; ++x) {
+    for (int64_t x = 0; x < width; ++x) {
       const int64_t first_column = std::max<int64_t>(x - left, 0);
       const int64_t last_column = std::min<int64_t>(x + right, width - 1);
       const uint32_t reciprocal =

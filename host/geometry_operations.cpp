@@ -3,11 +3,9 @@
 #include <cmath>
 #include <numbers>
 
-#include <CLI/CLI.hpp>
-
-#include "corners.h"
 #include "errors.h"
 #include "operation.h"
+#include "options.h"
 #include "status.h"
 #include "text.h"
 
@@ -30,17 +28,13 @@ void require_inside(const Picture& picture, Point point, std::string_view what) 
 class Rotate : public Operation {
  public:
   void add_options(CLI::App& app) override {
-    app.add_option("--angle", angle_, "degrees; positive turns clockwise, negative anticlockwise")
+    add_decimal_number(app, "--angle", angle_,
+                       "degrees; positive turns clockwise, negative anticlockwise")
         ->required()
         ->type_name("DEG");
-    app.add_option("--about", about_text_, "the point that stays in place (default: the centre)")
-        ->type_name("X,Y");
+    add_text(app, "--about", "X,Y", "the point that stays in place (default: the centre)",
+             [this](const std::string& text) { about_ = points(text, 1, "--about"); });
     app.add_flag("--expand", expand_, "make the picture larger, so that nothing is cut off");
-  }
-
-  void check() override {
-    if (!std::isfinite(angle_)) throw UsageError("--angle needs a number of degrees");
-    if (!about_text_.empty()) about_ = points(about_text_, 1, "--about");
   }
 
   std::string apply(Picture& picture, Colour background) const override {
@@ -87,7 +81,6 @@ class Rotate : public Operation {
   }
 
   double angle_ = 0;
-  std::string about_text_;
   std::vector<Point> about_;
   bool expand_ = false;
 };
@@ -97,14 +90,13 @@ class Rotate : public Operation {
 class Straighten : public Operation {
  public:
   void add_options(CLI::App& app) override {
-    app.add_option("--line", line_text_,
-                   "two points of a line that should be level or upright, such as the horizon")
-        ->required()
-        ->type_name("X1,Y1,X2,Y2");
+    add_text(app, "--line", "X1,Y1,X2,Y2",
+             "two points of a line that should be level or upright, such as the horizon",
+             [this](const std::string& text) { line_ = points(text, 2, "--line"); })
+        ->required();
   }
 
   void check() override {
-    line_ = points(line_text_, 2, "--line");
     if (line_[0].x == line_[1].x && line_[0].y == line_[1].y)
       throw UsageError("--line needs two different points, and both are " + to_text(line_[0]));
   }
@@ -130,7 +122,6 @@ class Straighten : public Operation {
   }
 
  private:
-  std::string line_text_;
   std::vector<Point> line_;
 };
 

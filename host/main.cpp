@@ -1,5 +1,6 @@
 // roxe: a photographer's command line over the fifteen operations.
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <exception>
@@ -16,6 +17,7 @@
 #include "files.h"
 #include "inspect.h"
 #include "operation.h"
+#include "options.h"
 #include "picture_file.h"
 #include "recipe.h"
 #include "text.h"
@@ -31,19 +33,16 @@ void complain(const std::string& sentence) { std::fprintf(stderr, "roxe: %s\n", 
 
 // Options of every command that writes a picture.
 struct OutputOptions {
-  std::string background_text = "black";
   Colour background;
   WriteSettings settings;
 
   void add(CLI::App& app) {
-    app.add_option("--background", background_text,
-                   "colour of uncovered and transparent pixels (default: black)")
-        ->type_name("COLOUR");
-    app.add_option("--quality", settings.quality, "of a JPEG, 1 to 100 (default: 95)")
-        ->check(CLI::Range(1, 100))
-        ->type_name("N");
+    add_text(app, "--background", "COLOUR",
+             "colour of uncovered and transparent pixels (default: black)",
+             [this](const std::string& text) { background = colour(text, "--background"); });
+    add_whole_number(app, "--quality", settings.quality, 1, 100,
+                     "of a JPEG, 1 to 100 (default: 95)");
   }
-  void check() { background = colour(background_text, "--background"); }
 };
 
 // IN and OUT around one operation.
@@ -65,7 +64,6 @@ struct OperationCommand {
   }
 
   void run() {
-    options.check();
     operation->check();
     const bool writes = !operation->only_reports();
     if (writes && output.empty()) throw UsageError("OUT, the picture to write, is missing");
@@ -97,18 +95,18 @@ struct InfoCommand {
 
 struct PickCommand {
   CLI::App* app;
-  std::string input, point_text;
+  std::string input;
+  Point point;
 
   explicit PickCommand(CLI::App& parent)
       : app(parent.add_subcommand("pick", "Print the colour of a pixel")) {
     app->add_option("IN", input, "the picture to read")->required()->type_name("");
-    app->add_option("POINT", point_text, "X,Y of the pixel, in the upright picture")
-        ->required()
-        ->type_name("");
+    add_text(*app, "POINT", "", "X,Y of the pixel, in the upright picture",
+             [this](const std::string& text) { point = points(text, 1, "POINT")[0]; })
+        ->required();
   }
 
   void run() {
-    const Point point = points(point_text, 1, "POINT")[0];
     Notes notes;
     say(pick_text(load_picture(input, {}, notes).picture, point));
   }
@@ -133,14 +131,12 @@ struct RunCommand {
     app->add_option("--format", format, "jpg, png or ppm (default: as each picture)")
         ->check(CLI::IsMember({"jpg", "png", "ppm"}))
         ->type_name("NAME");
-    app->add_option("--jobs", job.at_a_time, "photographs at a time (default: all processors)")
-        ->check(CLI::Range(1, 64))
-        ->type_name("N");
+    add_whole_number(*app, "--jobs", job.at_a_time, 1, 64,
+                     "photographs at a time (default: all processors)");
     options.add(*app);
   }
 
   int run() {
-    options.check();
     job.background = options.background;
     job.settings = options.settings;
     if (!format.empty()) job.extension = "." + format;
@@ -180,6 +176,13 @@ int run(int argc, char** argv) {
   for (const OperationEntry& entry : operations())
     commands.push_back(std::make_unique<OperationCommand>(app, entry));
 
+  const auto is_command = [&](const std::string& name) {
+    const auto commands = app.get_subcommands({});
+    return std::any_of(commands.begin(), commands.end(),
+                       [&](const CLI::App* command) { return command->check_name(name); });
+  };
+  if (argc > 1 && argv[1][0] != '-' && !is_command(argv[1]))
+    throw UsageError("there is no command '" + std::string(argv[1]) + "' (see roxe --help)");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -2,9 +2,11 @@
 #ifndef ROXE_HOST_PICTURE_H_
 #define ROXE_HOST_PICTURE_H_
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,6 +42,12 @@ struct Metadata {
   std::vector<Bytes> photoshop;     // JPEG APP13 segments: IPTC and other resources
   std::vector<Bytes> comments;      // JPEG comments
   std::vector<Text> texts;          // PNG texts other than XMP
+
+  // How a PNG says what its numbers mean where it has no profile: rendering intent of sRGB, gamma
+  // and the eight chromaticities in units of 1/100000.
+  std::optional<int> srgb_intent;
+  std::optional<int32_t> gamma;
+  std::optional<std::array<int32_t, 8>> chromaticities;
 };
 
 class Picture {

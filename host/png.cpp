@@ -124,6 +124,16 @@ void read_exif(png_structp png, png_infop info, Metadata& metadata) {
     metadata.exif.assign(exif, exif + size);
 }
 
+void read_colour_meaning(png_structp png, png_infop info, Metadata& metadata) {
+  int intent = 0;
+  if (png_get_sRGB(png, info, &intent)) metadata.srgb_intent = intent;
+  png_fixed_point gamma = 0;
+  if (png_get_gAMA_fixed(png, info, &gamma)) metadata.gamma = gamma;
+  std::array<int32_t, 8> c = {};
+  if (png_get_cHRM_fixed(png, info, &c[0], &c[1], &c[2], &c[3], &c[4], &c[5], &c[6], &c[7]))
+    metadata.chromaticities = c;
+}
+
 void read_metadata(Reader& reader, Metadata& metadata) {
   png_structp png = reader.png;
   for (png_infop info : {reader.info, reader.end}) {
@@ -136,11 +146,21 @@ void read_metadata(Reader& reader, Metadata& metadata) {
   int compression = 0;
   if (png_get_iCCP(png, reader.info, &name, &compression, &profile, &size))
     metadata.icc.assign(profile, profile + size);
+  else
+    read_colour_meaning(png, reader.info, metadata);
   png_uint_32 x = 0, y = 0;
   int unit = 0;
   if (png_get_pHYs(png, reader.info, &x, &y, &unit))
     metadata.density = {
         unit == PNG_RESOLUTION_METER ? Density::Unit::kMetre : Density::Unit::kRatio, x, y};
+}
+
+void write_colour_meaning(png_structp png, png_infop info, const Metadata& metadata) {
+  if (metadata.srgb_intent) png_set_sRGB(png, info, *metadata.srgb_intent);
+  if (metadata.gamma) png_set_gAMA_fixed(png, info, *metadata.gamma);
+  if (!metadata.chromaticities) return;
+  const std::array<int32_t, 8>& c = *metadata.chromaticities;
+  png_set_cHRM_fixed(png, info, c[0], c[1], c[2], c[3], c[4], c[5], c[6], c[7]);
 }
 
 std::string describe(png_byte colour_type, int depth) {
@@ -209,9 +229,12 @@ bool write(Writer& writer, const Picture& picture, bool grey, bool with_profile,
                static_cast<png_uint_32>(picture.height()), 8,
                grey ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  png_set_benign_errors(png, 1);  // a block that libpng finds odd is left out, the picture is not
   if (with_profile)
     png_set_iCCP(png, info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, metadata.icc.data(),
                  static_cast<png_uint_32>(metadata.icc.size()));
+  else
+    write_colour_meaning(png, info, metadata);
   if (!metadata.exif.empty())
     png_set_eXIf_1(png, info, static_cast<png_uint_32>(metadata.exif.size()),
                    const_cast<png_bytep>(metadata.exif.data()));
@@ -272,6 +295,8 @@ Bytes encode_png(const Picture& picture, bool grey, Notes& notes) {
   writer.progress.output = &output;
   if (!write(writer, picture, grey, with_profile, texts, grey_row.data()))
     throw Failure(std::string("the PNG cannot be made (") + writer.progress.message + ")");
+  if (with_profile && !png_get_valid(writer.png, writer.info, PNG_INFO_iCCP))
+    notes.push_back("its colour profile is malformed and is left out");
   return output;
 }
 

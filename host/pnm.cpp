@@ -28,8 +28,8 @@ class Scanner {
 
   // One white space ends the header.
   void end_header() {
-    if (position_ >= file_.size() || !is_space(file_[position_]))
-      throw Failure("its header is damaged");
+    if (position_ >= file_.size()) throw Failure("the file ends early");
+    if (!is_space(file_[position_])) throw Failure("its header is damaged");
     ++position_;
   }
 

@@ -33,7 +33,8 @@ constexpr NamedColour kColours[] = {
 
 std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
 
-bool parse(std::string_view text, int32_t& value) {
+template <typename Number>
+bool parse(std::string_view text, Number& value) {
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
   while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
   const char* end = text.data() + text.size();
@@ -42,6 +43,21 @@ bool parse(std::string_view text, int32_t& value) {
 }
 
 }  // namespace
+
+int32_t whole_number(std::string_view text, int32_t low, int32_t high, std::string_view what) {
+  int32_t value = 0;
+  if (!parse(text, value) || value < low || value > high)
+    throw UsageError(std::string(what) + " needs a whole number from " + std::to_string(low) +
+                     " to " + std::to_string(high) + ", not " + quoted(text));
+  return value;
+}
+
+double decimal_number(std::string_view text, std::string_view what) {
+  double value = 0;
+  if (!parse(text, value) || !std::isfinite(value))
+    throw UsageError(std::string(what) + " needs a number, not " + quoted(text));
+  return value;
+}
 
 std::vector<int32_t> whole_numbers(std::string_view text, size_t count, std::string_view what) {
   std::vector<int32_t> values;

@@ -1,0 +1,81 @@
+#include "errors.h"
+#include "operation.h"
+#include "options.h"
+#include "status.h"
+#include "text.h"
+
+namespace host {
+namespace {
+
+class AutoGamma : public Operation {
+ public:
+  void add_options(CLI::App& app) override {
+    add_text(app, "--region", "X,Y,W,H", "judge the exposure by this part of the picture",
+             [this](const std::string& text) { set_region(text); });
+  }
+
+  std::string apply(Picture& picture, Colour) const override {
+    PixelArray pixels = picture.record();
+    if (region_.empty()) {
+      expect_ok(roxeAutoGamma(&pixels, &pixels, nullptr));
+      return "corrected the exposure";
+    }
+    const int64_t right = int64_t{region_[0]} + region_[2];
+    const int64_t bottom = int64_t{region_[1]} + region_[3];
+    if (right > picture.width() || bottom > picture.height())
+      throw UsageError("--region " + region_text_ + " reaches outside the picture of " +
+                       picture.size_text() + " pixels");
+    const PixelRect rect = {region_[0], region_[1], static_cast<int32_t>(right),
+                            static_cast<int32_t>(bottom)};
+    expect_ok(roxeAutoGamma(&pixels, &pixels, &rect));
+    return "corrected the exposure by the region " + region_text_;
+  }
+
+ private:
+  void set_region(const std::string& text) {
+    region_text_ = text;
+    region_ = whole_numbers(text, 4, "--region");
+    if (region_[0] < 0 || region_[1] < 0 || region_[2] < 1 || region_[3] < 1)
+      throw UsageError("--region needs a place inside the picture and a size of at least 1,1");
+  }
+
+  std::string region_text_;
+  std::vector<int32_t> region_;
+};
+
+class Variations : public Operation {
+ public:
+  void add_options(CLI::App& app) override {
+    const auto steps = [&app](const char* name, int32_t& count, const char* meaning) {
+      add_whole_number(app, name, count, -1000, 1000, meaning);
+    };
+    steps("--red", red_, "steps of red to take away; negative: to add");
+    steps("--green", green_, "steps of green to take away; negative: to add");
+    steps("--blue", blue_, "steps of blue to take away; negative: to add");
+    steps("--dark", dark_, "steps to darken; negative: to lighten");
+    add_whole_number(app, "--level", level_, 0, 6,
+                     "size of a step, 0 (fine) to 6 (coarse) (default: 2)");
+  }
+
+  std::string apply(Picture& picture, Colour) const override {
+    PixelArray pixels = picture.record();
+    expect_ok(roxeVariations(&pixels, &pixels, red_, green_, blue_, dark_, level_));
+    return "took away red " + std::to_string(red_) + ", green " + std::to_string(green_) +
+           ", blue " + std::to_string(blue_) + ", light " + std::to_string(dark_);
+  }
+
+ private:
+  int32_t red_ = 0, green_ = 0, blue_ = 0, dark_ = 0, level_ = 2;
+};
+
+}  // namespace
+
+std::vector<OperationEntry> tone_operations() {
+  return {
+      {"auto-gamma", "Correct the exposure automatically", make_operation<AutoGamma>},
+      {"variations", "Shift the colour balance and brightness in steps",
+       make_operation<Variations>},
+  };
+}
+
+}  // namespace host

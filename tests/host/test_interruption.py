@@ -1,0 +1,47 @@
+"""An interrupted run leaves the old file or the new one."""
+
+import os
+import signal
+import subprocess
+import time
+import unittest
+
+from pictures import TOOL, ToolTest, photo
+
+
+class Interruption(ToolTest):
+    COMMAND = ("rotate", photo("spices.jpg"), "out.jpg", "--angle", "10")
+
+    def interrupted_at(self, seconds, how):
+        """Runs the command over an old file, ends it after a while and returns what is there."""
+        self.write("out.jpg", b"old")
+        run = subprocess.Popen([TOOL, *self.COMMAND], cwd=self.folder, stdout=subprocess.DEVNULL,
+                               stderr=subprocess.PIPE)
+        time.sleep(seconds)
+        run.send_signal(how)
+        run.communicate(timeout=60)
+        return self.read("out.jpg")
+
+    def test_any_moment(self):
+        start = time.monotonic()
+        self.succeed(*self.COMMAND)
+        duration = time.monotonic() - start
+        new = self.read("out.jpg")
+        for how in (signal.SIGINT, signal.SIGTERM, signal.SIGKILL):
+            for step in range(12):
+                self.assertIn(self.interrupted_at(duration * step / 10, how), (b"old", new))
+                names = [name for name in os.listdir(self.folder) if name != "out.jpg"]
+                if how == signal.SIGKILL:  # no program can tidy up after this one
+                    for name in names:
+                        os.unlink(self.path(name))
+                else:
+                    self.assertEqual(names, [])
+
+    def test_a_failed_run_leaves_the_old_file(self):
+        self.write("out.jpg", b"old")
+        self.write("in.jpg", b"broken")
+        self.refuse(1, "is not a JPEG", "rotate", "in.jpg", "out.jpg", "--angle", "10")
+
+
+if __name__ == "__main__":
+    unittest.main()

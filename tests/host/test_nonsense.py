@@ -1,0 +1,272 @@
+"""Files and arguments that make no sense: one sentence, the right exit code, nothing written."""
+
+import base64
+import os
+import random
+import shutil
+import stat
+import struct
+import unittest
+
+from pictures import (TOOL, ToolTest, chunk, photo, plain, png, ppm, ppm_rows, pgm, speckled)
+
+FAILED, USAGE = 1, 2
+LINE = ("--line", "0,0,5,1")
+
+# 8 × 8 pixels of one colour in cyan, magenta, yellow and black.
+CMYK_JPEG = base64.b64decode(
+    "/9j/7gAOQWRvYmUAZAAAAAAA/9sAQwBQNzxGPDJQRkFGWlVQX3jIgnhubnj1r7mRyP///////////////////////////"
+    "////////////////////////8AAFAgACAAIBEMRAE0RAFkRAEsRAP/EABUAAQEAAAAAAAAAAAAAAAAAAAQD/8QAFBABAA"
+    "AAAAAAAAAAAAAAAAAAAP/aAA4EQwBNAFkASwAAPwBiBRr/2Q==")
+
+
+class Inputs(ToolTest):
+    def refuse_file(self, words, content, name="in.jpg"):
+        path = self.write(name, content)
+        self.refuse(FAILED, words, "straighten", path, "out.jpg", *LINE)
+        self.refuse(FAILED, words, "info", path)
+
+    def samples(self):
+        """A small file of every kind that can be read."""
+        self.write("small.ppm", ppm(speckled(64, 48)))
+        self.copy("small.ppm", "small.jpg")
+        self.copy("small.ppm", "small.png")
+        return {name: self.read(name) for name in ("small.ppm", "small.jpg", "small.png")}
+
+    def test_truncated_anywhere(self):
+        for name, content in self.samples().items():
+            for tenth in range(10):
+                cut = content[:max(1, len(content) * tenth // 10)]
+                self.refuse_file(": ", cut, "cut-" + name)
+            self.refuse_file(": ", content[:-1 if name.endswith("ppm") else -12], "cut-" + name)
+
+    def test_truncated_photographs(self):
+        for name in ("spices.jpg", "coffee-cup.png"):
+            with open(photo(name), "rb") as file:
+                content = file.read()
+            self.refuse_file("damaged or incomplete", content[:len(content) // 2], name)
+
+    def test_damaged_bytes_never_crash(self):
+        chance = random.Random(7)
+        for name, content in self.samples().items():
+            for _ in range(60):
+                damaged = bytearray(content)
+                for _ in range(chance.randrange(1, 4)):
+                    damaged[chance.randrange(len(damaged))] = chance.randrange(256)
+                path = self.write("damaged", damaged)
+                result = self.run_tool("straighten", path, "out.png", *LINE)
+                # A changed pixel is still a picture; anything else is refused with a sentence.
+                self.assertIn(result.returncode, (0, FAILED), result.stderr)
+                if result.returncode == FAILED:
+                    self.assertRegex(result.stderr, r"\Aroxe: [^\n]+\n\Z")
+
+    def test_files_that_are_no_pictures(self):
+        self.refuse_file("is not a JPEG, PNG, PPM or PGM picture", b"Dear diary,\n")
+        self.refuse_file("the file is empty", b"")
+        self.refuse_file("is not a JPEG, PNG, PPM or PGM picture", bytes(1000))
+        for magic, words in ((b"GIF89a", "a GIF picture"), (b"II*\0", "a TIFF or raw picture"),
+                             (b"MM\0*", "a TIFF or raw picture"), (b"BM", "a BMP picture"),
+                             (b"RIFF\0\0\0\0WEBP", "a WebP picture"), (b"%PDF-1.7", "a PDF"),
+                             (b"\0\0\0\x18ftypheic", "a HEIF, AVIF or video file")):
+            self.refuse_file(words, magic + bytes(100))
+
+    def test_missing_files_and_folders(self):
+        self.refuse(FAILED, "none.jpg: cannot be opened (No such file or directory)",
+                    "straighten", "none.jpg", "out.jpg", *LINE)
+        self.refuse(FAILED, "is a folder, not a picture", "straighten", self.folder, "out.jpg",
+                    *LINE)
+        self.refuse(FAILED, "is a folder, not a picture", "info", self.folder)
+
+    def test_absurdly_large(self):
+        words = "above the limit of 250 megapixels"
+        header = struct.pack(">IIBBBBB", 100_000, 100_000, 8, 2, 0, 0, 0)
+        content = b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", b"")
+        self.refuse_file(words, content, "in.png")
+        header = struct.pack(">IIBBBBB", 2**31 - 1, 2**31 - 1, 8, 2, 0, 0, 0)
+        content = b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", b"")
+        self.refuse_file(words, content, "in.png")
+        self.refuse_file(words, b"P6 2000000000 2000000000 255\n")
+        self.refuse_file("a number that is too large", b"P6 99999999999 1 255\n")
+        jpeg = bytearray(self.samples()["small.jpg"])
+        frame = jpeg.index(b"\xff\xc0")
+        jpeg[frame + 5:frame + 9] = struct.pack(">HH", 65500, 65500)
+        self.refuse_file(words, jpeg)
+
+    def test_empty_and_malformed_headers(self):
+        self.refuse_file("0 × 5 pixels is empty", b"P6 0 5 255\n")
+        for header in (b"P6 5 5 0\n", b"P6 5 5 65536\n"):
+            self.refuse_file("its largest value is not between 1 and 65535", header + bytes(75))
+        for header in (b"P6 5 x 255\n", b"P5 -5 5 255\n"):
+            self.refuse_file("a number is missing", header + bytes(75))
+        self.refuse_file("its header is damaged", b"P6 5 5 255x" + bytes(75))
+        self.refuse_file("the file ends early", b"P6 5 5 255")
+        self.refuse_file("above the largest value", b"P2 1 1 10\n11\n")
+        self.refuse_file("damaged or incomplete", b"\xff\xd8\xff")
+
+    def test_cyan_magenta_yellow_black(self):
+        self.refuse_file("a CMYK JPEG cannot be edited", CMYK_JPEG)
+
+
+class Conversions(ToolTest):
+    """What is not plain 8-bit colour is converted."""
+
+    def rows_of(self, content, *options):
+        name = self.write("in", content)
+        result = self.run_tool("straighten", name, "out.ppm", "--line", "0,0,1,0", *options)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return ppm_rows(self.read("out.ppm")), result.stderr
+
+    def test_sixteen_bits_are_rounded_with_a_note(self):
+        row = struct.pack(">6H", 0, 128, 129, 257 * 99, 257 * 99 + 129, 65535)
+        rows, stderr = self.rows_of(png(2, 1, 16, 2, [row]))
+        self.assertEqual(rows, [[(0, 0, 1), (99, 100, 255)]])
+        self.assertIn("note: ", stderr)
+        self.assertIn("16 bits a channel are rounded to 8", stderr)
+        rows, stderr = self.rows_of(b"P6 2 1 65535\n" + row)
+        self.assertEqual(rows, [[(0, 0, 1), (99, 100, 255)]])
+        self.assertIn("16 bits a channel are rounded to 8", stderr)
+
+    def test_palette_and_few_bits(self):
+        palette = chunk(b"PLTE", bytes([9, 8, 7, 200, 100, 50, 1, 2, 3, 255, 0, 255]))
+        rows, _ = self.rows_of(png(4, 1, 2, 3, [bytes([0b00011011])], [palette]))
+        self.assertEqual(rows, [[(9, 8, 7), (200, 100, 50), (1, 2, 3), (255, 0, 255)]])
+        rows, _ = self.rows_of(png(4, 1, 1, 0, [bytes([0b01010000])]))
+        self.assertEqual(rows, [[(0,) * 3, (255,) * 3, (0,) * 3, (255,) * 3]])
+        rows, _ = self.rows_of(png(2, 1, 4, 0, [bytes([0x3c])]))
+        self.assertEqual(rows, [[(0x33,) * 3, (0xcc,) * 3]])
+
+    def test_transparency_shows_the_background(self):
+        row = bytes([200, 100, 50, 255, 200, 100, 50, 0])
+        rows, stderr = self.rows_of(png(2, 1, 8, 6, [row]))
+        self.assertEqual(rows, [[(200, 100, 50), (0, 0, 0)]])
+        self.assertIn("transparency is replaced by the background", stderr)
+        rows, _ = self.rows_of(png(2, 1, 8, 6, [row]), "--background", "#102030")
+        self.assertEqual(rows, [[(200, 100, 50), (16, 32, 48)]])
+        row = bytes([80, 255, 80, 0])
+        rows, _ = self.rows_of(png(2, 1, 8, 4, [row]), "--background", "orange")
+        self.assertEqual(rows, [[(80, 80, 80), (255, 165, 0)]])
+        key = chunk(b"tRNS", struct.pack(">3H", 1, 2, 3))
+        rows, _ = self.rows_of(png(2, 1, 8, 2, [bytes([1, 2, 3, 4, 5, 6])], [key]),
+                               "--background", "white")
+        self.assertEqual(rows, [[(255, 255, 255), (4, 5, 6)]])
+
+    def test_portable_maps(self):
+        text = b"P3 # a comment\n2 1\n# and another\n100\n0 50 100  1 2 99\n"
+        self.assertEqual(self.rows_of(text)[0], [[(0, 128, 255), (3, 5, 252)]])
+        self.assertEqual(self.rows_of(b"P2\n2 1\n255\n7 200")[0], [[(7,) * 3, (200,) * 3]])
+        self.assertEqual(self.rows_of(pgm([[7, 200]]))[0], [[(7,) * 3, (200,) * 3]])
+        self.assertEqual(self.rows_of(b"P5 2 1 3\n\1\2")[0], [[(85,) * 3, (170,) * 3]])
+
+    def test_the_content_decides_and_not_the_name(self):
+        self.write("in.jpg", ppm(plain(3, 2, (1, 2, 3))))
+        self.copy("in.jpg", "out.PPM")
+        self.assertEqual(ppm_rows(self.read("out.PPM")), plain(3, 2, (1, 2, 3)))
+
+    def test_grey_is_written_as_one_channel(self):
+        self.write("grey.pgm", pgm([[7, 200]]))
+        self.copy("grey.pgm", "out.png")
+        self.assertEqual(self.read("out.png")[25], 0)  # colour type of the header
+        self.copy("out.png", "out.pgm")
+        self.assertEqual(self.read("out.pgm"), pgm([[7, 200]]))
+
+
+class Outputs(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.write("in.ppm", ppm(plain(8, 6, (10, 20, 30))))
+
+    def test_unknown_extensions(self):
+        for name in ("out.gif", "out", "out.tif", ".jpg", "outjpg"):
+            self.refuse(USAGE, "the extension must say what to write", "straighten", "in.ppm", name,
+                        *LINE)
+
+    def test_places_that_cannot_be_written(self):
+        self.refuse(FAILED, "there is no folder", "straighten", "in.ppm", "none/out.jpg", *LINE)
+        self.refuse(FAILED, "there is no folder", "straighten", "in.ppm", "in.ppm/out.jpg", *LINE)
+        os.mkdir(self.path("folder.jpg"))
+        self.refuse(FAILED, "is a folder", "straighten", "in.ppm", "folder.jpg", *LINE)
+        os.mkfifo(self.path("pipe.jpg"))
+        self.refuse(FAILED, "is not a regular file", "straighten", "in.ppm", "pipe.jpg", *LINE)
+
+    def test_a_folder_without_permission(self):
+        os.mkdir(self.path("closed"))
+        os.chmod(self.path("closed"), 0o555)
+        if os.geteuid() != 0:
+            self.refuse(FAILED, "the folder refuses it (Permission denied)", "straighten", "in.ppm",
+                        "closed/out.jpg", *LINE)
+            return
+        # The administrator may write anywhere: become no one, who must be able to get here.
+        os.chmod(self.folder, 0o755)
+        shutil.copy(TOOL, self.path("tool"))
+        os.chmod(self.path("in.ppm"), 0o644)
+        result = self.run_tool("--version", user=65534, executable=self.path("tool"))
+        if result.returncode != 0:
+            self.skipTest("the temporary folder is closed to other users")
+        self.refuse(FAILED, "the folder refuses it (Permission denied)", "straighten", "in.ppm",
+                    "closed/out.jpg", *LINE, user=65534, executable=self.path("tool"))
+
+    def test_colours_do_not_go_into_a_grey_file(self):
+        self.refuse(FAILED, "a .pgm file holds grey only", "straighten", "in.ppm", "out.pgm", *LINE)
+
+    def test_a_replaced_file_keeps_its_permissions_and_a_link_its_target(self):
+        self.write("real.png", b"old")
+        os.chmod(self.path("real.png"), 0o640)
+        os.symlink("real.png", self.path("link.png"))
+        self.succeed("straighten", "in.ppm", "link.png", *LINE)
+        self.assertTrue(os.path.islink(self.path("link.png")))
+        self.assertTrue(self.read("real.png").startswith(b"\x89PNG"))
+        self.assertEqual(stat.S_IMODE(os.stat(self.path("real.png")).st_mode), 0o640)
+
+    def test_the_input_may_be_replaced(self):
+        self.succeed("straighten", "in.ppm", "in.ppm", "--line", "0,0,5,0")
+        self.assertEqual(ppm_rows(self.read("in.ppm")), plain(8, 6, (10, 20, 30)))
+
+
+class Arguments(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.write("in.ppm", ppm(speckled(80, 60)))
+
+    def refuse_arguments(self, words, *arguments):
+        self.refuse(USAGE, words, *arguments)
+
+    def test_commands(self):
+        self.refuse_arguments("A subcommand is required")
+        self.refuse_arguments("posterize", "posterize", "in.ppm", "out.ppm")
+        self.refuse_arguments("IN is required", "info")
+        self.refuse_arguments("OUT is required", "rotate", "in.ppm", "--angle", "3")
+        self.refuse_arguments("--angle is required", "rotate", "in.ppm", "out.ppm")
+        self.refuse_arguments("--sharpen", "rotate", "in.ppm", "out.ppm", "--angle", 3, "--sharpen")
+        self.refuse_arguments("b.ppm", "rotate", "in.ppm", "out.ppm", "b.ppm", "--angle", 3)
+
+    def test_numbers(self):
+        rotate = ("rotate", "in.ppm", "out.ppm")
+        for angle in ("much", "", "1e999", "nan", "inf", "12deg"):
+            self.refuse_arguments("--angle", *rotate, "--angle", angle)
+        for point in ("1", "1,2,3", "a,b", "1.5,2", "1,2,", ",", "99999999999,1", ""):
+            self.refuse_arguments("--about", *rotate, "--angle", 3, "--about=" + point)
+        self.refuse_arguments("--about (80, 3) lies outside the picture of 80 × 60 pixels", *rotate,
+                              "--angle", 3, "--about", "80,3")
+        for quality in ("0", "101", "best"):
+            self.refuse_arguments("--quality", *rotate, "--angle", 3, "--quality", quality)
+
+    def test_lines(self):
+        straighten = ("straighten", "in.ppm", "out.ppm", "--line")
+        for line in ("1,2,3", "1,2,3,4,5", "a,b,c,d", "", "1 2 3 4"):
+            self.refuse_arguments("--line needs 4 whole numbers", *straighten, line)
+        self.refuse_arguments("two different points, and both are (7, 8)", *straighten, "7,8,7,8")
+        self.refuse_arguments("(0, 60) lies outside the picture", *straighten, "0,60,5,5")
+        self.refuse_arguments("(-1, 0) lies outside the picture", *straighten, "-1,0,5,5")
+
+    def test_colours(self):
+        for colour in ("#12345", "#12345g", "reddish", "", "123456", "#1234567", "# 12345"):
+            self.refuse_arguments("--background needs a colour", "rotate", "in.ppm", "out.ppm",
+                                  "--angle", 3, "--background", colour)
+
+    def test_points(self):
+        self.refuse_arguments("(80, 0) lies outside the picture of 80 × 60", "pick", "in.ppm", "80,0")
+        self.refuse_arguments("POINT needs 2 whole numbers", "pick", "in.ppm", "8")
+
+
+if __name__ == "__main__":
+    unittest.main()

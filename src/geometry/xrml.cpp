@@ -11,8 +11,6 @@ namespace {
 
 constexpr double kNearlyZero = 1e-5;
 
-int32_t wrap_abs(int32_t a) { return a < 0 ? wrap_sub(0, a) : a; }
-
 float difference(int32_t a, int32_t b) { return static_cast<float>(wrap_sub(a, b)); }
 
 Point3D minus(Point3D a, Point3D b) { return {a.x - b.x, a.y - b.y, a.z - b.z}; }
@@ -44,16 +42,18 @@ void swap_columns(float* m, int32_t n, int32_t a, int32_t b) {
 float xrmlGetClosestAngleWithCoorAxis(int32_t x1, int32_t y1, int32_t x2, int32_t y2) {
   int32_t dx = wrap_sub(x1, x2), dy = wrap_sub(y1, y2);
   if (dx == 0 || dy == 0) return 0;
-  if (dy < 0) {
+  const auto negate_both = [&] {
     dx = wrap_sub(0, dx);
     dy = wrap_sub(0, dy);
-  }
-  // The quotient is rounded to single precision before the arc tangent.
+  };
+  if (dy < 0) negate_both();
+  // Either quotient is rounded to single precision before the arc tangent.
   if (wrap_abs(dy) > wrap_abs(dx)) {
     const float slope = static_cast<float>(dx) / static_cast<float>(dy);
     return XRATan(slope);
   }
-  const float slope = -static_cast<float>(dy) / static_cast<float>(dx);
+  if (dx < 0) negate_both();
+  const float slope = static_cast<float>(wrap_sub(0, dy)) / static_cast<float>(dx);
   return XRATan(slope);
 }
 

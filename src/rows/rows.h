@@ -42,6 +42,21 @@ struct RotationWalk {
   int32_t step_x, step_y;
 };
 
+// The numerators of the two coordinates and their common denominator, at one pixel.
+struct ProjectiveSums {
+  float x, y, denominator;
+};
+
+// A 24-bit picture and what is added to the sums from one destination pixel to the next.
+struct ProjectiveSource {
+  const uint8_t* pixels;
+  ptrdiff_t stride;
+  int32_t columns, rows;
+  float step_x, step_y, step_denominator;
+};
+
+constexpr int32_t kProjectiveBand = 8;  // most rows of a band
+
 struct RowKernels {
   const char* name;  // "plain", "avx2", "avx512", "neon"
 
@@ -54,12 +69,19 @@ struct RowKernels {
   void (*look_up_bgr)(const uint8_t* blue, const uint8_t* green, const uint8_t* red,
                       const uint8_t* src, uint8_t* dst, int32_t count);
 
-  // ---- geometry (rotation.inl)
+  // ---- geometry (rotation.inl, projective.inl)
 
   // Samples the walk at count pixels. Those that do not lie strictly between the first and the last
   // column and row of the source are left as they were. The plain body reads and writes pixel after
   // pixel, and allows dst to lie in the source; the others do not.
   void (*rotate)(const RotationWalk& walk, uint8_t* dst, int32_t count);
+
+  // Samples count pixels in each of at most kProjectiveBand rows, dst_stride apart, from the sums at
+  // the start of each row on. Pixels that four source pixels do not cover are left as they were. The
+  // plain body reads and writes pixel after pixel, row after row, and allows dst to lie in the
+  // source; the others do not.
+  void (*resample_band)(const ProjectiveSource& source, const ProjectiveSums* starts, uint8_t* dst,
+                        ptrdiff_t dst_stride, int32_t rows, int32_t count);
 
   // ---- blur (blend_masked.inl)
 

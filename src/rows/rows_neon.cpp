@@ -10,6 +10,7 @@ namespace {
 #include "rows/byte_table.inl"
 
 // geometry
+#include "rows/projective.inl"
 #include "rows/rotation.inl"
 
 // blur
@@ -30,6 +31,7 @@ constexpr RowKernels kNeonRows = {
 
     // geometry
     .rotate = rotate,
+    .resample_band = resample_band,
 
     // blur
     .blend_masked = blend_masked,

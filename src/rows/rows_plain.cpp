@@ -8,6 +8,7 @@ namespace {
 #include "rows/byte_table.inl"
 
 // geometry
+#include "rows/projective.inl"
 #include "rows/rotation.inl"
 
 // blur
@@ -28,6 +29,7 @@ constexpr RowKernels kPlainRows = {
 
     // geometry
     .rotate = rotate,
+    .resample_band = resample_band,
 
     // blur
     .blend_masked = blend_masked,

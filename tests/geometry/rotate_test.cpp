@@ -159,7 +159,7 @@ TEST(Rotate, CentresMayBeAnyIntegers) {
   const Image src(kRoxeFormatRGB24, 9, 9);
   Image dst(kRoxeFormatRGB24, 9, 9);
   const Image before(dst);
-  const int32_t centres[] = {INT32_MIN, -65536, INT32_MAX};
+  const int32_t centres[] = {-INT32_MAX, -65536, INT32_MAX};
   for (const int32_t x : centres)
     for (const int32_t y : centres)
       EXPECT_EQ(roxeRotateImage(src, x, y, 0.5f, dst, -y, x), kRoxeOK);

@@ -56,6 +56,8 @@ TEST(ClosestAngle, DifferencesWrap) {
   EXPECT_EQ(xrmlGetClosestAngleWithCoorAxis(INT32_MAX, 0, INT32_MIN, 10), 0.09966865249f);
   // The magnitude of INT32_MIN wraps to itself, less than 1: the line counts as nearer to vertical.
   EXPECT_EQ(xrmlGetClosestAngleWithCoorAxis(INT32_MIN, 1, 0, 0), -1.57079637f);
+  // So does its negation: dy stays INT32_MIN through all signs. atan(-2^31 / 926044741)
+  EXPECT_FLOAT_EQ(xrmlGetClosestAngleWithCoorAxis(926044742, INT32_MIN, 1, 0), -1.1636664f);
 }
 
 TEST(IntersectOfLines, CrossingIsTruncated) {

@@ -96,6 +96,32 @@ struct RowKernels {
   // Counts the green bytes of count pixels, spread over four sets of counts that are to be added up.
   // The last pixel may end with its green byte.
   void (*count_green)(const uint8_t* src, int32_t count, uint32_t (*counts)[256]);
+
+  // dst[i] = 0.114 blue + (0.299 red + 0.587 green), the additions fused, of count pixels.
+  void (*intensities)(const uint8_t* src, float* dst, int32_t count);
+
+  // For rows rows of count pixels: the sums of the intensities of columns x - half ... x + half, the
+  // first and last column repeated; a running sum along the row, in single precision. half is 0 ... 4
+  // and 2 * half < count.
+  void (*intensity_sums)(const uint8_t* src, ptrdiff_t src_step, int32_t rows, int32_t count,
+                         int32_t half, float* sums, ptrdiff_t sums_step);
+
+  // sums[i] = (sums[i] - leave[i]) + enter[i]; blurred[i] = sums[i] * scale. leave and enter may be
+  // the same row.
+  void (*slide_sums)(float* sums, const float* leave, const float* enter, float scale,
+                     float* blurred, int32_t count);
+
+  // With own = intensity[i], near = blurred[i] (0 ... 1000 or so) and s = own + near + 0.0001, added
+  // in double precision: shift[i] = midtone[j] - own, where j = combined[own] * (own * near + s * s)
+  // / (near * near + s * s), truncated and clamped to 0 ... 511. combined has 256 entries, midtone 512.
+  void (*tone_shifts)(const float* intensity, const float* blurred, const float* combined,
+                      const float* midtone, float* shift, int32_t count);
+
+  // shift[i] = midtone[intensity[i]] - intensity[i].
+  void (*midtone_shifts)(const float* intensity, const float* midtone, float* shift, int32_t count);
+
+  // Adds shift[i] to the three bytes of pixel i, truncated and clamped to 0 ... 255.
+  void (*shift_pixels)(const uint8_t* src, const float* shift, uint8_t* dst, int32_t count);
 };
 
 extern const RowKernels kPlainRows;

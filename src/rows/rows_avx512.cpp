@@ -20,6 +20,7 @@ namespace {
 
 // tone
 #include "rows/histogram.inl"
+#include "rows/shadow_highlight.inl"
 
 }  // namespace
 
@@ -40,6 +41,12 @@ constexpr RowKernels kAvx512Rows = {
 
     // tone
     .count_green = count_green,
+    .intensities = intensities,
+    .intensity_sums = intensity_sums,
+    .slide_sums = slide_sums,
+    .tone_shifts = tone_shifts,
+    .midtone_shifts = midtone_shifts,
+    .shift_pixels = shift_pixels,
 };
 
 }  // namespace roxe

@@ -57,6 +57,32 @@ struct ProjectiveSource {
 
 constexpr int32_t kProjectiveBand = 8;  // most rows of a band
 
+struct Hsv {
+  int32_t hue, saturation, value;  // 0 ... 360 degrees, 0 ... 255, 0 ... 255
+};
+
+// The colours near a reference colour, in cone_distance.inl's sense.
+struct ColourSelection {
+  Hsv reference;
+  uint32_t limit;                            // steps of distance that are inside, 0 ... 201
+  uint32_t limit_squared, limit_reciprocal;  // the latter in 1 / 16384
+  uint32_t fade[256];    // by value: how far the saturation is pulled toward it, 1 / 256
+  uint32_t cosine[361];  // by degree, two's complement in 1 / 32768
+};
+
+// What a replacement adds at full weight, and the weight of each distance in 1 / 65536.
+struct ColourShift {
+  int32_t hue, saturation, value;  // degrees; the others on the scale of 0 ... 255
+  int32_t weight[256];
+};
+
+// A colour matrix for linear light, in 1 / 4096, and the transfer functions around it.
+struct WhiteBalance {
+  int32_t matrix[9];       // row-major, for the column (red, green, blue)
+  const int32_t* linear;   // by byte: linear light 0 ... 4096
+  const uint8_t* encoded;  // by linear light 0 ... 4096: the byte
+};
+
 struct RowKernels {
   const char* name;  // "plain", "avx2", "avx512", "neon"
 
@@ -89,7 +115,24 @@ struct RowKernels {
   // rounding toward minus infinity. mask shares no memory with dst.
   void (*blend_masked)(const uint8_t* src, const uint8_t* mask, uint8_t* dst, int32_t count);
 
-  // ---- colour
+  // ---- colour (colour_selection.inl, white_balance.inl); rows of count pixels of three bytes
+
+  // Writes level[distance] to the three bytes of each pixel; level has 256 entries.
+  void (*draw_selection)(const ColourSelection& selection, const uint8_t* level, const uint8_t* src,
+                         uint8_t* dst, int32_t count);
+
+  // Shifts hue, saturation and value of the pixels inside the selection; copies the others.
+  void (*replace_colour)(const ColourSelection& selection, const ColourShift& shift,
+                         const uint8_t* src, uint8_t* dst, int32_t count);
+
+  // Moves the pixels inside the selection toward grey in proportion to their distance; makes the
+  // others grey.
+  void (*accent_colour)(const ColourSelection& selection, const uint8_t* src, uint8_t* dst,
+                        int32_t count);
+
+  // Applies the matrix in linear light, caps the brightness and spills strong channels.
+  void (*balance_white)(const WhiteBalance& balance, const uint8_t* src, uint8_t* dst,
+                        int32_t count);
 
   // ---- tone
 

@@ -17,6 +17,10 @@ namespace {
 #include "rows/blend_masked.inl"
 
 // colour
+#include "rows/hsv.inl"
+#include "rows/cone_distance.inl"
+#include "rows/colour_selection.inl"
+#include "rows/white_balance.inl"
 
 // tone
 #include "rows/histogram.inl"
@@ -38,6 +42,10 @@ constexpr RowKernels kAvx2Rows = {
     .blend_masked = blend_masked,
 
     // colour
+    .draw_selection = draw_selection,
+    .replace_colour = replace_colour,
+    .accent_colour = accent_colour,
+    .balance_white = balance_white,
 
     // tone
     .count_green = count_green,

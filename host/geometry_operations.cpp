@@ -3,6 +3,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "corners.h"
 #include "errors.h"
 #include "operation.h"
 #include "options.h"
@@ -125,6 +126,116 @@ class Straighten : public Operation {
   std::vector<Point> line_;
 };
 
+// ------------------------------------------------------------------------------------- perspective
+
+class Perspective : public Operation {
+ public:
+  void add_options(CLI::App& app) override {
+    add_text(app, "--corners", "X1,Y1,...,X4,Y4",
+             "the corners of something rectangular, in any order; it is drawn upright",
+             [this](const std::string& text) { corners_ = points(text, 4, "--corners"); })
+        ->required();
+    auto* exact = add_text(app, "--size", "WxH", "draw it at exactly this size",
+                           [this](const std::string& text) { size_ = size(text, "--size"); });
+    add_text(app, "--fit", "WxH",
+             "draw it as large as fits, in its natural proportions (default: its natural size)",
+             [this](const std::string& text) { fit_ = size(text, "--fit"); })
+        ->excludes(exact);
+    app.add_flag("--dry-run", dry_run_, "print the natural size and write nothing");
+  }
+
+  void check() override {
+    quad_ = convex_quad(corners_, CornerOrder::kAny, "--corners");
+    Quad sorted = quad_;
+    if (!roxeGetPerspectiveDistortionCorrectionSize(&sorted, 0, 0, 1, &natural_.width,
+                                                    &natural_.height))
+      throw UsageError("--corners: no rectangle seen in perspective has these corners");
+    // The proportions are compared as 32-bit products.
+    if (int64_t{natural_.width} * fit_.height > INT32_MAX ||
+        int64_t{natural_.height} * fit_.width > INT32_MAX)
+      throw UsageError("--fit is too large for these corners; use --size");
+    if (fit_.width > 0 && (fitted().width < 1 || fitted().height < 1))
+      throw UsageError("--fit is too narrow for the natural size of these corners, " +
+                       size_text(natural_.width, natural_.height) + " pixels");
+  }
+
+  bool only_reports() const override { return dry_run_; }
+
+  std::string apply(Picture& picture, Colour background) const override {
+    require_near(corners_, picture, "--corners");
+    if (dry_run_) return "natural size: " + size_text(natural_.width, natural_.height) + " pixels";
+
+    const Size drawn = fit_.width > 0 ? fitted() : size_.width > 0 ? size_ : natural_;
+    Picture result(drawn.width, drawn.height, background);
+    const PixelArray from = picture.record();
+    PixelArray to = result.record();
+    Quad quad = quad_;
+    if (size_.width > 0) {
+      expect_ok(roxeAffineTransform(&from, &to, &quad, nullptr, {0, 0, size_.width, size_.height}));
+    } else {
+      const Size frame = fit_.width > 0 ? fit_ : natural_;
+      constexpr int32_t kDrawn = 2;  // this operation's own word for success
+      if (roxePerspectiveDistortionCorrection(&from, &to, &quad, 0, 0,
+                                              {0, 0, frame.width, frame.height}) != kDrawn)
+        throw Failure("the operation could not draw these corners");
+    }
+    picture.replace_pixels(std::move(result));
+    return "drew the corners upright";
+  }
+
+ private:
+  // What the operation leaves of the frame that it is given; it draws from the top left corner.
+  Size fitted() const {
+    if (natural_.width * fit_.height > natural_.height * fit_.width)
+      return {fit_.width, natural_.height * fit_.width / natural_.width};
+    return {natural_.width * fit_.height / natural_.height, fit_.height};
+  }
+
+  bool dry_run_ = false;
+  std::vector<Point> corners_;
+  Quad quad_ = {};
+  Size natural_, size_, fit_;
+};
+
+// -------------------------------------------------------------------------------------------- warp
+
+class Warp : public Operation {
+ public:
+  void add_options(CLI::App& app) override {
+    add_text(app, "--from", "X1,Y1,...,X4,Y4", "four points of the picture, around their outline",
+             [this](const std::string& text) { from_ = points(text, 4, "--from"); })
+        ->required();
+    add_text(app, "--to", "X1,Y1,...,X4,Y4", "where these four come to lie, in the same order",
+             [this](const std::string& text) { to_ = points(text, 4, "--to"); })
+        ->required();
+    add_text(app, "--size", "WxH", "size of the result (default: that of the picture)",
+             [this](const std::string& text) { size_ = size(text, "--size"); });
+  }
+
+  void check() override {
+    from_quad_ = convex_quad(from_, CornerOrder::kAroundTheOutline, "--from");
+    to_quad_ = convex_quad(to_, CornerOrder::kAroundTheOutline, "--to");
+  }
+
+  std::string apply(Picture& picture, Colour background) const override {
+    const Size drawn = size_.width > 0 ? size_ : Size{picture.width(), picture.height()};
+    Picture result(drawn.width, drawn.height, background);
+    require_near(from_, picture, "--from");
+    require_near(to_, result, "--to");
+    const PixelArray from = picture.record();
+    PixelArray to = result.record();
+    Quad quad = from_quad_;
+    expect_ok(roxeAffineTransform(&from, &to, &quad, &to_quad_, {0, 0, drawn.width, drawn.height}));
+    picture.replace_pixels(std::move(result));
+    return "warped";
+  }
+
+ private:
+  std::vector<Point> from_, to_;
+  Quad from_quad_ = {}, to_quad_ = {};
+  Size size_;
+};
+
 }  // namespace
 
 std::vector<OperationEntry> geometry_operations() {
@@ -132,6 +243,9 @@ std::vector<OperationEntry> geometry_operations() {
       {"rotate", "Turn a picture by any angle; positive angles turn clockwise",
        make_operation<Rotate>},
       {"straighten", "Level a picture along a line drawn on it", make_operation<Straighten>},
+      {"perspective", "Draw something rectangular, seen at a slant, upright",
+       make_operation<Perspective>},
+      {"warp", "Move four points of a picture to four other places", make_operation<Warp>},
   };
 }
 

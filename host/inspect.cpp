@@ -18,7 +18,7 @@ constexpr std::string_view kTurns[] = {
     "on its side, to be turned anticlockwise",
 };
 
-std::string bytes(size_t count) { return std::to_string(count) + " bytes"; }
+std::string bytes(int64_t count) { return std::to_string(count) + " bytes"; }
 
 size_t total(const std::vector<Bytes>& blocks) {
   size_t sum = 0;
@@ -37,12 +37,16 @@ std::string info_text(const LoadedPicture& loaded, const std::string& path) {
   text += "orientation: " + std::to_string(loaded.orientation) + " (stored " +
           std::string(kTurns[loaded.orientation]) + ")\n";
   const auto line = [&](const char* name, size_t size) {
-    if (size > 0) text += std::string(name) + ": " + bytes(size) + "\n";
+    if (size > 0) text += std::string(name) + ": " + bytes(static_cast<int64_t>(size)) + "\n";
   };
   line("EXIF", metadata.exif.size());
   line("XMP", metadata.xmp.size() + total(metadata.extended_xmp));
   line("IPTC", total(metadata.photoshop));
   line("colour profile", metadata.icc.size());
+  const PixelArray record = picture.record();
+  const bool accepted = roxeVerifyPixelArray(&record) == kRoxeOK;
+  text += "in memory: " + std::to_string(record.height) + " rows of " + bytes(record.rowBytes) +
+          (accepted ? ", accepted for editing\n" : ", not accepted for editing\n");
   return text;
 }
 

@@ -1,5 +1,6 @@
 """Rotation, straightening, perspective and warp from the command line."""
 
+import itertools
 import unittest
 
 from pictures import ToolTest, photo, plain, ppm, ppm_rows, speckled
@@ -107,6 +108,125 @@ class Straighten(ToolTest):
             self.write("cut.jpg", file.read()[:300_000])
         self.refuse(1, "damaged or incomplete", "straighten", "cut.jpg", "out.jpg", "--line",
                     "70,1430,4200,1250")
+
+
+QUARTERS = (RED, (0, 255, 0), (0, 0, 255), WHITE)  # top left, top right, bottom right, bottom left
+
+
+def quarters(width, height, left, top, right, bottom):
+    """A rectangle in four colours on black."""
+    rows = plain(width, height, BLACK)
+    for y in range(top, bottom):
+        for x in range(left, right):
+            column, row = 2 * x >= left + right, 2 * y >= top + bottom
+            rows[y][x] = QUARTERS[(3 if not column else 2) if row else int(column)]
+    return rows
+
+
+def middles(rows):
+    """The colours in the middles of the four quarters, in the order of QUARTERS."""
+    width, height = len(rows[0]), len(rows)
+    return tuple(rows[height * y // 4][width * x // 4] for x, y in ((1, 1), (3, 1), (3, 3), (1, 3)))
+
+
+class Perspective(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.write("in.ppm", ppm(quarters(100, 80, 20, 10, 80, 50)))
+
+    def test_corners_in_any_order(self):
+        corners = ("20,10", "80,10", "80,50", "20,50")
+        for order in itertools.permutations(corners):
+            text = self.succeed("perspective", "in.ppm", "out.ppm", "--corners", ",".join(order))
+            self.assertIn("60 × 40 pixels", text)
+            self.assertEqual(middles(ppm_rows(self.read("out.ppm"))), QUARTERS)
+
+    def test_a_slant_becomes_upright(self):
+        # Every row is shifted by half its height: the sides lean, top and bottom stay.
+        rows = quarters(100, 80, 20, 10, 60, 50)
+        rows = [row[-(y // 2):] + row[:-(y // 2)] if y > 1 else row for y, row in enumerate(rows)]
+        self.write("in.ppm", ppm(rows))
+        self.succeed("perspective", "in.ppm", "out.ppm", "--corners", "25,10,65,10,85,50,45,50")
+        self.assertEqual(middles(ppm_rows(self.read("out.ppm"))), QUARTERS)
+
+    def test_sizes(self):
+        corners = ("--corners", "20,10,80,10,80,50,20,50")
+        self.assertEqual(self.succeed("perspective", "in.ppm", *corners, "--dry-run"),
+                         "natural size: 60 × 40 pixels\n")
+        for options, size in ((("--size", "31x77"), "31 × 77"), (("--fit", "300x300"), "300 × 200"),
+                              (("--fit", "300x100"), "150 × 100"), (("--fit", "2x50"), "2 × 1")):
+            text = self.succeed("perspective", "in.ppm", "out.ppm", *corners, *options)
+            self.assertIn(f"{size} pixels", text)
+        self.succeed("perspective", "in.ppm", "out.ppm", *corners, "--size", "31x77")
+        self.assertEqual(middles(ppm_rows(self.read("out.ppm"))), QUARTERS)
+        self.succeed("perspective", "in.ppm", "out.ppm", *corners, "--fit", "300x300")
+        self.assertEqual(middles(ppm_rows(self.read("out.ppm"))), QUARTERS)
+
+    def test_corners_that_make_no_quadrilateral(self):
+        for corners, words in (
+                ("20,10,80,10,20,10,20,50", "corners 1 and 3 are the same point (20, 10)"),
+                ("20,10,80,10,80,50,80,50", "corners 3 and 4 are the same point (80, 50)"),
+                ("0,0,80,10,40,5,20,50", "corners 1 (0, 0), 2 (80, 10) and 3 (40, 5) lie on one"),
+                ("0,0,70,10,30,10,20,10", "corners 2 (70, 10), 3 (30, 10) and 4 (20, 10) lie on"),
+                ("0,0,80,0,41,20,40,60", "corner 3 (41, 20) lies inside the triangle"),
+                ("0,0,80,0,40,60,41,20", "corner 4 (41, 20) lies inside the triangle"),
+                ("0,0,80,0,80,60,0,161", "corner 4 (0, 161) lies far outside the picture"),
+                ("-101,0,80,0,80,60,0,60", "corner 1 (-101, 0) lies far outside the picture"),
+                ("0,0,80,0,80,60", "--corners needs 8 whole numbers"),
+                ("0,0,80,0,80,60,0,2147483648", "--corners needs 8 whole numbers")):
+            self.refuse(2, words, "perspective", "in.ppm", "out.ppm", "--corners=" + corners)
+
+    def test_sizes_that_make_no_sense(self):
+        command = ("perspective", "in.ppm", "out.ppm", "--corners", "20,10,80,10,80,50,20,50")
+        for size in ("0x5", "5", "axb", "-5x5", "5x5x5", "5 by 5"):
+            self.refuse(2, "--size needs a size such as 800x600", *command, "--size=" + size)
+        self.refuse(2, "above the limit of 250 megapixels", *command, "--size", "100000x100000")
+        self.refuse(2, "--fit is too large", *command, "--fit", "240000000x1")
+        self.refuse(2, "--fit is too narrow for the natural size of these corners, 60 × 40", *command,
+                    "--fit", "1x50")
+        self.refuse(2, "excludes", *command, "--fit", "5x5", "--size", "5x5")
+        self.refuse(2, "OUT, the picture to write, is missing", "perspective", "in.ppm", *command[3:])
+
+    def test_a_page_photographed_by_telephone(self):
+        # Corners in the upright picture; the file stores it on its side.
+        text = self.succeed("perspective", photo("book-page.jpg"), "--dry-run", "--corners",
+                            "470,140,2130,10,2110,3090,400,2950")
+        self.assertEqual(text, "natural size: 1690 × 2945 pixels\n")
+
+
+class Warp(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.write("in.ppm", ppm(quarters(80, 60, 0, 0, 80, 60)))
+        self.corners = "0,0,80,0,80,60,0,60"
+
+    def test_each_point_goes_where_it_is_sent(self):
+        # The same outline, a quarter turn further each time.
+        places = ["0,0", "80,0", "80,60", "0,60"]
+        for turn in range(4):
+            self.succeed("warp", "in.ppm", "out.ppm", "--from", self.corners, "--to",
+                         ",".join(places[turn:] + places[:turn]))
+            rows = ppm_rows(self.read("out.ppm"))
+            self.assertEqual(middles(rows), QUARTERS[-turn:] + QUARTERS[:-turn])
+
+    def test_mirrored_and_smaller(self):
+        text = self.succeed("warp", "in.ppm", "out.ppm", "--from", self.corners, "--to",
+                            "40,0,0,0,0,30,40,30", "--size", "50x40", "--background", "#ff00ff")
+        self.assertIn("50 × 40 pixels", text)
+        rows = ppm_rows(self.read("out.ppm"))
+        self.assertEqual((rows[7][30], rows[7][10], rows[22][10], rows[22][30]), QUARTERS)
+        self.assertEqual((rows[35][10], rows[10][45]), ((255, 0, 255), (255, 0, 255)))
+
+    def test_points_that_make_no_quadrilateral(self):
+        good = self.corners
+        for start, end, words in (
+                ("0,0,80,60,80,0,0,60", good, "--from: the outline from corner 1 to 2 to 3 to 4"),
+                (good, "0,0,80,60,80,0,0,60", "--to: the outline from corner 1 to 2 to 3 to 4"),
+                (good, "0,0,80,60,80,0,0,0", "--to: corners 1 and 4 are the same point"),
+                (good, "0,0,80,0,80,60,70,10", "--to: corner 4 (70, 10) lies inside"),
+                (good, "0,0,80,0,80,60,0,900", "--to: corner 4 (0, 900) lies far outside"),
+                ("0,0,80,0,80,900,0,60", good, "--from: corner 3 (80, 900) lies far outside")):
+            self.refuse(2, words, "warp", "in.ppm", "out.ppm", "--from", start, "--to", end)
 
 
 if __name__ == "__main__":

@@ -46,6 +46,7 @@ template <class Row>
 void map_rows_24(const PixelArray& src, const PixelArray& dst, const Row& row) {
   const int32_t columns = std::min(columns_24(src), columns_24(dst));
   const int32_t rows = std::min(rows_of(src), rows_of(dst));
+  if (columns == 0) return;  // rows of a record without pixels have no address
   const bool pixel_by_pixel = !same_rows(src, dst) && overlap_24(src, dst);
   const int32_t step = pixel_by_pixel ? 1 : columns;
   for (int32_t y = 0; y < rows; ++y) {

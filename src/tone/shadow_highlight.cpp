@@ -138,6 +138,7 @@ void midtone_contrast(float* table, int32_t n, int32_t amount) {
 void get_intensity(float* plane, const PixelArray& image) {
   const RowKernels& rows = Rows();
   const int32_t columns = columns_24(image);
+  if (columns == 0) return;
   for (int32_t y = 0; y < rows_of(image); ++y, plane += columns)
     rows.intensities(row_of(image, y), plane, columns);
 }

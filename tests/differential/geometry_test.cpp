@@ -2,6 +2,8 @@
 // input. The reference itself is first held against literals.
 #include <gtest/gtest.h>
 
+#include <sys/mman.h>
+
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -769,6 +771,67 @@ TEST(DifferentialGeometry, ProposesTheSizesOfTheReference) {
   }
   EXPECT_GE(accepted, 30000);
   EXPECT_EQ(::roxeGetPerspectiveDistortionCorrectionSize(nullptr, 0, 0, 0, nullptr, nullptr), 0);
+}
+
+// The rows of an image with most of its memory never touched.
+struct FarRows {
+  static constexpr int32_t kRowBytes = 0x40000000;
+  static constexpr int32_t kHeight = 5;
+  static constexpr size_t kSize = size_t{kRowBytes} * kHeight;
+
+  FarRows() {
+    memory = mmap(nullptr, kSize, PROT_READ | PROT_WRITE,
+                  MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  }
+  ~FarRows() {
+    if (memory != MAP_FAILED) munmap(memory, kSize);
+  }
+  // A record with the pixels of a packed one.
+  PixelArray copy_of(const PixelArray& packed) const {
+    PixelArray far = packed;
+    far.rowBytes = kRowBytes;
+    far.pixels = static_cast<uint8_t*>(memory);
+    for (int32_t y = 0; y < far.height; ++y)
+      std::memcpy(far.pixels + ptrdiff_t{y} * kRowBytes, packed.pixels + y * packed.rowBytes,
+                  static_cast<size_t>(packed.rowBytes));
+    return far;
+  }
+
+  void* memory;
+};
+
+void ExpectSamePixels(const PixelArray& far, const PixelArray& packed) {
+  for (int32_t y = 0; y < packed.height; ++y)
+    EXPECT_EQ(
+        std::memcmp(far.pixels + ptrdiff_t{y} * far.rowBytes, packed.pixels + y * packed.rowBytes,
+                    static_cast<size_t>(packed.rowBytes)),
+        0)
+        << y;
+}
+
+TEST(DifferentialGeometry, RowsAGigabyteApartGiveThePackedResult) {
+  const FarRows src_memory, dst_memory;
+  if (src_memory.memory == MAP_FAILED || dst_memory.memory == MAP_FAILED)
+    GTEST_SKIP() << "no address space for images of five gigabytes";
+  std::mt19937 random(19);
+  Image src(kRoxeFormatRGB24, 9, FarRows::kHeight), dst(kRoxeFormatRGB24, 9, FarRows::kHeight);
+  src.randomise(random);
+  const PixelArray far_src = src_memory.copy_of(src.record);
+  PixelArray far_dst = dst_memory.copy_of(dst.record);
+  const Image untouched = dst;
+
+  EXPECT_EQ(reference::roxeRotateImage(src, 4, 2, 0.1f, dst, 4, 2), 0);
+  EXPECT_EQ(::roxeRotateImage(&far_src, 4, 2, 0.1f, &far_dst, 4, 2), 0);
+  EXPECT_FALSE(dst == untouched);
+  ExpectSamePixels(far_dst, dst.record);
+
+  const Image rotated = dst;
+  Quad quad = {1, 0, 8, 1, 8, 4, 0, 3}, far_quad = quad;
+  const PixelRect rect = {0, 0, 9, FarRows::kHeight};
+  EXPECT_EQ(reference::roxeAffineTransform(src, dst, &quad, nullptr, rect), 0);
+  EXPECT_EQ(::roxeAffineTransform(&far_src, &far_dst, &far_quad, nullptr, rect), 0);
+  EXPECT_FALSE(dst == rotated);
+  ExpectSamePixels(far_dst, dst.record);
 }
 
 TEST(ExhaustiveGeometry, ProposesTheSizesOfTheReferenceOnASmallGrid) {

@@ -33,6 +33,12 @@ static inline void advance(FixedCoordinate& at, int32_t step) {
   }
 }
 
+// Where count steps lead; no step is longer than a pixel and the fraction is 0 ... 65535.
+static inline FixedCoordinate advanced(FixedCoordinate at, int32_t step, int32_t count) {
+  const int64_t sum = at.whole * int64_t{65536} + at.fraction + int64_t{step} * count;
+  return {static_cast<int32_t>(sum >> 16), static_cast<int32_t>(sum & 65535)};
+}
+
 // A walk through a 24-bit picture: where its first pixel is sampled, and the step to the next.
 struct RotationWalk {
   const uint8_t* src;
@@ -40,6 +46,10 @@ struct RotationWalk {
   int32_t src_columns, src_rows;
   FixedCoordinate x, y;
   int32_t step_x, step_y;
+  // Hints: from a sampled source pixel to one that will be needed some rows later, and which one of
+  // eight neighbouring pixels to fetch ahead from.
+  ptrdiff_t ahead;
+  int32_t ahead_lane;
 };
 
 // The numerators of the two coordinates and their common denominator, at one pixel.
@@ -99,7 +109,7 @@ struct RowKernels {
 
   // Samples the walk at count pixels. Those that do not lie strictly between the first and the last
   // column and row of the source are left as they were. The plain body reads and writes pixel after
-  // pixel, and allows dst to lie in the source; the others do not.
+  // pixel and allows dst to lie in the source, and steps of any length; the others do not.
   void (*rotate)(const RotationWalk& walk, uint8_t* dst, int32_t count);
 
   // Samples count pixels in each of at most kProjectiveBand rows, dst_stride apart, from the sums at

@@ -12,6 +12,7 @@ namespace {
 // geometry
 #include "rows/projective.inl"
 #include "rows/rotation.inl"
+#include "rows/rotation_avx2.inl"
 
 // blur
 #include "rows/blend_masked.inl"
@@ -35,7 +36,7 @@ constexpr RowKernels kAvx2Rows = {
     .look_up_bgr = look_up_bgr,
 
     // geometry
-    .rotate = rotate,
+    .rotate = rotate_avx2,
     .resample_band = resample_band,
 
     // blur

@@ -2,10 +2,12 @@
 // input. The reference itself is first held against literals.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 #include <vector>
 
 #include "blur/box_blur.h"
+#include "blur/plane_blur.h"
 #include "blur/soft_focus.h"
 #include "differential/twins.h"
 #include "reference/blur.h"
@@ -393,6 +395,128 @@ TEST(DifferentialBlur, SoftensRowsTooShortForTheirWidthLikeTheReference) {
         ::roxeSoftFocus(&library_src, in_place ? &library_src : &library_dst, nullptr, radius, 0);
     ASSERT_EQ(actual, expected) << i;
     ASSERT_TRUE(first.same() && second.same()) << i;
+  }
+}
+
+TEST(DifferentialBlur, BlursLargerPicturesLikeTheReference) {
+  Dice dice(78);
+  constexpr int32_t kSizes[][2] = {{1500, 2}, {700, 5}, {300, 20}, {65, 65}, {20, 300}, {3, 900}};
+  Twins first(45000), second(45000);
+  for (int i = 0; i < 60; ++i) {
+    const auto& size = kSizes[i % 6];
+    const uint32_t format = dice.one_in(3) ? 0 : 3;
+    const int32_t bytes = format == 0 ? 3 : 1;
+    const Shape shape = {format, size[0], size[1],
+                         bytes * size[0] + (dice.one_in(2) ? 0 : dice.between(1, 13)), true};
+    const int32_t longest = size[0] > size[1] ? size[0] : size[1];
+    const int32_t radius = dice.between(2, dice.one_in(2) ? 50 : longest + 50);
+    const bool in_place = dice.one_in(3);
+    first.randomise(dice);
+    second.randomise(dice);
+    const size_t src_at = first.place(dice, shape.size(bytes));
+    const size_t dst_at = second.place(dice, shape.size(bytes));
+    PixelArray library_src = first.library(shape, src_at);
+    PixelArray library_dst = in_place ? library_src : second.library(shape, dst_at);
+    PixelArray reference_src = first.reference(shape, src_at);
+    PixelArray reference_dst = in_place ? reference_src : second.reference(shape, dst_at);
+    if (dice.one_in(3)) {  // white: the largest sums
+      std::memset(library_src.pixels, 255, shape.size(bytes));
+      std::memset(reference_src.pixels, 255, shape.size(bytes));
+    }
+    const int32_t expected = reference::GaussianBlurA(&reference_src, &reference_dst, radius);
+    ASSERT_EQ(roxe::GaussianBlurA(&library_src, &library_dst, radius), expected) << i;
+    ASSERT_TRUE(first.same() && second.same())
+        << i << ": format " << format << ", " << size[0] << " x " << size[1] << ", radius "
+        << radius << (in_place ? ", in place" : "");
+    if (format != 0) continue;
+    // Once more through the exported operation, which need not go the same way.
+    ASSERT_EQ(::roxeSoftFocus(&library_src, &library_dst, nullptr, radius, 0),
+              reference::roxeSoftFocus(&reference_src, &reference_dst, nullptr, radius, 0));
+    ASSERT_TRUE(first.same() && second.same()) << i << ": radius " << radius;
+  }
+}
+
+// -------------------------------------------------------------------------------------- planes
+
+// Floats that end at a guard page.
+struct GuardedPlane : GuardedMemory {
+  explicit GuardedPlane(size_t count) : GuardedMemory(count * sizeof(float)) {}
+  float* floats() const { return reinterpret_cast<float*>(data()); }
+};
+
+// A NaN may be any NaN; everything else by its bits.
+void ExpectSameFloats(const float* actual, const std::vector<float>& expected, const char* what,
+                      int number) {
+  for (size_t k = 0; k < expected.size(); ++k) {
+    if (std::isnan(expected[k]) && std::isnan(actual[k])) continue;
+    ASSERT_EQ(std::memcmp(&actual[k], &expected[k], sizeof(float)), 0)
+        << what << ' ' << number << ", value " << k << ": " << actual[k] << ", expected "
+        << expected[k];
+  }
+}
+
+TEST(DifferentialBlur, BlursPlanesLikeTheReference) {
+  Dice dice(79);
+  for (int i = 0; i < 8000; ++i) {
+    const bool long_rows = dice.one_in(16);
+    const int32_t width = dice.between(1, long_rows ? 150 : 30);
+    const int32_t height = dice.between(dice.one_in(16) ? 0 : 1, 30);
+    const uint32_t w = static_cast<uint32_t>(width), h = static_cast<uint32_t>(height);
+    const size_t count = static_cast<size_t>(width) * static_cast<size_t>(height);
+    const GuardedPlane data(count), temp(count), other(count);
+    std::vector<float> expected(count), expected_temp(count), source(count);
+    const bool hostile = dice.one_in(10), whole = dice.one_in(4);
+    for (size_t k = 0; k < count; ++k) {
+      float value = whole ? static_cast<float>(dice.between(0, 255)) : dice.real(0.0f, 255.0f);
+      if (hostile && dice.one_in(20)) value = dice.hostile_real();
+      source[k] = value;
+    }
+    const auto start = [&] {
+      for (size_t k = 0; k < count; ++k) {
+        data.floats()[k] = expected[k] = source[k];
+        temp.floats()[k] = expected_temp[k] = static_cast<float>(k);
+        other.floats()[k] = -1.0f;
+      }
+    };
+    const auto extent = [&]() -> uint32_t {
+      if (dice.one_in(20)) return dice.bits();
+      return static_cast<uint32_t>(dice.between(0, dice.one_in(2) ? 5 : width + 2));
+    };
+    const uint32_t before = extent(), after = extent();
+
+    start();
+    reference::ProcessRow2Column(expected_temp.data(), expected.data(), w, h, before, after);
+    roxe::ProcessRow2Column(temp.floats(), data.floats(), width, height, before, after);
+    ExpectSameFloats(temp.floats(), expected_temp, "one row", i);
+    start();
+    reference::ProcessRow2Column(expected_temp.data(), expected.data(), w, h, before, after);
+    roxe::ProcessRow2ColumnUnrollingLoop(temp.floats(), data.floats(), width, height, before,
+                                         after);
+    ExpectSameFloats(temp.floats(), expected_temp, "eight rows", i);
+    ExpectSameFloats(data.floats(), expected, "input", i);
+
+    const double scale = dice.one_in(8) ? static_cast<double>(dice.hostile_real())
+                                        : 1.0 / static_cast<double>(dice.between(1, 99));
+    start();
+    reference::BoxBlurImp(expected.data(), expected_temp.data(), w, h, before, after, scale);
+    roxe::BoxBlurImp(data.floats(), temp.floats(), width, height, before, after, scale);
+    ExpectSameFloats(data.floats(), expected, "both ways", i);
+
+    const uint32_t length = dice.one_in(20)
+                                ? dice.bits()
+                                : static_cast<uint32_t>(dice.between(0, dice.one_in(2) ? 7 : 40));
+    start();
+    reference::BoxBlur(expected.data(), expected_temp.data(), w, h, length);
+    roxe::BoxBlur(data.floats(), temp.floats(), width, height, length);
+    ExpectSameFloats(data.floats(), expected, "box", i);
+
+    start();
+    const bool in_place = dice.one_in(3);
+    reference::GaussianBlur(expected.data(), source.data(), expected_temp.data(), w, h, length);
+    roxe::GaussianBlur(in_place ? data.floats() : other.floats(), data.floats(), temp.floats(),
+                       width, height, length);
+    ExpectSameFloats(in_place ? data.floats() : other.floats(), expected, "three boxes", i);
+    if (HasFatalFailure()) return;
   }
 }
 

@@ -146,7 +146,7 @@ struct RowKernels {
 
   // ---- tone
 
-  // Counts the green bytes of count pixels, spread over four sets of counts that are to be added up.
+  // Counts the green bytes of count pixels, spread over eight sets of counts that are to be added up.
   // The last pixel may end with its green byte.
   void (*count_green)(const uint8_t* src, int32_t count, uint32_t (*counts)[256]);
 

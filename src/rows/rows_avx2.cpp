@@ -8,6 +8,7 @@ namespace roxe {
 namespace {
 
 #include "rows/byte_table.inl"
+#include "rows/byte_table_avx2.inl"
 
 // geometry
 #include "rows/projective.inl"
@@ -32,8 +33,8 @@ namespace {
 constexpr RowKernels kAvx2Rows = {
     .name = "avx2",
 
-    .look_up = look_up,
-    .look_up_bgr = look_up_bgr,
+    .look_up = look_up_avx2,
+    .look_up_bgr = look_up_bgr_avx2,
 
     // geometry
     .rotate = rotate_avx2,

@@ -8,6 +8,7 @@ namespace roxe {
 namespace {
 
 #include "rows/byte_table.inl"
+#include "rows/byte_table_avx512.inl"
 
 // geometry
 #include "rows/projective.inl"
@@ -32,8 +33,8 @@ namespace {
 constexpr RowKernels kAvx512Rows = {
     .name = "avx512",
 
-    .look_up = look_up,
-    .look_up_bgr = look_up_bgr,
+    .look_up = look_up_avx512,
+    .look_up_bgr = look_up_bgr_avx512,
 
     // geometry
     .rotate = rotate_avx2,

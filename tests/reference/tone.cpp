@@ -207,6 +207,36 @@ void midtone_contrast(float* table, int32_t n, int32_t amount) {
   for (int32_t i = 0; i <= n / 2; ++i) table[i] = 255.0f - table[255 - i];
 }
 
+std::vector<float> get_intensity(const PixelArray& image, int32_t width, int32_t height) {
+  std::vector<float> plane;
+  for (int32_t y = 0; y < height; ++y)
+    for (int32_t x = 0; x < width; ++x) {
+      const float b0 = static_cast<float>(reference::channel(image, 3, x, y, 0));
+      const float b1 = static_cast<float>(reference::channel(image, 3, x, y, 1));
+      const float b2 = static_cast<float>(reference::channel(image, 3, x, y, 2));
+      plane.push_back(reference::fused_multiply_add(
+          0.114f, b0, reference::fused_multiply_add(0.299f, b2, 0.587f * b1)));
+    }
+  return plane;
+}
+
+void update_intensity(float* intensity, const float* blurred, int32_t count, const float* combined,
+                      const float* midtone) {
+  for (int32_t i = 0; i < count; ++i) {
+    const float own = intensity[i];
+    int32_t level;
+    if (blurred == intensity) {
+      level = reference::truncate(own);
+    } else {
+      const float around = blurred[i];
+      const float s = static_cast<float>(static_cast<double>(own + around) + 0.0001);
+      const float r = (own * around + s * s) / (around * around + s * s);
+      level = reference::truncate(combined[reference::truncate(own) & 255] * r);
+    }
+    intensity[i] = midtone[std::clamp(level, 0, 511)] - own;
+  }
+}
+
 int32_t roxeShadowHighlight(const PixelArray* src, PixelArray* dst, uint32_t shadow,
                             uint32_t highlight, int32_t midtone) {
   const Area area = reference::common_area_24(src, dst);
@@ -221,45 +251,24 @@ int32_t roxeShadowHighlight(const PixelArray* src, PixelArray* dst, uint32_t sha
   combined[0] = 0.0f;
   for (int32_t k = 1; k < 256; ++k) combined[k] = s_curve[k] + h_curve[k] - static_cast<float>(k);
 
-  std::vector<float> intensity;
-  for (int32_t y = 0; y < area.height; ++y)
-    for (int32_t x = 0; x < area.width; ++x) {
-      const float b0 = static_cast<float>(reference::channel(*src, 3, x, y, 0));
-      const float b1 = static_cast<float>(reference::channel(*src, 3, x, y, 1));
-      const float b2 = static_cast<float>(reference::channel(*src, 3, x, y, 2));
-      intensity.push_back(reference::fused_multiply_add(
-          0.114f, b0, reference::fused_multiply_add(0.299f, b2, 0.587f * b1)));
-    }
-
-  // The change of each pixel's intensity.
-  std::vector<float> delta(intensity.size());
+  // The intensity of each pixel, and then the change of it.
+  std::vector<float> plane = reference::get_intensity(*src, area.width, area.height);
+  const int32_t count = area.width * area.height;
   if (shadow == 0 && highlight == 0) {
-    for (size_t i = 0; i < intensity.size(); ++i) {
-      const int32_t level = std::clamp(reference::truncate(intensity[i]), 0, 511);
-      delta[i] = m_curve[level] - intensity[i];
-    }
+    reference::update_intensity(plane.data(), plane.data(), count, combined, m_curve);
   } else {
-    std::vector<float> blurred = intensity;
-    std::vector<float> scratch(intensity.size());
+    std::vector<float> blurred = plane;
+    std::vector<float> scratch(plane.size());
     const int32_t length = std::min({area.width, 10, area.height}) - 1;
     if (length > 0)
-      reference::BoxBlur(blurred.data(), scratch.data(), area.width, area.height,
-                         static_cast<uint32_t>(length));
-    for (size_t i = 0; i < intensity.size(); ++i) {
-      const float own = intensity[i];
-      const float around = blurred[i];
-      const float s = static_cast<float>(static_cast<double>(own + around) + 0.0001);
-      const float r = (own * around + s * s) / (around * around + s * s);
-      const int32_t level = reference::truncate(own) & 255;
-      const int32_t j = std::clamp(reference::truncate(combined[level] * r), 0, 511);
-      delta[i] = m_curve[j] - own;
-    }
+      reference::BoxBlur(blurred.data(), scratch.data(), static_cast<uint32_t>(area.width),
+                         static_cast<uint32_t>(area.height), static_cast<uint32_t>(length));
+    reference::update_intensity(plane.data(), blurred.data(), count, combined, m_curve);
   }
 
   for (int32_t y = 0; y < area.height; ++y)
     for (int32_t x = 0; x < area.width; ++x) {
-      const float change =
-          delta[static_cast<size_t>(y) * static_cast<size_t>(area.width) + static_cast<size_t>(x)];
+      const float change = plane[static_cast<size_t>(y * area.width + x)];
       for (int32_t c = 0; c < 3; ++c) {
         const float v = static_cast<float>(reference::channel(*src, 3, x, y, c));
         const int32_t level = reference::truncate(v + change);

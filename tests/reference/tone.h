@@ -28,6 +28,9 @@ void set_look_up_table(float* table, int32_t n, const CurvePoint* control, int32
 void lighten_shadow(float* table, int32_t n, uint32_t amount);
 void darken_highlight(float* table, int32_t n, uint32_t amount);
 void midtone_contrast(float* table, int32_t n, int32_t amount);
+std::vector<float> get_intensity(const PixelArray& image, int32_t width, int32_t height);
+void update_intensity(float* intensity, const float* blurred, int32_t count, const float* combined,
+                      const float* midtone);
 int32_t roxeShadowHighlight(const PixelArray* src, PixelArray* dst, uint32_t shadow,
                             uint32_t highlight, int32_t midtone);
 

@@ -5,7 +5,8 @@ namespace host {
 const std::vector<OperationEntry>& operations() {
   static const std::vector<OperationEntry> all = [] {
     std::vector<OperationEntry> joined;
-    for (const auto& family : {geometry_operations(), blur_operations(), tone_operations()})
+    for (const auto& family :
+         {geometry_operations(), blur_operations(), colour_operations(), tone_operations()})
       joined.insert(joined.end(), family.begin(), family.end());
     return joined;
   }();

@@ -43,6 +43,27 @@ class AutoGamma : public Operation {
   std::vector<int32_t> region_;
 };
 
+class ShadowHighlight : public Operation {
+ public:
+  void add_options(CLI::App& app) override {
+    add_whole_number(app, "--shadow", shadow_, 0, 100, "opens the shadows, 0 to 100");
+    add_whole_number(app, "--highlight", highlight_, 0, 100, "tames the highlights, 0 to 100");
+    add_whole_number(app, "--midtone", midtone_, -100, 100,
+                     "contrast of the midtones, -100 to 100");
+  }
+
+  std::string apply(Picture& picture, Colour) const override {
+    PixelArray pixels = picture.record();
+    expect_ok(roxeShadowHighlight(&pixels, &pixels, static_cast<uint32_t>(shadow_),
+                                  static_cast<uint32_t>(highlight_), midtone_));
+    return "opened shadows by " + std::to_string(shadow_) + ", tamed highlights by " +
+           std::to_string(highlight_) + ", midtones " + std::to_string(midtone_);
+  }
+
+ private:
+  int32_t shadow_ = 0, highlight_ = 0, midtone_ = 0;
+};
+
 class Variations : public Operation {
  public:
   void add_options(CLI::App& app) override {
@@ -73,6 +94,7 @@ class Variations : public Operation {
 std::vector<OperationEntry> tone_operations() {
   return {
       {"auto-gamma", "Correct the exposure automatically", make_operation<AutoGamma>},
+      {"shadow-highlight", "Open shadows and tame highlights", make_operation<ShadowHighlight>},
       {"variations", "Shift the colour balance and brightness in steps",
        make_operation<Variations>},
   };

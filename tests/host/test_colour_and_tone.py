@@ -1,0 +1,196 @@
+"""Soft focus, the operations on colour and those on tone from the command line."""
+
+import unittest
+
+from pictures import (ToolTest, chunk, exif, pgm, pgm_rows, photo, plain, png, ppm, ppm_rows,
+                      speckled)
+
+RED, GREY, WHITE = (200, 20, 20), (90, 90, 90), (255, 255, 255)
+
+
+class SoftFocus(ToolTest):
+    def setUp(self):
+        super().setUp()
+        # A white stripe of one column on black.
+        rows = plain(21, 9, (0, 0, 0))
+        for row in rows:
+            row[10] = WHITE
+        self.write("in.ppm", ppm(rows))
+
+    def test_a_stripe_spreads(self):
+        self.succeed("soft-focus", "in.ppm", "out.ppm", "--radius", 3)
+        row = [pixel[0] for pixel in ppm_rows(self.read("out.ppm"))[4]]
+        # Three windows of three: 1 3 6 7 6 3 1 parts of 27, less what is rounded down.
+        for value, part in zip(row[7:14], (1, 3, 6, 7, 6, 3, 1)):
+            self.assertAlmostEqual(value, 255 * part / 27, delta=4)
+        self.assertEqual(row[:7] + row[14:], [0] * 14)
+
+    def test_the_mask_keeps_the_white_half_sharp(self):
+        for mask in (pgm([[255 if y < 4 else 0] * 21 for y in range(9)]),
+                     ppm([[WHITE if y < 4 else (0, 0, 0)] * 21 for y in range(9)])):
+            self.write("mask", mask)
+            self.succeed("soft-focus", "in.ppm", "out.ppm", "--radius", 3, "--mask", "mask")
+            rows = ppm_rows(self.read("out.ppm"))
+            self.assertGreaterEqual(rows[1][10][0], 254)
+            self.assertLessEqual(rows[1][9][0], 1)
+            self.assertLess(rows[7][10][0], 70)
+            self.assertGreater(rows[7][9][0], 50)
+
+    def test_masks_of_the_wrong_size_and_other_files(self):
+        self.write("mask.pgm", pgm([[0] * 20] * 9))
+        self.refuse(1, "the mask mask.pgm has 20 × 9 pixels but the picture has 21 × 9",
+                    "soft-focus", "in.ppm", "out.ppm", "--radius", 3, "--mask", "mask.pgm")
+        self.refuse(1, "none.pgm: cannot be opened", "soft-focus", "in.ppm", "out.ppm", "--radius",
+                    3, "--mask", "none.pgm")
+        # Judged as they are seen: 9 × 21 stored on its side is 21 × 9.
+        rows = [bytes([255] * 9)] * 21
+        self.write("mask.png", png(9, 21, 8, 0, rows, [chunk(b"eXIf", exif(6))]))
+        self.succeed("soft-focus", "in.ppm", "out.ppm", "--radius", 3, "--mask", "mask.png")
+
+    def test_arguments(self):
+        for radius in ("0", "-1", "100001", "3.5", "wide"):
+            self.refuse(2, "--radius needs a whole number from 1 to 100000", "soft-focus", "in.ppm",
+                        "out.ppm", "--radius", radius)
+        self.refuse(2, "--mask-radius requires --mask", "soft-focus", "in.ppm", "out.ppm",
+                    "--radius", 3, "--mask-radius", 3)
+
+
+class Colours(ToolTest):
+    def setUp(self):
+        super().setUp()
+        self.write("in.ppm", ppm([[RED, GREY, (20, 20, 200), WHITE]]))
+
+    def out(self, *arguments):
+        self.succeed(arguments[0], "in.ppm", "out.ppm", *arguments[1:])
+        return ppm_rows(self.read("out.ppm"))[0]
+
+    def test_replace_colour(self):
+        selection = ("--colour", "#C81414", "--tolerance", 40)
+        red, grey, blue, white = self.out("replace-colour", *selection, "--hue", 120)
+        self.assertEqual((grey, blue, white), (GREY, (20, 20, 200), WHITE))
+        self.assertGreater(red[1], 190)  # red turned by 120 degrees is green
+        self.assertLess(max(red[0], red[2]), 30)
+        darker = self.out("replace-colour", *selection, "--value", -40)[0]
+        self.assertAlmostEqual(darker[0], 200 - 0.4 * 255, delta=3)
+        paler = self.out("replace-colour", *selection, "--saturation", -100)[0]
+        self.assertLess(max(paler) - min(paler), 4)
+
+    def test_tint(self):
+        red, grey, blue, white = self.out("tint", "--color", "#c81414", "--tolerance", 40)
+        self.assertEqual(red, RED)
+        for pixel in (grey, blue, white):
+            self.assertEqual(len(set(pixel)), 1)
+        self.assertEqual(white, (254, 254, 254))  # the weights sum to 255 / 256
+
+    def test_masks_are_grey_files(self):
+        for command in ("replace-colour", "tint"):
+            for name in ("mask.pgm", "mask.png"):
+                self.succeed(command, "in.ppm", name, "--colour", "#C81414", "--tolerance", 40,
+                             "--mask-only")
+            self.assertEqual(pgm_rows(self.read("mask.pgm")), [[255, 0, 0, 0]])
+            self.assertEqual(self.read("mask.png")[25], 0)  # one channel
+
+    def test_a_mask_has_no_colour_profile_and_needs_no_note(self):
+        result = self.run_tool("tint", photo("astronaut-portrait.png"), "out.png", "--colour",
+                               "orange", "--tolerance", 40, "--mask-only")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertNotIn(b"iCCP", self.read("out.png"))
+
+    def test_temperature(self):
+        self.write("in.ppm", ppm([[(120, 120, 120)]]))
+        cool, = self.out("temperature", "--temperature", -40)
+        warm, = self.out("temperature", "--temperature", 40)
+        self.assertGreater(cool[2], cool[0])
+        self.assertGreater(warm[0], warm[2])
+        green, = self.out("temperature", "--tint", -40)
+        magenta, = self.out("temperature", "--tint", 40)
+        self.assertGreater(green[1] - green[0], magenta[1] - magenta[0])
+
+    def test_arguments(self):
+        command = ("replace-colour", "in.ppm", "out.ppm")
+        self.refuse(2, "--colour", *command, "--tolerance", 3)
+        self.refuse(2, "--tolerance", *command, "--colour", "red")
+        red = (*command, "--colour", "red", "--tolerance")
+        for tolerance in (-1, 201, "much"):
+            self.refuse(2, "--tolerance needs a whole number from 0 to 200", *red, tolerance)
+        self.refuse(2, "--hue needs a whole number from -360 to 360", *red, 9, "--hue", 361)
+        self.refuse(2, "--saturation needs a whole number", *red, 9, "--saturation", -101)
+        self.refuse(2, "--value needs a whole number", *red, 9, "--value", 101)
+        for option in ("--temperature", "--tint"):
+            for value in (-101, 101, "warm"):
+                self.refuse(2, option + " needs a whole number from -100 to 100", "temperature",
+                            "in.ppm", "out.ppm", option, value)
+
+
+class Tone(ToolTest):
+    def test_auto_gamma_lightens_a_dark_picture(self):
+        rows = [[(10 + x // 4,) * 3 for x in range(160)] for _ in range(20)]
+        rows[0][0] = WHITE
+        self.write("in.ppm", ppm(rows))
+        self.succeed("auto-gamma", "in.ppm", "out.ppm")
+        after = ppm_rows(self.read("out.ppm"))
+        self.assertGreater(after[10][80][1], rows[10][80][1] + 10)
+
+    def test_auto_gamma_by_a_region(self):
+        rows = [[(25,) * 3 if x < 20 else (230,) * 3 for x in range(40)] for _ in range(20)]
+        self.write("in.ppm", ppm(rows))
+        self.succeed("auto-gamma", "in.ppm", "dark.ppm", "--region", "0,0,20,20")
+        self.succeed("auto-gamma", "in.ppm", "light.ppm", "--region", "20,0,20,20")
+        dark, light = (ppm_rows(self.read(name))[5][5][1] for name in ("dark.ppm", "light.ppm"))
+        self.assertGreater(dark, light)
+        for region in ("0,0,41,20", "-1,0,5,5", "0,0,0,5", "39,19,2,1", "0,0,5", "all"):
+            self.refuse(2, "--region", "auto-gamma", "in.ppm", "out.ppm", "--region=" + region)
+
+    def test_shadow_highlight(self):
+        rows = [[(30,) * 3 if x < 40 else (220,) * 3 for x in range(80)] for _ in range(40)]
+        self.write("in.ppm", ppm(rows))
+        self.succeed("shadow-highlight", "in.ppm", "out.ppm", "--shadow", 60)
+        after = ppm_rows(self.read("out.ppm"))
+        self.assertGreater(after[20][5][1], 40)
+        self.succeed("shadow-highlight", "in.ppm", "out.ppm", "--highlight", 60)
+        after = ppm_rows(self.read("out.ppm"))
+        self.assertLess(after[20][75][1], 210)
+        for option, value in (("--shadow", 101), ("--highlight", -1), ("--midtone", 101)):
+            self.refuse(2, option + " needs a whole number", "shadow-highlight", "in.ppm", "out.ppm",
+                        option, value)
+
+    def test_variations(self):
+        self.write("in.ppm", ppm([[(120, 120, 120)]]))
+        for option, less in (("--red", 0), ("--green", 1), ("--blue", 2)):
+            self.succeed("variations", "in.ppm", "out.ppm", option, 2)
+            pixel = ppm_rows(self.read("out.ppm"))[0][0]
+            self.assertLess(pixel[less], 120)
+            self.assertGreater(min(pixel[:less] + pixel[less + 1:]), 120)
+        self.succeed("variations", "in.ppm", "out.ppm", "--dark", 1)
+        fine = ppm_rows(self.read("out.ppm"))[0][0]
+        self.succeed("variations", "in.ppm", "out.ppm", "--dark", 1, "--level", 6)
+        coarse = ppm_rows(self.read("out.ppm"))[0][0]
+        self.assertLess(coarse[0], fine[0])
+        self.assertLess(fine[0], 120)
+        self.refuse(2, "--level needs a whole number from 0 to 6", "variations", "in.ppm",
+                    "out.ppm", "--level", 7)
+
+
+class AllInOneRecipe(ToolTest):
+    def test_every_operation_can_be_a_step(self):
+        self.write("in.ppm", ppm(speckled(60, 40)))
+        self.write("mask.pgm", pgm([[128] * 60] * 40))
+        self.write("recipe", b"""
+rotate --angle 3
+straighten --line 1,2,50,4
+soft-focus --radius 3 --mask mask.pgm --mask-radius 3
+replace-colour --colour '#C81414' --tolerance 50 --hue 20
+tint --colour orange --tolerance 150
+temperature --temperature 10 --tint -5
+auto-gamma --region 5,5,20,20
+shadow-highlight --shadow 10 --highlight 10 --midtone 10
+variations --red 1 --green -1 --blue 1 --dark -1 --level 1
+perspective --corners 5,5,50,8,55,35,2,30 --fit 100x100
+warp --from 0,0,50,0,50,50,0,50 --to 0,0,60,5,50,50,5,45
+""")
+        self.succeed("run", "recipe", "in.ppm", "--out", "out")
+        self.assertEqual(len(ppm_rows(self.read("out/in.ppm"))[0]), 100)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -52,7 +52,7 @@ static void accent_colour(const ColourSelection& selection, const uint8_t* src, 
   for (int32_t i = 0; i < count; ++i, src += 3, dst += 3) {
     const int32_t blue = src[0], green = src[1], red = src[2];
     // The weights sum to 255, so white gives 254.
-    const int32_t grey = (28 * blue + 76 * green + 151 * red) >> 8;
+    const int32_t grey = (28 * blue + 151 * green + 76 * red) >> 8;
     const uint32_t distance = distance_from(selection, hsv_of_pixel(src));
     if (distance >= selection.limit) {
       dst[0] = dst[1] = dst[2] = static_cast<uint8_t>(grey);

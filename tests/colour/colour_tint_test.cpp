@@ -34,15 +34,15 @@ TEST(ColourTint, TheReferenceIsKept) {
 }
 
 TEST(ColourTint, ToleranceNoneKeepsOnlyTheNearest) {
-  // 28 * 90 + 76 * 200 + 151 * 60 = 26780, / 256 = 104.6.
+  // 28 * 90 + 151 * 200 + 76 * 60 = 37280, / 256 = 145.6.
   EXPECT_EQ(Tinted({{90, 200, 10}, {90, 200, 60}}, {90, 200, 10}, 0),
-            Bgr({{{90, 200, 10}, {104, 104, 104}}}));
+            Bgr({{{90, 200, 10}, {145, 145, 145}}}));
 }
 
 TEST(ColourTint, FadesInProportionToTheDistance) {
-  // 14 of 81 steps, f = 14 * 202 = 2828; grey (106 * 30 + 200 * 151... = 33320) >> 8 = 130.
-  // 200 + (2828 * -70 >> 14 = -13), 30 + (2828 * 100 >> 14 = 17).
-  EXPECT_EQ(Tinted({{30, 30, 200}}, kRed, 80), Bgr({{{47, 47, 187}}}));
+  // 14 of 81 steps, f = 14 * 202 = 2828; grey (28 * 30 + 151 * 30 + 76 * 200 = 20570) >> 8 = 80.
+  // 200 + (2828 * -120 >> 14 = -21), 30 + (2828 * 50 >> 14 = 8).
+  EXPECT_EQ(Tinted({{30, 30, 200}}, kRed, 80), Bgr({{{38, 38, 179}}}));
 }
 
 TEST(ColourTint, WorkerTakesItsToleranceAsAFloat) {

@@ -28,6 +28,7 @@ namespace {
 // tone
 #include "rows/histogram.inl"
 #include "rows/shadow_highlight.inl"
+#include "rows/shadow_highlight_avx2.inl"
 
 }  // namespace
 
@@ -52,12 +53,12 @@ constexpr RowKernels kAvx2Rows = {
 
     // tone
     .count_green = count_green,
-    .intensities = intensities,
-    .intensity_sums = intensity_sums,
+    .intensities = intensities_avx2,
+    .intensity_sums = intensity_sums_avx2,
     .slide_sums = slide_sums,
-    .tone_shifts = tone_shifts,
+    .tone_shifts = tone_shifts_avx2,
     .midtone_shifts = midtone_shifts,
-    .shift_pixels = shift_pixels,
+    .shift_pixels = shift_pixels_avx2,
 };
 
 }  // namespace roxe

@@ -36,25 +36,6 @@ static void intensities_avx2(const uint8_t* src, float* dst, int32_t count) {
   intensities(src + 3 * i, dst + i, count - i);
 }
 
-// Row r, column c becomes row c, column r.
-static inline void transpose_8x8(__m256* v) {
-  __m256 pairs[8], fours[8];
-  for (int32_t i = 0; i < 4; ++i) {
-    pairs[2 * i] = _mm256_unpacklo_ps(v[2 * i], v[2 * i + 1]);
-    pairs[2 * i + 1] = _mm256_unpackhi_ps(v[2 * i], v[2 * i + 1]);
-  }
-  for (int32_t i = 0; i < 8; i += 4) {
-    fours[i] = _mm256_shuffle_ps(pairs[i], pairs[i + 2], 0x44);
-    fours[i + 1] = _mm256_shuffle_ps(pairs[i], pairs[i + 2], 0xee);
-    fours[i + 2] = _mm256_shuffle_ps(pairs[i + 1], pairs[i + 3], 0x44);
-    fours[i + 3] = _mm256_shuffle_ps(pairs[i + 1], pairs[i + 3], 0xee);
-  }
-  for (int32_t i = 0; i < 4; ++i) {
-    v[i] = _mm256_permute2f128_ps(fours[i], fours[i + 4], 0x20);
-    v[i + 4] = _mm256_permute2f128_ps(fours[i], fours[i + 4], 0x31);
-  }
-}
-
 // The intensities of the last columns of eight rows, rows across, each column at its place modulo 32.
 struct ColumnRing {
   alignas(32) float column[32][8];

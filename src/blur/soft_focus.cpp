@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "blur/box_blur.h"
+#include "blur/gaussian_stream.h"
 #include "frame/pixel_array.h"
 #include "frame/runtime.h"
 #include "roxe.h"
@@ -22,9 +23,29 @@ void copy_pixels(const PixelArray& src, const PixelArray& dst) {
   }
 }
 
-// Pulls dst back towards src in proportion to a packed mask; null: leaves dst as it is.
+// Addresses from the first pixel byte of a verified picture to the end of its last row.
+struct Extent {
+  uintptr_t begin, end;
+  explicit Extent(const PixelArray& image) {
+    const uintptr_t channels = image.format == kRoxeFormatRGB24 ? 3 : 1;
+    begin = reinterpret_cast<uintptr_t>(image.pixels);
+    end = reinterpret_cast<uintptr_t>(row_of(image, image.height - 1)) +
+          channels * static_cast<uintptr_t>(common_columns(image, image));
+  }
+  bool overlaps(const Extent& other) const { return begin < other.end && other.begin < end; }
+};
+
+// Whether blurring row by row gives what blurring the whole mask, then the whole picture, then
+// blending gives. It does not where writing a row of dst changes pixels that are yet to be read.
+bool streams(const PixelArray& src, const PixelArray& dst, const PixelArray* mask) {
+  if (common_columns(src, dst) != src.width) return false;  // a width that wraps
+  const Extent written(dst);
+  if (!same_rows(src, dst) && written.overlaps(Extent(src))) return false;
+  return !mask || !written.overlaps(Extent(*mask));
+}
+
+// Pulls dst back towards src in proportion to a packed mask.
 void blend_RGB24(const PixelArray& src, const PixelArray& dst, const uint8_t* mask) {
-  if (!mask) return;
   const RowKernels& rows = Rows();
   const int32_t columns = common_columns(src, dst);
   const bool pixel_by_pixel = !same_rows(src, dst) && overlap_24(src, dst);
@@ -33,6 +54,48 @@ void blend_RGB24(const PixelArray& src, const PixelArray& dst, const uint8_t* ma
     for (int32_t x = 0; x < columns; x += step)
       rows.blend_masked(row_of(src, y) + 3 * ptrdiff_t{x}, mask + x,
                         row_of(dst, y) + 3 * ptrdiff_t{x}, step);
+}
+
+// Soft focus in whole pictures: the mask, the picture, the blend.
+int32_t soften_whole(const PixelArray& src, PixelArray& dst, const PixelArray* mask, int32_t radius,
+                     int32_t mask_radius) {
+  Block<uint8_t> blurred_mask;
+  if (mask) {
+    blurred_mask = make_block<uint8_t>(static_cast<uint64_t>(mask->width) *
+                                       static_cast<uint64_t>(mask->height));
+    if (!blurred_mask) return kRoxeErrInvalid;
+    PixelArray packed = *mask;
+    packed.rowBytes = mask->width;
+    packed.pixels = blurred_mask.get();
+    if (GaussianBlurA(mask, &packed, mask_radius) != 1) return kRoxeErrFailed;
+  }
+  if (GaussianBlurA(&src, &dst, radius) != 1) return kRoxeErrFailed;
+  if (mask) blend_RGB24(src, dst, blurred_mask.get());
+  return kRoxeOK;
+}
+
+// The same row by row, for pictures that stream and a radius above 1.
+int32_t soften_rows(const PixelArray& src, PixelArray& dst, const PixelArray* mask, int32_t radius,
+                    int32_t mask_radius) {
+  GaussianStream blurred(src, radius);
+  GaussianStream blurred_mask(mask ? *mask : src, mask_radius);
+  const bool blur_mask = mask && mask_radius > 1;
+  if (blur_mask && !blurred_mask.allocate()) return kRoxeErrInvalid;
+
+  // Without memory for the rings the passes run one after the other.
+  const bool streamed = blurred.allocate();
+  if (!streamed) GaussianBlurA(&src, &dst, radius);
+
+  const RowKernels& rows = Rows();
+  for (int32_t y = 0; y < dst.height; ++y) {
+    uint8_t* row = streamed ? blurred.next_row() : row_of(dst, y);
+    if (mask) {
+      const uint8_t* weights = blur_mask ? blurred_mask.next_row() : row_of(*mask, y);
+      rows.blend_masked(row_of(src, y), weights, row, dst.width);
+    }
+    if (streamed) XRMemCpy(row_of(dst, y), row, 3 * static_cast<size_t>(dst.width));
+  }
+  return kRoxeOK;
 }
 
 }  // namespace
@@ -67,22 +130,16 @@ int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const PixelArray* 
   if (src->format != kRoxeFormatRGB24 || dst->format != kRoxeFormatRGB24) return kRoxeErrParam;
   if (src->width != dst->width || src->height != dst->height) return kRoxeErrParam;
 
-  roxe::Block<uint8_t> blurred_mask;
   if (mask) {
     if (roxeVerifyPixelArray(mask) != kRoxeOK) return kRoxeErrNull;
     if (mask->format != kRoxeFormatGray8) return kRoxeErrParam;
     if (mask->width != src->width || mask->height != src->height) return kRoxeErrParam;
-
-    blurred_mask = roxe::make_block<uint8_t>(static_cast<uint64_t>(mask->width) *
-                                             static_cast<uint64_t>(mask->height));
-    if (!blurred_mask) return kRoxeErrInvalid;
-    PixelArray packed = *mask;
-    packed.rowBytes = mask->width;
-    packed.pixels = blurred_mask.get();
-    if (roxe::GaussianBlurA(mask, &packed, maskRadius) != 1) return kRoxeErrFailed;
+    const int64_t mask_bytes = int64_t{mask->width} * mask->height;
+    if (mask_bytes > UINT32_MAX) return kRoxeErrInvalid;
   }
-
-  if (roxe::GaussianBlurA(src, dst, radius) != 1) return kRoxeErrFailed;
-  roxe::blend_RGB24(*src, *dst, blurred_mask.get());
-  return kRoxeOK;
+  if (radius <= 1 || !roxe::streams(*src, *dst, mask))
+    return roxe::soften_whole(*src, *dst, mask, radius, maskRadius);
+  // In place the source is already blurred when it is blended, so that the mask has no effect.
+  if (src->pixels == dst->pixels) mask = nullptr;
+  return roxe::soften_rows(*src, *dst, mask, radius, maskRadius);
 }

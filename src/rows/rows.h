@@ -67,6 +67,44 @@ struct ProjectiveSource {
 
 constexpr int32_t kProjectiveBand = 8;  // most rows of a band
 
+// ---- a box blur along rows in lanes
+
+// A row in lanes: its columns are cut into 32 stretches of equal length, the last of them filled up
+// with zeros, which lie side by side in the 32 lanes of vectors. Running along the row is then one
+// vector addition a column of a stretch. Vector x of the plane of a channel holds column x of every
+// stretch k in byte byte_of_lane(k); the order spares the wide bodies a permutation.
+constexpr int32_t kLanes = 32;
+static inline int32_t byte_of_lane(int32_t k) {
+  return (k & 7) | (k & 8) << 1 | (k & 16) >> 1;  // the middle two groups of eight change places
+}
+
+// Sums of a column of every stretch in the order of lanes, then as many lanes of an empty picture:
+// loads that begin q lanes off then see the column of the q-th stretch further on, or nothing.
+constexpr int32_t kSumsStep = 2 * kLanes;
+
+// Consecutive columns x of the stretches whose windows move alike.
+struct BoxRun {
+  int32_t count;
+  bool same_multipliers;  // those of the first column serve all
+  ptrdiff_t entering;     // index of the sums of the first column's x + right, counted in sums
+  ptrdiff_t leaving;      // and of its x - left - 1
+};
+
+// One box blur of a picture, as its rows see it. Sum is int16_t for windows of up to 257 rows (sums
+// less 32768, in empty lanes too), else uint32_t.
+template <class Sum>
+struct BoxRow {
+  int32_t channels;
+  int32_t columns;                        // of a stretch
+  int32_t head, whole_after;              // right = whole_after * columns + head
+  int32_t tail, whole_before;             // left + 1 = whole_before * columns + tail
+  BoxRun runs[8];                         // as many as make up all columns
+  Sum* sums;                              // of the rows inside the window, a plane a channel
+  ptrdiff_t sums_size;                    // from plane to plane
+  uint32_t (*starts)[kLanes];             // a channel: the window left of each stretch
+  const uint32_t (*multipliers)[kLanes];  // 2^23 / pixels of the window; 0 beyond the last column
+};
+
 struct Hsv {
   int32_t hue, saturation, value;  // 0 ... 360 degrees, 0 ... 255, 0 ... 255
 };
@@ -119,7 +157,7 @@ struct RowKernels {
   void (*resample_band)(const ProjectiveSource& source, const ProjectiveSums* starts, uint8_t* dst,
                         ptrdiff_t dst_stride, int32_t rows, int32_t count);
 
-  // ---- blur (blend_masked.inl)
+  // ---- blur (blend_masked.inl, box_lanes.inl)
 
   // Pulls each byte of count pixels of three bytes towards src by mask / 256, one mask byte a pixel,
   // rounding toward minus infinity. mask shares no memory with dst.
@@ -143,6 +181,19 @@ struct RowKernels {
   // Applies the matrix in linear light, caps the brightness and spills strong channels.
   void (*balance_white)(const WhiteBalance& balance, const uint8_t* src, uint8_t* dst,
                         int32_t count);
+  // Brings a row of 32 stretches of so many columns, packed pixels of 1 or 3 channels, into lanes,
+  // and back.
+  void (*to_lanes)(const uint8_t* row, uint8_t* lanes, int32_t channels, int32_t columns);
+  void (*from_lanes)(const uint8_t* lanes, uint8_t* row, int32_t channels, int32_t columns);
+
+  // Moves the window down by one row, entering below and leaving above (a row of zeros where there
+  // is none), and writes the means of the new row; dst may be null for none. All rows in lanes.
+  void (*box_row_16)(const BoxRow<int16_t>& box, const uint8_t* entering, const uint8_t* leaving,
+                     uint8_t* dst);
+  void (*box_row_32)(const BoxRow<uint32_t>& box, const uint8_t* entering, const uint8_t* leaving,
+                     uint8_t* dst);
+
+  // ---- colour
 
   // ---- tone
 

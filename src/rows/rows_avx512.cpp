@@ -19,6 +19,7 @@ namespace {
 
 // blur
 #include "rows/blend_masked.inl"
+#include "rows/box_lanes.inl"
 
 // colour
 #include "rows/hsv.inl"
@@ -45,6 +46,10 @@ constexpr RowKernels kAvx512Rows = {
 
     // blur
     .blend_masked = blend_masked,
+    .to_lanes = to_lanes,
+    .from_lanes = from_lanes,
+    .box_row_16 = box_row_16,
+    .box_row_32 = box_row_32,
 
     // colour
     .draw_selection = draw_selection,

@@ -15,6 +15,7 @@ namespace {
 
 // blur
 #include "rows/blend_masked.inl"
+#include "rows/box_lanes.inl"
 
 // colour
 #include "rows/hsv.inl"
@@ -40,6 +41,10 @@ constexpr RowKernels kNeonRows = {
 
     // blur
     .blend_masked = blend_masked,
+    .to_lanes = to_lanes,
+    .from_lanes = from_lanes,
+    .box_row_16 = box_row_16,
+    .box_row_32 = box_row_32,
 
     // colour
     .draw_selection = draw_selection,

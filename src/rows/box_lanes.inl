@@ -1,0 +1,113 @@
+// Rows in lanes, and the box blur that runs along them.
+
+static void to_lanes(const uint8_t* row, uint8_t* lanes, int32_t channels, int32_t columns) {
+  for (int32_t c = 0; c < channels; ++c)
+    for (ptrdiff_t x = 0; x < columns; ++x, lanes += kLanes)
+      for (int32_t k = 0; k < kLanes; ++k)
+        lanes[byte_of_lane(k)] = row[(k * ptrdiff_t{columns} + x) * channels + c];
+}
+
+static void from_lanes(const uint8_t* lanes, uint8_t* row, int32_t channels, int32_t columns) {
+  for (int32_t c = 0; c < channels; ++c)
+    for (ptrdiff_t x = 0; x < columns; ++x, lanes += kLanes)
+      for (int32_t k = 0; k < kLanes; ++k)
+        row[(k * ptrdiff_t{columns} + x) * channels + c] = lanes[byte_of_lane(k)];
+}
+
+// What changed in a part of each stretch, between as many lanes of nothing.
+struct LaneTotals {
+  uint32_t padded[3 * kLanes];
+  const uint32_t* from(int32_t lane) const { return padded + kLanes + lane; }
+};
+
+// Moves the column sums of count columns down by a row and adds the changes to total.
+template <class Sum>
+static void move_sums(const uint8_t* entering, const uint8_t* leaving, Sum* sums, int32_t count,
+                      uint32_t* total) {
+  for (int32_t x = 0; x < count; ++x, entering += kLanes, leaving += kLanes, sums += kSumsStep)
+    for (int32_t eight = 0; eight < kLanes; eight += 8) {
+      const uint8_t *in = entering + byte_of_lane(eight), *out = leaving + byte_of_lane(eight);
+      for (int32_t k = 0; k < 8; ++k) {
+        const int32_t change = in[k] - out[k];
+        sums[eight + k] = static_cast<Sum>(sums[eight + k] + static_cast<Sum>(change));
+        total[eight + k] += static_cast<uint32_t>(change);
+      }
+    }
+}
+
+// Moves the windows along a run and writes their means, rounded down.
+template <class Sum>
+static void window_means(const BoxRun& run, const Sum* sums, uint32_t* window,
+                         const uint32_t (*multipliers)[kLanes], uint8_t* dst) {
+  const Sum *entering = sums + run.entering, *leaving = sums + run.leaving;
+  for (int32_t x = 0; x < run.count; ++x, entering += kSumsStep, leaving += kSumsStep) {
+    const uint32_t* multiplier = multipliers[run.same_multipliers ? 0 : x];
+    for (int32_t eight = 0; eight < kLanes; eight += 8, dst += 8)
+      for (int32_t k = 0; k < 8; ++k) {
+        const int32_t lane = byte_of_lane(eight) + k;
+        window[lane] +=
+            static_cast<uint32_t>(entering[lane]) - static_cast<uint32_t>(leaving[lane]);
+        dst[k] = static_cast<uint8_t>((window[lane] * multiplier[lane]) >> 23);
+      }
+  }
+}
+
+// Moves the windows left of the stretches down by a row. Such a window holds the last columns of a
+// stretch, whole stretches, and the first columns of another one: their changes, some lanes off.
+static void move_starts(uint32_t* starts, const LaneTotals& head, const LaneTotals& tail,
+                        const LaneTotals& whole, int32_t whole_before, int32_t whole_after) {
+  const auto add = [starts](const uint32_t* change) {
+    for (int32_t k = 0; k < kLanes; ++k) starts[k] += change[k];
+  };
+  add(head.from(whole_after));
+  for (int32_t i = 0; i < whole_after; ++i) add(whole.from(i));
+  for (int32_t i = 1; i <= whole_before; ++i) add(whole.from(-i));
+  add(tail.from(-whole_before - 1));
+}
+
+template <class Sum, void (*move_sums)(const uint8_t*, const uint8_t*, Sum*, int32_t, uint32_t*),
+          void (*window_means)(const BoxRun&, const Sum*, uint32_t*, const uint32_t (*)[kLanes],
+                               uint8_t*)>
+static void box_row(const BoxRow<Sum>& box, const uint8_t* entering, const uint8_t* leaving,
+                    uint8_t* dst) {
+  const ptrdiff_t plane = ptrdiff_t{box.columns} * kLanes;
+  const int32_t tail_begin = box.columns - box.tail;
+  const bool overlapping = box.head > tail_begin;  // the first and the last columns of a stretch
+  const int32_t cuts[4] = {0, overlapping ? tail_begin : box.head,
+                           overlapping ? box.head : tail_begin, box.columns};
+  LaneTotals head = {}, tail = {}, whole = {};
+  for (int32_t c = 0; c < box.channels; ++c, entering += plane, leaving += plane) {
+    Sum* sums = box.sums + c * box.sums_size;
+    uint32_t totals[3][kLanes] = {};
+    for (int32_t i = 0; i < 3; ++i) {
+      const ptrdiff_t x = cuts[i];
+      move_sums(entering + x * kLanes, leaving + x * kLanes, sums + x * kSumsStep,
+                cuts[i + 1] - cuts[i], totals[i]);
+    }
+    for (int32_t k = 0; k < kLanes; ++k) {
+      const uint32_t middle = overlapping ? totals[1][k] : 0;
+      head.padded[kLanes + k] = totals[0][k] + middle;
+      tail.padded[kLanes + k] = middle + totals[2][k];
+      whole.padded[kLanes + k] = totals[0][k] + totals[1][k] + totals[2][k];
+    }
+    move_starts(box.starts[c], head, tail, whole, box.whole_before, box.whole_after);
+    if (!dst) continue;
+
+    uint32_t window[kLanes];
+    for (int32_t k = 0; k < kLanes; ++k) window[k] = box.starts[c][k];
+    int32_t x = 0;
+    for (const BoxRun* run = box.runs; x < box.columns; x += run->count, ++run)
+      window_means(*run, sums, window, box.multipliers + x,
+                   dst + c * plane + ptrdiff_t{x} * kLanes);
+  }
+}
+
+static void box_row_16(const BoxRow<int16_t>& box, const uint8_t* entering, const uint8_t* leaving,
+                       uint8_t* dst) {
+  box_row<int16_t, move_sums, window_means>(box, entering, leaving, dst);
+}
+
+static void box_row_32(const BoxRow<uint32_t>& box, const uint8_t* entering, const uint8_t* leaving,
+                       uint8_t* dst) {
+  box_row<uint32_t, move_sums, window_means>(box, entering, leaving, dst);
+}

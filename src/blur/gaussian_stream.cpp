@@ -1,6 +1,7 @@
 #include "blur/gaussian_stream.h"
 
 #include <algorithm>
+#include <limits>
 #include <type_traits>
 
 #include "frame/pixel_array.h"
@@ -15,10 +16,9 @@ constexpr int64_t window_length(int64_t before, int64_t after, int64_t n) {
   return std::min(before + after + 1, n);
 }
 
+// Sums of 16 bits are kept less 32768.
 template <class Sum>
-constexpr Sum empty_sum() {
-  return std::is_same_v<Sum, int16_t> ? INT16_MIN : 0;
-}
+constexpr Sum kNoSum = std::numeric_limits<Sum>::min();
 
 }  // namespace
 
@@ -96,7 +96,7 @@ void GaussianStream::set_up(Pass& pass, BoxRow<Sum>& box) const {
   box.channels = channels_;
   box.columns = columns_;
   box.multipliers = pass.multipliers;
-  std::fill_n(box.sums, channels_ * box.sums_size, empty_sum<Sum>());
+  std::fill_n(box.sums, channels_ * box.sums_size, kNoSum<Sum>);
   box.sums += kLanes;
 
   // From 32 stretches on there is nothing but empty lanes.
@@ -104,7 +104,7 @@ void GaussianStream::set_up(Pass& pass, BoxRow<Sum>& box) const {
   box.head = static_cast<int32_t>(after % columns_);
   box.tail = static_cast<int32_t>(before % columns_);
   box.whole_after = static_cast<int32_t>(std::min<int64_t>(after / columns_, kLanes));
-  box.whole_before = static_cast<int32_t>(std::min<int64_t>(before / columns_, kLanes - 1));
+  box.whole_before = static_cast<int32_t>(std::min<int64_t>(before / columns_, kLanes));
 
   // Where a window is clipped in some stretch, and at the first column after the picture, the
   // multipliers change from column to column.
@@ -123,7 +123,7 @@ void GaussianStream::set_up(Pass& pass, BoxRow<Sum>& box) const {
     const BoxRun here = {
         1, !multipliers_change(x),
         entering_column * kSumsStep + std::min(box.whole_after + next_stretch, kLanes),
-        leaving_column * kSumsStep - box.whole_before - previous_stretch};
+        leaving_column * kSumsStep - std::min(box.whole_before + previous_stretch, kLanes)};
     // Six runs at most: they break where the window enters another stretch, where it leaves one,
     // and at the ends of the clipped windows of either side.
     const bool goes_on = run && run->same_multipliers == here.same_multipliers &&

@@ -62,7 +62,7 @@ static void move_starts(uint32_t* starts, const LaneTotals& head, const LaneTota
   add(head.from(whole_after));
   for (int32_t i = 0; i < whole_after; ++i) add(whole.from(i));
   for (int32_t i = 1; i <= whole_before; ++i) add(whole.from(-i));
-  add(tail.from(-whole_before - 1));
+  if (whole_before < kLanes) add(tail.from(-whole_before - 1));
 }
 
 template <class Sum, void (*move_sums)(const uint8_t*, const uint8_t*, Sum*, int32_t, uint32_t*),
@@ -102,8 +102,8 @@ static void box_row(const BoxRow<Sum>& box, const uint8_t* entering, const uint8
   }
 }
 
-static void box_row_16(const BoxRow<int16_t>& box, const uint8_t* entering, const uint8_t* leaving,
-                       uint8_t* dst) {
+[[maybe_unused]] static void box_row_16(const BoxRow<int16_t>& box, const uint8_t* entering,
+                                        const uint8_t* leaving, uint8_t* dst) {
   box_row<int16_t, move_sums, window_means>(box, entering, leaving, dst);
 }
 

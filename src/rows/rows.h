@@ -163,6 +163,18 @@ struct RowKernels {
   // rounding toward minus infinity. mask shares no memory with dst.
   void (*blend_masked)(const uint8_t* src, const uint8_t* mask, uint8_t* dst, int32_t count);
 
+  // Brings a row of 32 stretches of so many columns, packed pixels of 1 or 3 channels, into lanes,
+  // and back.
+  void (*to_lanes)(const uint8_t* row, uint8_t* lanes, int32_t channels, int32_t columns);
+  void (*from_lanes)(const uint8_t* lanes, uint8_t* row, int32_t channels, int32_t columns);
+
+  // Moves the window down by one row, entering below and leaving above (a row of zeros where there
+  // is none), and writes the means of the new row; dst may be null for none. All rows in lanes.
+  void (*box_row_16)(const BoxRow<int16_t>& box, const uint8_t* entering, const uint8_t* leaving,
+                     uint8_t* dst);
+  void (*box_row_32)(const BoxRow<uint32_t>& box, const uint8_t* entering, const uint8_t* leaving,
+                     uint8_t* dst);
+
   // ---- colour (colour_selection.inl, white_balance.inl); rows of count pixels of three bytes
 
   // Writes level[distance] to the three bytes of each pixel; level has 256 entries.
@@ -181,19 +193,6 @@ struct RowKernels {
   // Applies the matrix in linear light, caps the brightness and spills strong channels.
   void (*balance_white)(const WhiteBalance& balance, const uint8_t* src, uint8_t* dst,
                         int32_t count);
-  // Brings a row of 32 stretches of so many columns, packed pixels of 1 or 3 channels, into lanes,
-  // and back.
-  void (*to_lanes)(const uint8_t* row, uint8_t* lanes, int32_t channels, int32_t columns);
-  void (*from_lanes)(const uint8_t* lanes, uint8_t* row, int32_t channels, int32_t columns);
-
-  // Moves the window down by one row, entering below and leaving above (a row of zeros where there
-  // is none), and writes the means of the new row; dst may be null for none. All rows in lanes.
-  void (*box_row_16)(const BoxRow<int16_t>& box, const uint8_t* entering, const uint8_t* leaving,
-                     uint8_t* dst);
-  void (*box_row_32)(const BoxRow<uint32_t>& box, const uint8_t* entering, const uint8_t* leaving,
-                     uint8_t* dst);
-
-  // ---- colour
 
   // ---- tone
 

@@ -20,6 +20,7 @@ namespace {
 // blur
 #include "rows/blend_masked.inl"
 #include "rows/box_lanes.inl"
+#include "rows/box_lanes_avx2.inl"
 
 // colour
 #include "rows/hsv.inl"
@@ -46,9 +47,9 @@ constexpr RowKernels kAvx2Rows = {
 
     // blur
     .blend_masked = blend_masked,
-    .to_lanes = to_lanes,
-    .from_lanes = from_lanes,
-    .box_row_16 = box_row_16,
+    .to_lanes = to_lanes_avx2,
+    .from_lanes = from_lanes_avx2,
+    .box_row_16 = box_row_16_avx2,
     .box_row_32 = box_row_32,
 
     // colour

@@ -194,6 +194,125 @@ TEST(SoftFocus, ChecksInOrder) {
   EXPECT_EQ(dst, untouched);
 }
 
+// The same with whole pictures, one pass after the other.
+Image SoftFocusWhole(const Image& src, const Image& mask, int32_t radius, int32_t mask_radius) {
+  Image in = src, weights = mask, out = src, blurred = mask;
+  EXPECT_EQ(roxe::GaussianBlurA(in, out, radius), 1);
+  EXPECT_EQ(roxe::GaussianBlurA(weights, blurred, mask_radius), 1);
+  for (int32_t y = 0; y < src.record.height; ++y)
+    for (int32_t x = 0; x < src.record.width; ++x)
+      for (int32_t c = 0; c < 3; ++c) {
+        const int32_t b = out.pixel(x, y)[c], o = src.pixel(x, y)[c], m = *blurred.pixel(x, y);
+        out.pixel(x, y)[c] = static_cast<uint8_t>(b + (((o - b) * m) >> 8));
+      }
+  return out;
+}
+
+void CompareWithWholePictures(const Image& src, const Image& mask, int32_t radius,
+                              int32_t mask_radius) {
+  SCOPED_TRACE(testing::Message() << src.record.width << " x " << src.record.height << " radius "
+                                  << radius << ", " << mask_radius);
+  Image in = src, weights = mask, dst = src, in_place = src;
+  dst.fill(77);
+  ASSERT_EQ(roxeSoftFocus(in, dst, weights, radius, mask_radius), kRoxeOK);
+  ASSERT_EQ(dst, SoftFocusWhole(src, mask, radius, mask_radius));
+  ASSERT_EQ(in, src);
+  ASSERT_EQ(weights, mask);
+
+  Image black = mask;
+  black.fill(0);
+  const Image blurred = SoftFocusWhole(src, black, radius, 1);
+  ASSERT_EQ(roxeSoftFocus(in, dst, nullptr, radius, mask_radius), kRoxeOK);
+  ASSERT_EQ(dst, blurred);
+  ASSERT_EQ(roxeSoftFocus(in_place, in_place, weights, radius, mask_radius), kRoxeOK);
+  ASSERT_EQ(in_place, blurred);
+}
+
+TEST(SoftFocus, RowByRowIsTheSameAsInWholePictures) {
+  std::mt19937 random(6);
+  for (int32_t i = 0; i < 300; ++i) {
+    const Image src = RandomImage(random, kRoxeFormatRGB24, i % 3 == 0 ? 150 : 25);
+    Image mask(kRoxeFormatGray8, src.record.width, src.record.height,
+               src.record.width + static_cast<int32_t>(random() % 3));
+    mask.randomise(random);
+    const auto radius = [&] { return static_cast<int32_t>(random() % (i % 2 == 0 ? 9 : 60)); };
+    CompareWithWholePictures(src, mask, radius(), radius());
+  }
+}
+
+TEST(SoftFocus, LongRowsAndTallWindowsAreTheSameAsInWholePictures) {
+  struct {
+    int32_t width, height, radius;
+  } const cases[] = {{4200, 4, 3},    // stretches of more than 128 columns
+                     {5, 700, 256},   // windows of 257 rows, the last that 16 bits hold
+                     {7, 700, 257},   // the first that take 32 bits in the last pass only
+                     {40, 600, 400},  // windows of more rows, longer than the rows
+                     {33, 9, 5000},  {64, 20, INT_MAX}};
+  std::mt19937 random(7);
+  for (const auto& c : cases) {
+    Image src(kRoxeFormatRGB24, c.width, c.height), mask(kRoxeFormatGray8, c.width, c.height);
+    src.randomise(random);
+    mask.randomise(random);
+    src.pixel(0, 0)[0] = 255;
+    CompareWithWholePictures(src, mask, c.radius, c.radius - 1);
+    src.fill(255);  // the largest sums
+    CompareWithWholePictures(src, mask, c.radius, 1);
+  }
+}
+
+TEST(SoftFocus, OverlappingPicturesAreBlurredWhole) {
+  // dst begins one row below src in the same memory. No pass is in place: each row that leaves the
+  // window of the first one has been overwritten meanwhile.
+  Image memory(kRoxeFormatRGB24, 6, 9);
+  std::mt19937 random(8);
+  memory.randomise(random);
+  Image expected = memory;
+  const auto overlap = [](Image& image, PixelArray* src, PixelArray* dst) {
+    *src = *dst = image.record;
+    src->height = dst->height = 8;
+    dst->pixels = image.pixel(0, 1);
+  };
+  PixelArray src, dst;
+  overlap(expected, &src, &dst);
+  ASSERT_EQ(roxe::GaussianBlurA(&src, &dst, 3), 1);
+  overlap(memory, &src, &dst);
+  ASSERT_EQ(roxeSoftFocus(&src, &dst, nullptr, 3, 3), kRoxeOK);
+  EXPECT_EQ(memory, expected);
+}
+
+TEST(SoftFocus, EveryAllocationMayFail) {
+  const Image scene = Scene();
+  for (int64_t n = 1; n <= 2; ++n) {
+    Image src = scene, dst = scene, mask = Gray({{0, 0, 240, 0}});
+    dst.fill(1);
+    const Image before = dst, blurred = SoftFocusWhole(scene, mask, 3, 3);
+    const AllocationWatch watch(n);
+    // Without the mask's rings nothing is written; without the picture's the passes run one after
+    // the other.
+    EXPECT_EQ(roxeSoftFocus(src, dst, mask, 3, 3), n == 1 ? kRoxeErrInvalid : kRoxeOK);
+    EXPECT_EQ(dst, n == 1 ? before : blurred);
+    EXPECT_EQ(watch.live_blocks(), 0);
+  }
+  {
+    Image src = scene, dst = scene;
+    const AllocationWatch watch;
+    EXPECT_EQ(roxeSoftFocus(src, dst, nullptr, 3, 3), kRoxeOK);
+    EXPECT_EQ(watch.allocations(), 1);
+    EXPECT_EQ(watch.live_blocks(), 0);
+  }
+  // Where pictures overlap, the mask is blurred into a block of its own size.
+  for (int64_t n = 1; n <= 12; ++n) {
+    Image dst = scene;
+    PixelArray mask = {kRoxeFormatGray8, 4, 1, 4, dst.bytes()};
+    const AllocationWatch watch(n);
+    EXPECT_EQ(roxeSoftFocus(scene, dst, &mask, 3, 3), n == 1 ? kRoxeErrInvalid : kRoxeOK);
+    EXPECT_EQ(watch.live_blocks(), 0);
+    if (n == 1) {
+      EXPECT_EQ(dst, scene);
+    }
+  }
+}
+
 TEST(SoftFocus, MaskOfMoreThan32BitsIsNoMemory) {
   // Records whose rows claim far more memory than there is; they are refused before it is touched.
   uint8_t pixel[3] = {1, 2, 3};

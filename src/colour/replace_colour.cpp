@@ -32,6 +32,15 @@ constexpr uint32_t kWeights = 256;
 
 uint32_t steps_inside(uint32_t tolerance) { return std::min(tolerance, kLargestTolerance) + 1; }
 
+// Into 0 ... 359 where whole turns make no difference: beyond these, the sum with a hue is rounded when
+// it becomes a float.
+int32_t without_turns(int32_t degrees) {
+  constexpr int32_t kExact = (1 << 24) - 360;
+  if (degrees < -kExact || degrees > kExact) return degrees;
+  const int32_t rest = degrees % 360;
+  return rest < 0 ? rest + 360 : rest;
+}
+
 // Percent of the scale of 0 ... 255.
 int32_t step_of(int32_t percent) { return truncate_to_int32(static_cast<float>(percent) * 2.55f); }
 
@@ -58,7 +67,7 @@ void replace_clr(const PixelArray& src, const PixelArray& dst, uint32_t blue, ui
   const uint32_t steps = steps_inside(tolerance);
   const ColourSelection selection = colours_near(blue, green, red, steps);
   ColourShift shift;
-  shift.hue = hue_shift;
+  shift.hue = without_turns(hue_shift);
   shift.saturation = step_of(saturation_shift);
   shift.value = step_of(value_shift);
   create_blur_table(shift.weight, kWeights, steps);

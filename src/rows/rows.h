@@ -112,13 +112,14 @@ struct Hsv {
 // The colours near a reference colour, in cone_distance.inl's sense.
 struct ColourSelection {
   Hsv reference;
-  uint32_t limit;                            // steps of distance that are inside, 0 ... 201
+  uint32_t limit;                            // steps of distance that are inside, 1 ... 201
   uint32_t limit_squared, limit_reciprocal;  // the latter in 1 / 16384
   uint32_t fade[256];    // by value: how far the saturation is pulled toward it, 1 / 256
   uint32_t cosine[361];  // by degree, two's complement in 1 / 32768
 };
 
-// What a replacement adds at full weight, and the weight of each distance in 1 / 65536.
+// What a replacement adds at full weight, and the weight of each distance in 1 / 65536: 65536 at
+// distance 0, less at all others, 0 from the limit on.
 struct ColourShift {
   int32_t hue, saturation, value;  // degrees; the others on the scale of 0 ... 255
   int32_t weight[256];

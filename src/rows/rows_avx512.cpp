@@ -26,6 +26,8 @@ namespace {
 #include "rows/hsv.inl"
 #include "rows/cone_distance.inl"
 #include "rows/colour_selection.inl"
+#include "rows/planes_avx2.inl"
+#include "rows/colour_selection_avx2.inl"
 #include "rows/white_balance.inl"
 
 // tone
@@ -53,9 +55,9 @@ constexpr RowKernels kAvx512Rows = {
     .box_row_32 = box_row_32,
 
     // colour
-    .draw_selection = draw_selection,
-    .replace_colour = replace_colour,
-    .accent_colour = accent_colour,
+    .draw_selection = draw_selection_avx2,
+    .replace_colour = replace_colour_avx2,
+    .accent_colour = accent_colour_avx2,
     .balance_white = balance_white,
 
     // tone

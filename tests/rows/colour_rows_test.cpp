@@ -1,0 +1,173 @@
+// The rows of colour on every table against the plain ones: every count and several offsets, in place
+// and apart, against guard pages; and all colours there are.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "colour/colour_distance.h"
+#include "colour/colour_temperature.h"
+#include "colour/linear_light.h"
+#include "colour/replace_colour.h"
+#include "support/rows.h"
+
+namespace {
+
+using roxe::ColourSelection;
+using roxe::ColourShift;
+using roxe::RowKernels;
+
+using RunRow = std::function<void(const RowKernels&, const uint8_t*, uint8_t*, int32_t)>;
+struct Setting {
+  std::string name;
+  RunRow run;
+};
+
+Setting Mask(const ColourSelection& selection) {
+  std::vector<int32_t> weight(256);
+  roxe::create_blur_table(weight.data(), 256, selection.limit);
+  std::vector<uint8_t> level;
+  for (const int32_t w : weight) level.push_back(static_cast<uint8_t>((w * 255) >> 16));
+  return {"mask", [=](const RowKernels& rows, const uint8_t* src, uint8_t* dst, int32_t count) {
+            rows.draw_selection(selection, level.data(), src, dst, count);
+          }};
+}
+
+Setting Accent(const ColourSelection& selection) {
+  return {"accent", [=](const RowKernels& rows, const uint8_t* src, uint8_t* dst, int32_t count) {
+            rows.accent_colour(selection, src, dst, count);
+          }};
+}
+
+Setting Replacement(const ColourSelection& selection, int32_t hue, int32_t saturation,
+                    int32_t value) {
+  ColourShift shift = {hue, saturation, value, {}};
+  roxe::create_blur_table(shift.weight, 256, selection.limit);
+  return {"replacement",
+          [=](const RowKernels& rows, const uint8_t* src, uint8_t* dst, int32_t count) {
+            rows.replace_colour(selection, shift, src, dst, count);
+          }};
+}
+
+// Colours of all kinds: a limit of 1 and the largest one, greys, dark and pure references.
+std::vector<Setting> Selections() {
+  std::vector<Setting> settings;
+  for (const uint32_t limit : {1u, 2u, 16u, 81u, 128u, 129u, 201u})
+    for (const uint32_t colour : {0x3c5ab4u, 0x0000ffu, 0x00ff00u, 0x808080u, 0x030102u}) {
+      const ColourSelection selection =
+          roxe::colours_near(colour >> 16, (colour >> 8) & 255, colour & 255, limit);
+      settings.push_back(Mask(selection));
+      settings.push_back(Accent(selection));
+      settings.push_back(Replacement(selection, 40, 25, 12));
+      settings.push_back(Replacement(selection, 359, -255, -60));
+    }
+  return settings;
+}
+
+std::vector<Setting> LargeShifts() {
+  const ColourSelection selection = roxe::colours_near(60, 90, 180, 201);
+  return {Replacement(selection, 0, 32767, -32767),
+          Replacement(selection, 180, -32767, 32767),
+          Replacement(selection, 0, 32768, 0),
+          Replacement(selection, 0, 0, INT32_MIN),
+          Replacement(selection, INT32_MAX, INT32_MAX, INT32_MAX),
+          Replacement(selection, -1, INT32_MIN, 3)};
+}
+
+// Bytes of which some neighbours are alike, as in pictures: whole vectors inside and outside.
+void MakeScene(std::mt19937& random, uint8_t* bytes, int32_t pixels) {
+  uint32_t colour = random();
+  for (int32_t i = 0; i < pixels; ++i) {
+    if (random() % 24 == 0) colour = random();
+    const uint32_t grain = random();
+    for (int32_t c = 0; c < 3; ++c)
+      bytes[3 * i + c] =
+          static_cast<uint8_t>((colour >> (8 * c)) ^ ((grain >> (8 * c)) & (colour >> 28)));
+  }
+}
+
+void ExpectSameOnEveryTable(const Setting& setting, int32_t count, std::mt19937& random) {
+  const size_t size = 3 * static_cast<size_t>(count);
+  const GuardedMemory src(size), expected(size);
+  MakeScene(random, src.data(), count);
+  setting.run(roxe::kPlainRows, src.data(), expected.data(), count);
+  for (const RowKernels* rows : RunnableTables()) {
+    const RandomBytes dst(random, size), in_place(random, size);
+    setting.run(*rows, src.data(), dst.data(), count);
+    ASSERT_EQ(Bytes(dst), Bytes(expected)) << setting.name << ' ' << rows->name << ' ' << count;
+    if (count > 0) std::memcpy(in_place.data(), src.data(), size);
+    setting.run(*rows, in_place.data(), in_place.data(), count);
+    ASSERT_EQ(Bytes(in_place), Bytes(expected))
+        << setting.name << ' ' << rows->name << " in place " << count;
+  }
+}
+
+void ExpectSameAtEveryOffset(const Setting& setting, std::mt19937& random) {
+  constexpr int32_t kCount = 130;
+  for (size_t offset = 0; offset < 64; offset += 7) {
+    const RandomBytes src(random, 3 * kCount + offset);
+    std::vector<uint8_t> expected(src.size(), 77);
+    setting.run(roxe::kPlainRows, src.data() + offset, expected.data() + offset, kCount);
+    for (const RowKernels* rows : RunnableTables()) {
+      const GuardedMemory dst(src.size());
+      std::fill_n(dst.data(), dst.size(), static_cast<uint8_t>(77));
+      // The end of GuardedMemory is where a page begins: the start moves with the offset.
+      setting.run(*rows, src.data() + offset, dst.data() + offset, kCount);
+      ASSERT_EQ(Bytes(dst), expected) << setting.name << ' ' << rows->name << ' ' << offset;
+    }
+  }
+}
+
+// A page is unmapped before the first byte as well: rows of whole pages begin there.
+void ExpectSameAtTheStartOfAPage(const Setting& setting, std::mt19937& random) {
+  constexpr int32_t kCount = 4096;
+  ExpectSameOnEveryTable(setting, kCount, random);
+}
+
+void ExpectSame(const std::vector<Setting>& settings) {
+  std::mt19937 random(41);
+  for (const Setting& setting : settings) {
+    for (int32_t count = 0; count <= kLongestTestRow; ++count)
+      ExpectSameOnEveryTable(setting, count, random);
+    ExpectSameOnEveryTable(setting, 1000, random);
+    ExpectSameAtEveryOffset(setting, random);
+    ExpectSameAtTheStartOfAPage(setting, random);
+  }
+}
+
+// Every colour once, in an order in which neighbours are alike.
+void ExpectSameForAllColours(const std::vector<Setting>& settings) {
+  constexpr int32_t kCount = 1 << 16;
+  std::vector<uint8_t> src(3 * kCount), expected(src.size()), actual(src.size());
+  for (uint32_t blue = 0; blue < 256; ++blue) {
+    for (uint32_t i = 0; i < kCount; ++i) {
+      src[3 * i] = static_cast<uint8_t>(blue);
+      src[3 * i + 1] = static_cast<uint8_t>(i >> 8);
+      src[3 * i + 2] = static_cast<uint8_t>(i);
+    }
+    for (const Setting& setting : settings) {
+      setting.run(roxe::kPlainRows, src.data(), expected.data(), kCount);
+      for (const RowKernels* rows : RunnableTables()) {
+        if (rows == &roxe::kPlainRows) continue;
+        setting.run(*rows, src.data(), actual.data(), kCount);
+        ASSERT_TRUE(actual == expected) << setting.name << ' ' << rows->name << ' ' << blue;
+      }
+    }
+  }
+}
+
+TEST(ColourRows, SelectionsAreTheSameOnEveryTable) { ExpectSame(Selections()); }
+
+TEST(ColourRows, LargeShiftsAreTheSameOnEveryTable) { ExpectSame(LargeShifts()); }
+
+TEST(ExhaustiveColourRows, SelectionsOfAllColours) {
+  const ColourSelection orange = roxe::colours_near(60, 90, 180, 81);
+  const ColourSelection sky = roxe::colours_near(230, 180, 90, 201);
+  ExpectSameForAllColours({Mask(orange), Accent(orange), Replacement(orange, 40, 25, 12), Mask(sky),
+                           Accent(sky), Replacement(sky, 300, -25, 30)});
+}
+
+}  // namespace

@@ -1,12 +1,5 @@
 // Rows in lanes by byte transposes, and 16-bit sums and their windows in registers.
 
-static inline __m256i load_256(const void* p) {
-  return _mm256_loadu_si256(static_cast<const __m256i*>(p));
-}
-static inline void store_256(void* p, __m256i v) {
-  _mm256_storeu_si256(static_cast<__m256i*>(p), v);
-}
-
 // Transposes two 16 x 16 matrices of bytes, one in each half of the vectors.
 static inline void transpose_16x16(__m256i v[16]) {
   __m256i t[16];

@@ -15,12 +15,6 @@ struct SelectionBlock {
   alignas(32) uint16_t turn[kSelectionBlock];       // degrees between the hue and the reference
 };
 
-static inline __m256i load_256(const void* p) {
-  return _mm256_loadu_si256(static_cast<const __m256i*>(p));
-}
-static inline void store_256(void* p, __m256i v) {
-  _mm256_storeu_si256(static_cast<__m256i*>(p), v);
-}
 static inline __m256i all_bytes(int32_t x) { return _mm256_set1_epi8(static_cast<char>(x)); }
 static inline __m256i all_words(int32_t x) { return _mm256_set1_epi16(static_cast<short>(x)); }
 static inline __m256i low_words(__m256i bytes) {

@@ -7,6 +7,7 @@
 namespace roxe {
 namespace {
 
+#include "rows/vectors_avx2.inl"
 #include "rows/transpose_avx2.inl"
 #include "rows/byte_table.inl"
 #include "rows/byte_table_avx2.inl"

@@ -171,7 +171,8 @@ void write_file(const std::string& path, const Bytes& bytes) {
     throw Failure(path + ": cannot be written (" + reason() + ")");
 }
 
-void clean_up_when_interrupted() {
+void prepare_for_signals() {
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that would grow too large is an error of write()
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     struct sigaction old;
     // A program started with nohup goes on ignoring the signal.

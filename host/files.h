@@ -17,8 +17,9 @@ void check_writable(const std::string& path);
 // Writes a temporary file next to the target and renames it. A symbolic link is followed.
 void write_file(const std::string& path, const Bytes& bytes);
 
-// From now on an interrupted program takes its temporary files away before it ends.
-void clean_up_when_interrupted();
+// From now on an interrupted program takes its temporary files away before it ends, and a limit on
+// the size of files makes write_file fail instead of ending the program.
+void prepare_for_signals();
 
 }  // namespace host
 

@@ -249,7 +249,7 @@ bool write(Compressor& compressor, const Picture& picture, bool grey, int qualit
 Decoded decode_jpeg(const Bytes& file, Notes& notes) {
   Decompressor decompressor;
   const auto refusal = [&] {
-    return Failure(std::string("the JPEG is damaged or incomplete (") +
+    return Failure(std::string("the JPEG is damaged, incomplete or of a rare kind (") +
                    decompressor.errors.message + ")");
   };
   if (!read_header(decompressor, file.data(), file.size())) throw refusal();

@@ -203,7 +203,7 @@ int run(int argc, char** argv) {
 }  // namespace host
 
 int main(int argc, char** argv) {
-  host::clean_up_when_interrupted();
+  host::prepare_for_signals();
   try {
     return host::run(argc, argv);
   } catch (const host::UsageError& error) {

@@ -261,8 +261,8 @@ Decoded decode_png(const Bytes& file, Colour background, Notes& notes) {
   reader.progress.data = file.data();
   reader.progress.size = file.size();
   const auto refusal = [&] {
-    return Failure(std::string("the PNG is damaged or incomplete (") + reader.progress.message +
-                   ")");
+    return Failure(std::string("the PNG is damaged, incomplete or of a rare kind (") +
+                   reader.progress.message + ")");
   };
   if (!read_header(reader)) throw refusal();
   const png_byte colour_type = png_get_color_type(reader.png, reader.info);

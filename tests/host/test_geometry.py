@@ -106,7 +106,7 @@ class Straighten(ToolTest):
         """The first things that go wrong in practice."""
         with open(photo("sunset-tilted-horizon.jpg"), "rb") as file:
             self.write("cut.jpg", file.read()[:300_000])
-        self.refuse(1, "damaged or incomplete", "straighten", "cut.jpg", "out.jpg", "--line",
+        self.refuse(1, "damaged, incomplete or of a rare kind", "straighten", "cut.jpg", "out.jpg", "--line",
                     "70,1430,4200,1250")
 
 

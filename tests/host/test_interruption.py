@@ -1,6 +1,7 @@
 """An interrupted run leaves the old file or the new one."""
 
 import os
+import resource
 import signal
 import subprocess
 import time
@@ -36,6 +37,11 @@ class Interruption(ToolTest):
                         os.unlink(self.path(name))
                 else:
                     self.assertEqual(names, [])
+
+    def test_no_space_for_the_result(self):
+        self.write("out.jpg", b"old")
+        self.refuse(1, "out.jpg: cannot be written (File too large)", *self.COMMAND,
+                    preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (9999, 9999)))
 
     def test_a_failed_run_leaves_the_old_file(self):
         self.write("out.jpg", b"old")

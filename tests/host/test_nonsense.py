@@ -44,7 +44,7 @@ class Inputs(ToolTest):
         for name in ("spices.jpg", "coffee-cup.png"):
             with open(photo(name), "rb") as file:
                 content = file.read()
-            self.refuse_file("damaged or incomplete", content[:len(content) // 2], name)
+            self.refuse_file("damaged, incomplete or of a rare kind", content[:len(content) // 2], name)
 
     def test_damaged_bytes_never_crash(self):
         chance = random.Random(7)
@@ -101,7 +101,7 @@ class Inputs(ToolTest):
         self.refuse_file("its header is damaged", b"P6 5 5 255x" + bytes(75))
         self.refuse_file("the file ends early", b"P6 5 5 255")
         self.refuse_file("above the largest value", b"P2 1 1 10\n11\n")
-        self.refuse_file("damaged or incomplete", b"\xff\xd8\xff")
+        self.refuse_file("damaged, incomplete or of a rare kind", b"\xff\xd8\xff")
 
     def test_cyan_magenta_yellow_black(self):
         self.refuse_file("a CMYK JPEG cannot be edited", CMYK_JPEG)

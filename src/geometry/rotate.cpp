@@ -74,6 +74,7 @@ void RotateImage_RGB24(const PixelArray& src, PixelArray& dst, const float* map)
   const int64_t rows_ahead = is_steeper(walk, 0.25f) ? 24 : 16;
   walk.ahead =
       (rows_ahead * row_step_y >> 16) * walk.src_stride + (rows_ahead * row_step_x >> 16) * 3;
+  walk.dst_ahead = ptrdiff_t{4} * dst.rowBytes;
   const bool is_steep = is_steeper(walk, 1.5f);
 
   for (int32_t x = 0; x < columns; x += strip) {

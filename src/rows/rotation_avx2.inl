@@ -111,25 +111,62 @@ static inline Corners8 load_side_by_side(const uint8_t* src, ptrdiff_t stride) {
            pick(_mm256_alignr_epi8(last, first, 14), 0), pick(last, 4)}};
 }
 
-// Eight pixels of 24 bits in the low 12 bytes of each half; x and y hold their positions in 16.16.
-static inline __m256i mix_8_pixels(const Corners8& corners, __m256i x, __m256i y) {
-  const __m256i second_bytes =
-      in_both_halves(_mm_setr_epi8(1, 1, -1, -1, 5, 5, -1, -1, 9, 9, -1, -1, 13, 13, -1, -1));
-  // Low words: 255 - weight, weight.
-  const __m256i down =
-      _mm256_xor_si256(_mm256_shuffle_epi8(y, second_bytes), _mm256_set1_epi32(0x000000ff));
-  // 256 - weight, weight.
-  const __m256i weight = _mm256_and_si256(_mm256_srli_epi32(x, 8), _mm256_set1_epi32(255));
-  const __m256i across = _mm256_add_epi32(_mm256_sub_epi32(_mm256_slli_epi32(weight, 16), weight),
-                                          _mm256_set1_epi32(256));
-  const auto down_of = [&](char k) {
-    const __m256i low_word = _mm256_set1_epi16(static_cast<short>(4 * k + ((4 * k + 1) << 8)));
-    return _mm256_shuffle_epi8(down, low_word);
+constexpr int32_t kRotationStretch = 512;  // pixels whose positions are computed before sampling
+
+// What sampling needs of each pixel of a stretch.
+struct StretchPositions {
+  alignas(64) int32_t offsets[kRotationStretch];  // in bytes from the first pixel
+  alignas(64) uint32_t down[kRotationStretch];    // bytes 255 - weight, weight, twice
+  alignas(64) uint32_t across[kRotationStretch];  // words 256 - weight, weight
+};
+
+// Positions are relative to the first pixel, so that they fit 32 bits. Fills whole vectors.
+static void fill_positions(const RotationWalk& walk, int32_t count, StretchPositions& at) {
+  const __m256i lane = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
+  const __m256i stride = _mm256_set1_epi32(static_cast<int32_t>(walk.src_stride));
+  const __m256i step_x = _mm256_set1_epi32(8 * walk.step_x);
+  const __m256i step_y = _mm256_set1_epi32(8 * walk.step_y);
+  const auto first = [&](int32_t fraction, int32_t step) {
+    return _mm256_add_epi32(_mm256_set1_epi32(fraction),
+                            _mm256_mullo_epi32(lane, _mm256_set1_epi32(step)));
   };
-  const __m256i p0 = mix_2_pixels(corners.pixel[0], down_of(0), _mm256_shuffle_epi32(across, 0x00));
-  const __m256i p1 = mix_2_pixels(corners.pixel[1], down_of(1), _mm256_shuffle_epi32(across, 0x55));
-  const __m256i p2 = mix_2_pixels(corners.pixel[2], down_of(2), _mm256_shuffle_epi32(across, 0xaa));
-  const __m256i p3 = mix_2_pixels(corners.pixel[3], down_of(3), _mm256_shuffle_epi32(across, 0xff));
+  // The weight is the second byte of a position.
+  const __m256i in_each_byte =
+      in_both_halves(_mm_setr_epi8(1, 1, 1, 1, 5, 5, 5, 5, 9, 9, 9, 9, 13, 13, 13, 13));
+  const __m256i in_each_word =
+      in_both_halves(_mm_setr_epi8(1, -1, 1, -1, 5, -1, 5, -1, 9, -1, 9, -1, 13, -1, 13, -1));
+  const auto store = [](void* p, __m256i v) { _mm256_store_si256(static_cast<__m256i*>(p), v); };
+  __m256i x = first(walk.x.fraction, walk.step_x), y = first(walk.y.fraction, walk.step_y);
+  for (int32_t i = 0; i < count; i += 8) {
+    const __m256i column = _mm256_srai_epi32(x, 16), row = _mm256_srai_epi32(y, 16);
+    const __m256i three = _mm256_add_epi32(column, _mm256_add_epi32(column, column));
+    store(at.offsets + i, _mm256_add_epi32(_mm256_mullo_epi32(row, stride), three));
+    store(at.down + i,
+          _mm256_xor_si256(_mm256_shuffle_epi8(y, in_each_byte), _mm256_set1_epi32(0x00ff00ff)));
+    const __m256i minus_and_plus = _mm256_set1_epi32(0x0001ffff);
+    store(at.across + i,
+          _mm256_add_epi16(_mm256_sign_epi16(_mm256_shuffle_epi8(x, in_each_word), minus_and_plus),
+                           _mm256_set1_epi32(256)));
+    x = _mm256_add_epi32(x, step_x);
+    y = _mm256_add_epi32(y, step_y);
+  }
+}
+
+static inline __m256i load_8(const uint32_t* p) {
+  return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+}
+
+// Pixels i ... i + 7 of 24 bits in the low 12 bytes of each half.
+static inline __m256i mix_8_pixels(const Corners8& corners, const StretchPositions& at, int32_t i) {
+  const __m256i down = load_8(at.down + i), across = load_8(at.across + i);
+  const __m256i p0 = mix_2_pixels(corners.pixel[0], _mm256_shuffle_epi32(down, 0x00),
+                                  _mm256_shuffle_epi32(across, 0x00));
+  const __m256i p1 = mix_2_pixels(corners.pixel[1], _mm256_shuffle_epi32(down, 0x55),
+                                  _mm256_shuffle_epi32(across, 0x55));
+  const __m256i p2 = mix_2_pixels(corners.pixel[2], _mm256_shuffle_epi32(down, 0xaa),
+                                  _mm256_shuffle_epi32(across, 0xaa));
+  const __m256i p3 = mix_2_pixels(corners.pixel[3], _mm256_shuffle_epi32(down, 0xff),
+                                  _mm256_shuffle_epi32(across, 0xff));
   const __m256i bytes = _mm256_packs_epi16(upper_words(p0, p1), upper_words(p2, p3));
   const __m256i pixel_order =
       in_both_halves(_mm_setr_epi8(0, 2, 4, 1, 3, 5, 8, 10, 12, 9, 11, 13, -1, -1, -1, -1));
@@ -154,71 +191,57 @@ static inline void store_24_bytes_of_28(uint8_t* dst, __m256i v) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 12), _mm256_extracti128_si256(v, 1));
 }
 
-constexpr int32_t kRotationStretch = 512;  // pixels whose offsets are computed before sampling
+// Above 8 degrees pixels that make a vector seldom lie in one row of the source.
+static bool is_nearly_level(const RotationWalk& walk) {
+  return walk.step_x > 0 && walk.step_y < 9216 && walk.step_y > -9216;
+}
 
-// Samples count pixels, 8 ... kRotationStretch and all inside the source.
+// Samples count pixels, at most kRotationStretch and all inside the source.
 static void rotate_stretch(const RotationWalk& walk, uint8_t* dst, int32_t count) {
-  // Positions and offsets are relative to the first pixel, so that they fit 32 bits.
+  if (count < 8) {
+    rotate(walk, dst, count);
+    return;
+  }
   const uint8_t* src = walk.src + walk.y.whole * walk.src_stride + 3 * ptrdiff_t{walk.x.whole};
-  const __m256i lane = _mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7);
-  const auto positions = [&](int32_t fraction, int32_t step, int32_t i) {
-    return _mm256_add_epi32(_mm256_set1_epi32(fraction + i * step),
-                            _mm256_mullo_epi32(lane, _mm256_set1_epi32(step)));
-  };
-  const __m256i step_x = _mm256_set1_epi32(8 * walk.step_x);
-  const __m256i step_y = _mm256_set1_epi32(8 * walk.step_y);
-
-  // All offsets first: sampling at once would wait for eight of them to be stored and loaded.
-  int32_t offsets[kRotationStretch];
-  __m256i x = positions(walk.x.fraction, walk.step_x, 0);
-  __m256i y = positions(walk.y.fraction, walk.step_y, 0);
-  const __m256i stride = _mm256_set1_epi32(static_cast<int32_t>(walk.src_stride));
-  for (int32_t i = 0; i < count; i += 8) {
-    const __m256i column = _mm256_srai_epi32(x, 16), row = _mm256_srai_epi32(y, 16);
-    const __m256i three = _mm256_add_epi32(column, _mm256_add_epi32(column, column));
-    const __m256i offset = _mm256_add_epi32(_mm256_mullo_epi32(row, stride), three);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(offsets + i), offset);
-    x = _mm256_add_epi32(x, step_x);
-    y = _mm256_add_epi32(y, step_y);
-  }
-
-  // Above 8 degrees eight pixels seldom lie in one row of the source.
-  const bool nearly_level = walk.step_x > 0 && walk.step_y < 9216 && walk.step_y > -9216;
+  const ptrdiff_t stride = walk.src_stride, ahead = walk.ahead, dst_ahead = walk.dst_ahead;
+  const int32_t ahead_lane = walk.ahead_lane;
+  const bool nearly_level = is_nearly_level(walk);
+  // All positions first: sampling at once would wait for eight offsets to be stored and loaded.
+  StretchPositions at;
+  fill_positions(walk, count, at);
   const auto eight_pixels = [&](int32_t i) __attribute__((always_inline)) {
-    const int32_t* at = offsets + i;
-    _mm_prefetch(src + walk.ahead + at[walk.ahead_lane], _MM_HINT_T0);
-    const Corners8 corners = nearly_level && at[7] - at[0] == 21
-                                 ? load_side_by_side(src + at[0], walk.src_stride)
-                                 : load_apart(src, walk.src_stride, at);
-    return mix_8_pixels(corners, x, y);
+    const int32_t* offsets = at.offsets + i;
+    _mm_prefetch(src + ahead + offsets[ahead_lane], _MM_HINT_T0);
+    _mm_prefetch(dst + 3 * i + dst_ahead, _MM_HINT_T0);
+    const Corners8 corners = nearly_level && offsets[7] - offsets[0] == 21
+                                 ? load_side_by_side(src + offsets[0], stride)
+                                 : load_apart(src, stride, offsets);
+    return mix_8_pixels(corners, at, i);
   };
-  x = positions(walk.x.fraction, walk.step_x, 0);
-  y = positions(walk.y.fraction, walk.step_y, 0);
   int32_t i = 0;
-  for (; i + 16 <= count; i += 8) {
-    store_24_bytes_of_28(dst + 3 * i, eight_pixels(i));
-    x = _mm256_add_epi32(x, step_x);
-    y = _mm256_add_epi32(y, step_y);
-  }
+  for (; i + 16 <= count; i += 8) store_24_bytes_of_28(dst + 3 * i, eight_pixels(i));
   store_24_bytes(dst + 3 * i, eight_pixels(i));
-  // The last eight once more, with those of the pixels before that they share.
-  x = positions(walk.x.fraction, walk.step_x, count - 8);
-  y = positions(walk.y.fraction, walk.step_y, count - 8);
+  // The last eight, again with those before that they share.
   store_24_bytes(dst + 3 * (count - 8), eight_pixels(count - 8));
 }
 
-static void rotate_avx2(const RotationWalk& walk, uint8_t* dst, int32_t count) {
+// Cuts what lies inside the source into stretches. Rows so long that the bytes of a stretch of them
+// exceed 32 bits are left to the plain row.
+static void rotate_in_stretches(const RotationWalk& walk, uint8_t* dst, int32_t count,
+                                void (*sample)(const RotationWalk&, uint8_t*, int32_t)) {
+  constexpr ptrdiff_t kLongestRow = 1 << 21;
   const RowRange inside = inside_of_source(walk, count);
-  constexpr ptrdiff_t kLongestRow = 1 << 21;  // times a stretch, bytes fit 32 bits
   for (int64_t i = inside.first; i < inside.last; i += kRotationStretch) {
     const int64_t left = inside.last - i;
-    const int32_t pixels = static_cast<int32_t>(left < kRotationStretch ? left : kRotationStretch);
     RotationWalk stretch = walk;
     stretch.x = advanced(walk.x, walk.step_x, static_cast<int32_t>(i));
     stretch.y = advanced(walk.y, walk.step_y, static_cast<int32_t>(i));
-    if (pixels < 8 || walk.src_stride > kLongestRow)
-      rotate(stretch, dst + 3 * i, pixels);
-    else
-      rotate_stretch(stretch, dst + 3 * i, pixels);
+    (walk.src_stride <= kLongestRow ? sample : rotate)(
+        stretch, dst + 3 * i,
+        static_cast<int32_t>(left < kRotationStretch ? left : kRotationStretch));
   }
+}
+
+[[maybe_unused]] static void rotate_avx2(const RotationWalk& walk, uint8_t* dst, int32_t count) {
+  rotate_in_stretches(walk, dst, count, rotate_stretch);
 }

@@ -46,9 +46,10 @@ struct RotationWalk {
   int32_t src_columns, src_rows;
   FixedCoordinate x, y;
   int32_t step_x, step_y;
-  // Hints: from a sampled source pixel to one that will be needed some rows later, and which one of
-  // eight neighbouring pixels to fetch ahead from.
-  ptrdiff_t ahead;
+  // Hints for fetching ahead: from a sampled source pixel to one that is needed some rows later, from
+  // a destination pixel to one that is written some rows later (bytes; 0: none), and which one of
+  // eight neighbouring source pixels to go by.
+  ptrdiff_t ahead, dst_ahead;
   int32_t ahead_lane;
 };
 

@@ -17,6 +17,7 @@ namespace {
 #include "rows/rotation.inl"
 #include "rows/rotation_avx2.inl"
 #include "rows/projective_avx2.inl"
+#include "rows/rotation_avx512.inl"
 
 // blur
 #include "rows/blend_masked.inl"
@@ -45,7 +46,7 @@ constexpr RowKernels kAvx512Rows = {
     .look_up_bgr = look_up_bgr_avx512,
 
     // geometry
-    .rotate = rotate_avx2,
+    .rotate = rotate_avx512,
     .resample_band = resample_band_avx2,
 
     // blur

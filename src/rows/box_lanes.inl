@@ -107,7 +107,7 @@ static void box_row(const BoxRow<Sum>& box, const uint8_t* entering, const uint8
   box_row<int16_t, move_sums, window_means>(box, entering, leaving, dst);
 }
 
-static void box_row_32(const BoxRow<uint32_t>& box, const uint8_t* entering, const uint8_t* leaving,
-                       uint8_t* dst) {
+[[maybe_unused]] static void box_row_32(const BoxRow<uint32_t>& box, const uint8_t* entering,
+                                        const uint8_t* leaving, uint8_t* dst) {
   box_row<uint32_t, move_sums, window_means>(box, entering, leaving, dst);
 }

@@ -1,5 +1,9 @@
 // Rows in lanes by byte transposes, and 16-bit sums and their windows in registers.
 
+static inline __m128i load_64(const void* p) {
+  return _mm_loadl_epi64(static_cast<const __m128i*>(p));
+}
+
 // Transposes two 16 x 16 matrices of bytes, one in each half of the vectors.
 static inline void transpose_16x16(__m256i v[16]) {
   __m256i t[16];
@@ -128,37 +132,85 @@ static inline __m256i means(Lanes16 window, Lanes16 multiplier) {
                              _mm256_srli_epi32(_mm256_mullo_epi32(window.b, multiplier.b), 23));
 }
 
+// The 32 means of a column in the order of their bytes.
+static inline __m256i means(Lanes16 low, Lanes16 high, Lanes16 multiplier_low,
+                            Lanes16 multiplier_high) {
+  return _mm256_packus_epi16(means(low, multiplier_low), means(high, multiplier_high));
+}
+
 static void window_means_avx2(const BoxRun& run, const int16_t* sums, uint32_t* window,
                               const uint32_t (*multipliers)[kLanes], uint8_t* dst) {
   const int16_t *entering = sums + run.entering, *leaving = sums + run.leaving;
   Lanes16 low = load_lanes(window), high = load_lanes(window + 16);
-  if (run.same_multipliers) {
-    const Lanes16 multiplier_low = load_lanes(*multipliers);
-    const Lanes16 multiplier_high = load_lanes(*multipliers + 16);
-    for (int32_t x = 0; x < run.count; ++x) {
-      move_window(low, entering, leaving);
-      move_window(high, entering + 16, leaving + 16);
-      store_256(dst, _mm256_packus_epi16(means(low, multiplier_low), means(high, multiplier_high)));
-      entering += kSumsStep;
-      leaving += kSumsStep;
-      dst += kLanes;
+  Lanes16 multiplier_low = load_lanes(*multipliers),
+          multiplier_high = load_lanes(*multipliers + 16);
+  for (int32_t x = 0; x < run.count; ++x) {
+    if (!run.same_multipliers) {
+      multiplier_low = load_lanes(multipliers[x]);
+      multiplier_high = load_lanes(multipliers[x] + 16);
     }
-  } else {
-    for (int32_t x = 0; x < run.count; ++x) {
-      move_window(low, entering, leaving);
-      move_window(high, entering + 16, leaving + 16);
-      store_256(dst, _mm256_packus_epi16(means(low, load_lanes(multipliers[x])),
-                                         means(high, load_lanes(multipliers[x] + 16))));
-      entering += kSumsStep;
-      leaving += kSumsStep;
-      dst += kLanes;
-    }
+    move_window(low, entering, leaving);
+    move_window(high, entering + 16, leaving + 16);
+    store_256(dst, means(low, high, multiplier_low, multiplier_high));
+    entering += kSumsStep;
+    leaving += kSumsStep;
+    dst += kLanes;
   }
   store_lanes(window, low);
   store_lanes(window + 16, high);
 }
 
+static void move_sums_avx2(const uint8_t* entering, const uint8_t* leaving, uint32_t* sums,
+                           int32_t count, uint32_t* total) {
+  __m256i totals[4];
+  for (int32_t i = 0; i < 4; ++i) totals[i] = load_256(total + 8 * i);
+  for (int32_t x = 0; x < count; ++x) {
+    for (int32_t i = 0; i < 4; ++i) {
+      const int32_t byte = byte_of_lane(8 * i);
+      const __m256i change = _mm256_sub_epi32(_mm256_cvtepu8_epi32(load_64(entering + byte)),
+                                              _mm256_cvtepu8_epi32(load_64(leaving + byte)));
+      store_256(sums + 8 * i, _mm256_add_epi32(load_256(sums + 8 * i), change));
+      totals[i] = _mm256_add_epi32(totals[i], change);
+    }
+    entering += kLanes;
+    leaving += kLanes;
+    sums += kSumsStep;
+  }
+  for (int32_t i = 0; i < 4; ++i) store_256(total + 8 * i, totals[i]);
+}
+
+static void window_means_avx2(const BoxRun& run, const uint32_t* sums, uint32_t* window,
+                              const uint32_t (*multipliers)[kLanes], uint8_t* dst) {
+  const uint32_t *entering = sums + run.entering, *leaving = sums + run.leaving;
+  const __m256i order = _mm256_setr_epi32(0, 4, 2, 6, 1, 5, 3, 7);  // after packing in halves
+  __m256i windows[4], multiplier[4];
+  for (int32_t i = 0; i < 4; ++i) windows[i] = load_256(window + 8 * i);
+  for (int32_t i = 0; i < 4; ++i) multiplier[i] = load_256(*multipliers + 8 * i);
+  for (int32_t x = 0; x < run.count; ++x) {
+    if (!run.same_multipliers)
+      for (int32_t i = 0; i < 4; ++i) multiplier[i] = load_256(multipliers[x] + 8 * i);
+    __m256i mean[4];
+    for (int32_t i = 0; i < 4; ++i) {
+      windows[i] = _mm256_add_epi32(
+          windows[i], _mm256_sub_epi32(load_256(entering + 8 * i), load_256(leaving + 8 * i)));
+      mean[i] = _mm256_srli_epi32(_mm256_mullo_epi32(windows[i], multiplier[i]), 23);
+    }
+    const __m256i packed = _mm256_packus_epi16(_mm256_packus_epi32(mean[0], mean[1]),
+                                               _mm256_packus_epi32(mean[2], mean[3]));
+    store_256(dst, _mm256_permutevar8x32_epi32(packed, order));
+    entering += kSumsStep;
+    leaving += kSumsStep;
+    dst += kLanes;
+  }
+  for (int32_t i = 0; i < 4; ++i) store_256(window + 8 * i, windows[i]);
+}
+
 static void box_row_16_avx2(const BoxRow<int16_t>& box, const uint8_t* entering,
                             const uint8_t* leaving, uint8_t* dst) {
   box_row<int16_t, move_sums_avx2, window_means_avx2>(box, entering, leaving, dst);
+}
+
+static void box_row_32_avx2(const BoxRow<uint32_t>& box, const uint8_t* entering,
+                            const uint8_t* leaving, uint8_t* dst) {
+  box_row<uint32_t, move_sums_avx2, window_means_avx2>(box, entering, leaving, dst);
 }

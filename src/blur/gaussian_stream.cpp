@@ -149,13 +149,22 @@ void GaussianStream::set_multipliers(const Pass& pass, int32_t rows) const {
     const int64_t pixels = length * rows;
     pass.reciprocals[length] = pixels > 8388608 ? 0 : 8388608 / static_cast<uint32_t>(pixels);
   }
-  int64_t column = 0;
-  for (int32_t k = 0; k < kLanes; ++k)
-    for (int32_t x = 0; x < columns_; ++x, ++column) {
+  std::fill_n(&pass.multipliers[0][0], columns_ * ptrdiff_t{kLanes}, pass.reciprocals[longest]);
+
+  const auto set = [&](int64_t column, uint32_t multiplier) {
+    pass.multipliers[column % columns_][column / columns_] = multiplier;
+  };
+  const auto set_clipped = [&](int64_t begin, int64_t end) {
+    for (int64_t column = begin; column < end; ++column) {
       const int64_t first = std::max<int64_t>(0, column - pass.left);
       const int64_t last = std::min(width - 1, column + pass.right);
-      pass.multipliers[x][k] = column < width ? pass.reciprocals[last - first + 1] : 0;
+      set(column, pass.reciprocals[last - first + 1]);
     }
+  };
+  const int64_t left_end = std::min<int64_t>(pass.left, width);
+  set_clipped(0, left_end);
+  set_clipped(std::max(left_end, width - pass.right), width);
+  for (int64_t column = width; column < int64_t{columns_} * kLanes; ++column) set(column, 0);
 }
 
 void GaussianStream::move_window(Pass& pass, uint8_t* dst) {
@@ -179,9 +188,11 @@ void GaussianStream::move_window(Pass& pass, uint8_t* dst) {
 void GaussianStream::produce(int32_t level, uint8_t* dst) {
   if (level == 0) {
     const size_t bytes = static_cast<size_t>(channels_) * static_cast<size_t>(picture_.width);
-    XRMemCpy(line_, row_of(picture_, passes_[0].entered), bytes);
+    const int32_t y = passes_[0].entered;
+    XRMemCpy(line_, row_of(picture_, y), bytes);
     XRMemSet(line_ + bytes, 0, row_size_ - bytes);
-    rows_.to_lanes(line_, dst, channels_, columns_);
+    const uint8_t* next = row_of(picture_, std::min(y + 1, picture_.height - 1));
+    rows_.to_lanes(line_, dst, channels_, columns_, next);
     return;
   }
   Pass& pass = passes_[level - 1];
@@ -195,9 +206,9 @@ void GaussianStream::produce(int32_t level, uint8_t* dst) {
   }
 }
 
-uint8_t* GaussianStream::next_row() {
+uint8_t* GaussianStream::next_row(const uint8_t* wanted) {
   produce(3, lanes_);
-  rows_.from_lanes(lanes_, line_, channels_, columns_);
+  rows_.from_lanes(lanes_, line_, channels_, columns_, wanted);
   return line_;
 }
 

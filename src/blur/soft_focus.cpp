@@ -88,9 +88,9 @@ int32_t soften_rows(const PixelArray& src, PixelArray& dst, const PixelArray* ma
 
   const RowKernels& rows = Rows();
   for (int32_t y = 0; y < dst.height; ++y) {
-    uint8_t* row = streamed ? blurred.next_row() : row_of(dst, y);
+    uint8_t* row = streamed ? blurred.next_row(row_of(dst, std::min(y + 1, dst.height - 1))) : row_of(dst, y);
     if (mask) {
-      const uint8_t* weights = blur_mask ? blurred_mask.next_row() : row_of(*mask, y);
+      const uint8_t* weights = blur_mask ? blurred_mask.next_row(row_of(src, y)) : row_of(*mask, y);
       rows.blend_masked(row_of(src, y), weights, row, dst.width);
     }
     if (streamed) XRMemCpy(row_of(dst, y), row, 3 * static_cast<size_t>(dst.width));

@@ -1,13 +1,15 @@
 // Rows in lanes, and the box blur that runs along them.
 
-static void to_lanes(const uint8_t* row, uint8_t* lanes, int32_t channels, int32_t columns) {
+static void to_lanes(const uint8_t* row, uint8_t* lanes, int32_t channels, int32_t columns,
+                     const uint8_t*) {
   for (int32_t c = 0; c < channels; ++c)
     for (ptrdiff_t x = 0; x < columns; ++x, lanes += kLanes)
       for (int32_t k = 0; k < kLanes; ++k)
         lanes[byte_of_lane(k)] = row[(k * ptrdiff_t{columns} + x) * channels + c];
 }
 
-static void from_lanes(const uint8_t* lanes, uint8_t* row, int32_t channels, int32_t columns) {
+static void from_lanes(const uint8_t* lanes, uint8_t* row, int32_t channels, int32_t columns,
+                       const uint8_t*) {
   for (int32_t c = 0; c < channels; ++c)
     for (ptrdiff_t x = 0; x < columns; ++x, lanes += kLanes)
       for (int32_t k = 0; k < kLanes; ++k)

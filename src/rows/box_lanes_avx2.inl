@@ -4,6 +4,15 @@ static inline __m128i load_64(const void* p) {
   return _mm_loadl_epi64(static_cast<const __m128i*>(p));
 }
 
+// Rows come from outer caches or memory, and no hardware follows them from page to page.
+constexpr int32_t kAhead = 1024;
+static inline void prefetch(const uint8_t* p) {
+  _mm_prefetch(reinterpret_cast<const char*>(p), _MM_HINT_T0);
+}
+static inline void prefetch_512(const uint8_t* row, ptrdiff_t at) {
+  for (int32_t line = 0; line < 512; line += 64) prefetch(row + at + line);
+}
+
 // Transposes two 16 x 16 matrices of bytes, one in each half of the vectors.
 static inline void transpose_16x16(__m256i v[16]) {
   __m256i t[16];
@@ -29,9 +38,11 @@ static inline ptrdiff_t place_of(ptrdiff_t i, ptrdiff_t columns) {
 }
 
 template <int32_t channels>
-static inline void to_lanes_of(const uint8_t* row, uint8_t* lanes, ptrdiff_t columns) {
+static inline void to_lanes_of(const uint8_t* row, uint8_t* lanes, ptrdiff_t columns,
+                               const uint8_t* next) {
   const ptrdiff_t stretch = channels * columns;
   for (ptrdiff_t at = 0; at < stretch; at += 16) {
+    prefetch_512(next, at * kLanes);
     const ptrdiff_t first = at + 16 <= stretch ? at : stretch - 16;  // the last block overlaps
     const uint8_t* from = row + first;
     __m256i v[16];
@@ -46,9 +57,11 @@ static inline void to_lanes_of(const uint8_t* row, uint8_t* lanes, ptrdiff_t col
 }
 
 template <int32_t channels>
-static inline void from_lanes_of(const uint8_t* lanes, uint8_t* row, ptrdiff_t columns) {
+static inline void from_lanes_of(const uint8_t* lanes, uint8_t* row, ptrdiff_t columns,
+                                 const uint8_t* next) {
   const ptrdiff_t stretch = channels * columns;
   for (ptrdiff_t at = 0; at < stretch; at += 16) {
+    prefetch_512(next, at * kLanes);
     const ptrdiff_t first = at + 16 <= stretch ? at : stretch - 16;
     uint8_t* to = row + first;
     __m256i v[16];
@@ -61,14 +74,18 @@ static inline void from_lanes_of(const uint8_t* lanes, uint8_t* row, ptrdiff_t c
   }
 }
 
-static void to_lanes_avx2(const uint8_t* row, uint8_t* lanes, int32_t channels, int32_t columns) {
-  if (channels * ptrdiff_t{columns} < 16) return to_lanes(row, lanes, channels, columns);
-  channels == 3 ? to_lanes_of<3>(row, lanes, columns) : to_lanes_of<1>(row, lanes, columns);
+static void to_lanes_avx2(const uint8_t* row, uint8_t* lanes, int32_t channels, int32_t columns,
+                          const uint8_t* next) {
+  if (channels * ptrdiff_t{columns} < 16) return to_lanes(row, lanes, channels, columns, next);
+  channels == 3 ? to_lanes_of<3>(row, lanes, columns, next)
+                : to_lanes_of<1>(row, lanes, columns, next);
 }
 
-static void from_lanes_avx2(const uint8_t* lanes, uint8_t* row, int32_t channels, int32_t columns) {
-  if (channels * ptrdiff_t{columns} < 16) return from_lanes(lanes, row, channels, columns);
-  channels == 3 ? from_lanes_of<3>(lanes, row, columns) : from_lanes_of<1>(lanes, row, columns);
+static void from_lanes_avx2(const uint8_t* lanes, uint8_t* row, int32_t channels, int32_t columns,
+                            const uint8_t* next) {
+  if (channels * ptrdiff_t{columns} < 16) return from_lanes(lanes, row, channels, columns, next);
+  channels == 3 ? from_lanes_of<3>(lanes, row, columns, next)
+                : from_lanes_of<1>(lanes, row, columns, next);
 }
 
 static inline void add_words(uint32_t* total, __m256i words) {
@@ -85,6 +102,7 @@ static void move_sums_avx2(const uint8_t* entering, const uint8_t* leaving, int1
     const int32_t block = count < 128 ? count : 128;  // 128 changes of 255 fit 16 bits
     __m256i total_low = _mm256_setzero_si256(), total_high = total_low;
     for (int32_t x = 0; x < block; ++x) {
+      prefetch(leaving + kAhead);
       const __m256i in = load_256(entering), out = load_256(leaving);
       const __m256i low = _mm256_maddubs_epi16(_mm256_unpacklo_epi8(in, out), difference);
       const __m256i high = _mm256_maddubs_epi16(_mm256_unpackhi_epi8(in, out), difference);
@@ -149,6 +167,7 @@ static void window_means_avx2(const BoxRun& run, const int16_t* sums, uint32_t* 
       multiplier_low = load_lanes(multipliers[x]);
       multiplier_high = load_lanes(multipliers[x] + 16);
     }
+    prefetch(dst + kAhead);
     move_window(low, entering, leaving);
     move_window(high, entering + 16, leaving + 16);
     store_256(dst, means(low, high, multiplier_low, multiplier_high));
@@ -165,6 +184,7 @@ static void move_sums_avx2(const uint8_t* entering, const uint8_t* leaving, uint
   __m256i totals[4];
   for (int32_t i = 0; i < 4; ++i) totals[i] = load_256(total + 8 * i);
   for (int32_t x = 0; x < count; ++x) {
+    prefetch(leaving + kAhead);
     for (int32_t i = 0; i < 4; ++i) {
       const int32_t byte = byte_of_lane(8 * i);
       const __m256i change = _mm256_sub_epi32(_mm256_cvtepu8_epi32(load_64(entering + byte)),
@@ -189,6 +209,7 @@ static void window_means_avx2(const BoxRun& run, const uint32_t* sums, uint32_t*
   for (int32_t x = 0; x < run.count; ++x) {
     if (!run.same_multipliers)
       for (int32_t i = 0; i < 4; ++i) multiplier[i] = load_256(multipliers[x] + 8 * i);
+    prefetch(dst + kAhead);
     __m256i mean[4];
     for (int32_t i = 0; i < 4; ++i) {
       windows[i] = _mm256_add_epi32(
@@ -205,8 +226,8 @@ static void window_means_avx2(const BoxRun& run, const uint32_t* sums, uint32_t*
   for (int32_t i = 0; i < 4; ++i) store_256(window + 8 * i, windows[i]);
 }
 
-static void box_row_16_avx2(const BoxRow<int16_t>& box, const uint8_t* entering,
-                            const uint8_t* leaving, uint8_t* dst) {
+[[maybe_unused]] static void box_row_16_avx2(const BoxRow<int16_t>& box, const uint8_t* entering,
+                                             const uint8_t* leaving, uint8_t* dst) {
   box_row<int16_t, move_sums_avx2, window_means_avx2>(box, entering, leaving, dst);
 }
 

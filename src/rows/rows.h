@@ -166,9 +166,11 @@ struct RowKernels {
   void (*blend_masked)(const uint8_t* src, const uint8_t* mask, uint8_t* dst, int32_t count);
 
   // Brings a row of 32 stretches of so many columns, packed pixels of 1 or 3 channels, into lanes,
-  // and back.
-  void (*to_lanes)(const uint8_t* row, uint8_t* lanes, int32_t channels, int32_t columns);
-  void (*from_lanes)(const uint8_t* lanes, uint8_t* row, int32_t channels, int32_t columns);
+  // and back. next is a row that will soon be read or written: a hint, never followed.
+  void (*to_lanes)(const uint8_t* row, uint8_t* lanes, int32_t channels, int32_t columns,
+                   const uint8_t* next);
+  void (*from_lanes)(const uint8_t* lanes, uint8_t* row, int32_t channels, int32_t columns,
+                     const uint8_t* next);
 
   // Moves the window down by one row, entering below and leaving above (a row of zeros where there
   // is none), and writes the means of the new row; dst may be null for none. All rows in lanes.

@@ -23,6 +23,7 @@ namespace {
 #include "rows/blend_masked.inl"
 #include "rows/box_lanes.inl"
 #include "rows/box_lanes_avx2.inl"
+#include "rows/box_lanes_avx512.inl"
 #include "rows/blend_masked_avx2.inl"
 
 // colour
@@ -54,7 +55,7 @@ constexpr RowKernels kAvx512Rows = {
     .blend_masked = blend_masked_avx2,
     .to_lanes = to_lanes_avx2,
     .from_lanes = from_lanes_avx2,
-    .box_row_16 = box_row_16_avx2,
+    .box_row_16 = box_row_16_avx512,
     .box_row_32 = box_row_32_avx2,
 
     // colour

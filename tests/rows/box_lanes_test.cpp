@@ -20,14 +20,14 @@ TEST(Lanes, StretchesLieSideBySide) {
 
   uint8_t row[3 * 2 * kLanes], lanes[3 * 2 * kLanes], back[3 * 2 * kLanes];
   for (int32_t i = 0; i < 3 * 2 * kLanes; ++i) row[i] = static_cast<uint8_t>(i);
-  roxe::Rows().to_lanes(row, lanes, 3, 2);
+  roxe::Rows().to_lanes(row, lanes, 3, 2, row);
   EXPECT_EQ(lanes[0], 0);       // blue of column 0, the first of stretch 0
   EXPECT_EQ(lanes[1], 6);       // blue of column 2, the first of stretch 1
   EXPECT_EQ(lanes[8], 96);      // of stretch 16
   EXPECT_EQ(lanes[32 + 1], 9);  // blue of the second column of stretch 1
   EXPECT_EQ(lanes[64 + 0], 1);  // green
   EXPECT_EQ(lanes[160 + 31], 191);
-  roxe::Rows().from_lanes(lanes, back, 3, 2);
+  roxe::Rows().from_lanes(lanes, back, 3, 2, row);
   EXPECT_TRUE(std::equal(row, row + sizeof row, back));
 }
 
@@ -38,10 +38,10 @@ TEST(Lanes, AreTheSameOnEveryTable) {
       for (int32_t columns = 0; columns <= 70; ++columns) {
         const RandomBytes row(random, static_cast<size_t>(channels * columns * kLanes));
         const GuardedMemory expected(row.size()), lanes(row.size()), back(row.size());
-        roxe::kPlainRows.to_lanes(row.data(), expected.data(), channels, columns);
-        rows->to_lanes(row.data(), lanes.data(), channels, columns);
+        roxe::kPlainRows.to_lanes(row.data(), expected.data(), channels, columns, row.data());
+        rows->to_lanes(row.data(), lanes.data(), channels, columns, row.data());
         EXPECT_EQ(Bytes(lanes), Bytes(expected)) << rows->name << ' ' << channels << ' ' << columns;
-        rows->from_lanes(lanes.data(), back.data(), channels, columns);
+        rows->from_lanes(lanes.data(), back.data(), channels, columns, row.data());
         EXPECT_EQ(Bytes(back), Bytes(row)) << rows->name << ' ' << channels << ' ' << columns;
       }
 }

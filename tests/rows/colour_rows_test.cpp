@@ -52,6 +52,28 @@ Setting Replacement(const ColourSelection& selection, int32_t hue, int32_t satur
           }};
 }
 
+Setting Balance(const std::vector<float>& matrix) {
+  const roxe::Block<float> forward = roxe::CreatesRGB2LinearRGBIndex();
+  const roxe::Block<uint8_t> inverse = roxe::CreateLinearRGB2sRGBIndex();
+  const std::vector<uint8_t> encoded(inverse.get(), inverse.get() + 4097);
+  std::vector<int32_t> linear;
+  for (size_t i = 0; i < 256; ++i) linear.push_back(static_cast<int32_t>(forward[i] * 4096.0f));
+  roxe::WhiteBalance balance = {};
+  for (size_t i = 0; i < 9; ++i) balance.matrix[i] = static_cast<int32_t>(matrix[i] * 4096.0f);
+  return {"balance", [=](const RowKernels& rows, const uint8_t* src, uint8_t* dst, int32_t count) {
+            roxe::WhiteBalance here = balance;
+            here.linear = linear.data();
+            here.encoded = encoded.data();
+            rows.balance_white(here, src, dst, count);
+          }};
+}
+
+Setting Balance(int32_t temperature, int32_t tint) {
+  std::vector<float> matrix(9);
+  roxe::GetStdColorTemperatureMatrix(temperature, tint, matrix.data());
+  return Balance(matrix);
+}
+
 // Colours of all kinds: a limit of 1 and the largest one, greys, dark and pure references.
 std::vector<Setting> Selections() {
   std::vector<Setting> settings;
@@ -162,6 +184,21 @@ void ExpectSameForAllColours(const std::vector<Setting>& settings) {
 TEST(ColourRows, SelectionsAreTheSameOnEveryTable) { ExpectSame(Selections()); }
 
 TEST(ColourRows, LargeShiftsAreTheSameOnEveryTable) { ExpectSame(LargeShifts()); }
+
+TEST(ColourRows, BalancesAreTheSameOnEveryTable) {
+  ExpectSame({Balance(0, 0), Balance(30, 0), Balance(-100, 0), Balance(-100, 100),
+              Balance(100, -100), Balance(-19, 40)});
+  // A mix of channels, and gains that words do not hold.
+  ExpectSame({Balance({1, 0.5f, 0, 0, 1, 0, 0.25f, 0, 0.5f}), Balance({3, 0, 0, 0, 1, 0, 0, 0, 1}),
+              Balance({0.02f, 0, 0, 0, 1, 0, 0, 0, 16}), Balance({1, 0, 0, 0, -1, 0, 0, 0, 2})});
+}
+
+TEST(ExhaustiveColourRows, BalanceOfAllColours) {
+  ExpectSameForAllColours({Balance(30, 0), Balance(100, 100), Balance(100, -100),
+                           Balance(-100, 100), Balance(-100, -100),
+                           Balance({0.03125f, 0, 0, 0, 0.25f, 0, 0, 0, 15.99f}),
+                           Balance({2.99f, 0, 0, 0, 2.99f, 0, 0, 0, 3.99f})});
+}
 
 TEST(ExhaustiveColourRows, SelectionsOfAllColours) {
   const ColourSelection orange = roxe::colours_near(60, 90, 180, 81);

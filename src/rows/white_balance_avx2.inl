@@ -17,14 +17,14 @@ struct EncodedTable {
   uint32_t zero, entry[4097];
 };
 
-static inline uint64_t load_64(const void* p) {
+static inline uint64_t eight_bytes(const void* p) {
   uint64_t value;
   __builtin_memcpy(&value, p, sizeof value);
   return value;
 }
 
 static inline uint64_t linear_at(const LinearTable& table, uint64_t index, int32_t place) {
-  return load_64(reinterpret_cast<const uint8_t*>(&table.entry[index & 255]) - 2 * place);
+  return eight_bytes(reinterpret_cast<const uint8_t*>(&table.entry[index & 255]) - 2 * place);
 }
 
 static inline uint32_t encoded_at(const EncodedTable& table, uint64_t index, int32_t place) {
@@ -38,7 +38,8 @@ static inline uint32_t encoded_at(const EncodedTable& table, uint64_t index, int
 static inline void linearise(const LinearTable& table, const uint8_t* src, LightBlock& block,
                              int32_t count) {
   for (int32_t i = 0; i < count; i += 4, src += 12) {
-    const uint64_t head = load_64(src), tail = load_64(src + 4);  // bytes 0 ... 7 and 4 ... 11
+    const uint64_t head = eight_bytes(src),
+                   tail = eight_bytes(src + 4);  // bytes 0 ... 7 and 4 ... 11
     const uint64_t blue = linear_at(table, head, 0) | linear_at(table, head >> 24, 1) |
                           linear_at(table, head >> 48, 2) | linear_at(table, tail >> 40, 3);
     const uint64_t green = linear_at(table, head >> 8, 0) | linear_at(table, head >> 32, 1) |
@@ -51,21 +52,23 @@ static inline void linearise(const LinearTable& table, const uint8_t* src, Light
   }
 }
 
-static inline void store_32(uint8_t* dst, uint32_t value) {
+static inline void store_four_bytes(uint8_t* dst, uint32_t value) {
   __builtin_memcpy(dst, &value, sizeof value);
 }
 
 static inline void encode(const EncodedTable& table, const LightBlock& block, uint8_t* dst,
                           int32_t count) {
   for (int32_t i = 0; i < count; i += 4, dst += 12) {
-    const uint64_t blue = load_64(block.blue + i), green = load_64(block.green + i);
-    const uint64_t red = load_64(block.red + i);
-    store_32(dst, encoded_at(table, blue, 0) | encoded_at(table, green, 1) |
-                      encoded_at(table, red, 2) | encoded_at(table, blue >> 16, 3));
-    store_32(dst + 4, encoded_at(table, green >> 16, 0) | encoded_at(table, red >> 16, 1) |
-                          encoded_at(table, blue >> 32, 2) | encoded_at(table, green >> 32, 3));
-    store_32(dst + 8, encoded_at(table, red >> 32, 0) | encoded_at(table, blue >> 48, 1) |
-                          encoded_at(table, green >> 48, 2) | encoded_at(table, red >> 48, 3));
+    const uint64_t blue = eight_bytes(block.blue + i), green = eight_bytes(block.green + i);
+    const uint64_t red = eight_bytes(block.red + i);
+    store_four_bytes(dst, encoded_at(table, blue, 0) | encoded_at(table, green, 1) |
+                              encoded_at(table, red, 2) | encoded_at(table, blue >> 16, 3));
+    store_four_bytes(dst + 4, encoded_at(table, green >> 16, 0) | encoded_at(table, red >> 16, 1) |
+                                  encoded_at(table, blue >> 32, 2) |
+                                  encoded_at(table, green >> 32, 3));
+    store_four_bytes(dst + 8, encoded_at(table, red >> 32, 0) | encoded_at(table, blue >> 48, 1) |
+                                  encoded_at(table, green >> 48, 2) |
+                                  encoded_at(table, red >> 48, 3));
   }
 }
 

@@ -580,4 +580,33 @@ TEST(DifferentialTone, MissingRecords) {
   EXPECT_EQ(image, before);
 }
 
+// ------------------------------------------------------------------------------- all 2^24 colours
+
+// Each colour once, in an order without any, so that every colour has surroundings unlike itself.
+TEST(ExhaustiveTone, ShadowHighlight) {
+  constexpr int32_t kSide = 4096;
+  std::vector<uint8_t> colours;
+  colours.reserve(size_t{3} * kSide * kSide);
+  for (uint32_t i = 0; i < 1u << 24; ++i) {
+    const uint32_t colour = i * 0x9E3779B1u;  // odd, so the low 24 bits take every value
+    for (const uint32_t shift : {0, 8, 16})
+      colours.push_back(static_cast<uint8_t>(colour >> shift));
+  }
+  std::vector<uint8_t> fast(colours.size()), plain(colours.size());
+  const auto record = [](std::vector<uint8_t>& pixels) {
+    return PixelArray{kRoxeFormatRGB24, kSide, kSide, 3 * kSide, pixels.data()};
+  };
+  const PixelArray src = record(colours);
+  PixelArray fast_dst = record(fast), plain_dst = record(plain);
+  struct Amounts {
+    uint32_t shadow, highlight;
+    int32_t midtone;
+  };
+  for (const Amounts a : {Amounts{0, 0, 0}, {80, 35, -60}, {25, 100, 90}}) {
+    ::roxeShadowHighlight(&src, &fast_dst, a.shadow, a.highlight, a.midtone);
+    reference::roxeShadowHighlight(&src, &plain_dst, a.shadow, a.highlight, a.midtone);
+    EXPECT_TRUE(fast == plain) << a.shadow << ' ' << a.highlight << ' ' << a.midtone;
+  }
+}
+
 }  // namespace

@@ -11,9 +11,9 @@ struct SumLanes {
 
 // Where the pixels of a tile lie in the source, column by column.
 struct TilePositions {
-  alignas(32) int32_t offsets[kTile][kTile];
-  alignas(32) float x_fractions[kTile][kTile];
-  alignas(32) float y_fractions[kTile][kTile];
+  alignas(64) int32_t offsets[kTile][kTile];
+  alignas(64) float x_fractions[kTile][kTile];
+  alignas(64) float y_fractions[kTile][kTile];
 };
 
 // The positions of a column; the sums move on to the next one. Returns all ones in the lanes that
@@ -87,17 +87,14 @@ static inline __m256i sample_column(const ProjectiveSource& source, const int32_
   return _mm256_or_si256(mixed(top.blue, bottom.blue), _mm256_or_si256(green, red));
 }
 
-// A whole tile inside the source; rows of it are written.
-static inline void sample_tile(const ProjectiveSource& source, const TilePositions& at,
-                               uint8_t* dst, ptrdiff_t dst_stride, int32_t rows) {
-  __m256 pixels[kTile];
-  for (int k = 0; k < kTile; ++k) {
-    // The next band will look about as many rows further down; each column fetches one row.
-    _mm_prefetch(source.pixels + at.offsets[k][k] + kTile * source.stride, _MM_HINT_T0);
-    pixels[k] =
-        _mm256_castsi256_ps(sample_column(source, at.offsets[k], _mm256_load_ps(at.x_fractions[k]),
-                                          _mm256_load_ps(at.y_fractions[k])));
-  }
+// The next band will look about as many rows further down; each column of a tile fetches one row.
+static inline void fetch_next_band(const ProjectiveSource& source, const TilePositions& at, int k) {
+  _mm_prefetch(source.pixels + at.offsets[k][k] + kTile * source.stride, _MM_HINT_T0);
+}
+
+// Writes a finished tile, of which pixels holds the columns.
+static inline void store_tile(__m256 (&pixels)[kTile], uint8_t* dst, ptrdiff_t dst_stride,
+                              int32_t rows) {
   transpose_8x8(pixels);
   const __m256i three_of_four =
       in_both_halves(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
@@ -106,22 +103,60 @@ static inline void sample_tile(const ProjectiveSource& source, const TilePositio
                    _mm256_shuffle_epi8(_mm256_castps_si256(pixels[r]), three_of_four));
 }
 
-static void resample_band_avx2(const ProjectiveSource& source, const ProjectiveSums* starts,
-                               uint8_t* dst, ptrdiff_t dst_stride, int32_t rows, int32_t count) {
-  const bool offsets_fit = source.stride * source.rows <= INT32_MAX;
-  if (source.columns < 3 || source.rows < 3 || !offsets_fit) {
+// A whole tile inside the source; rows of it are written.
+static inline void sample_tile(const ProjectiveSource& source, const TilePositions& at,
+                               uint8_t* dst, ptrdiff_t dst_stride, int32_t rows) {
+  __m256 pixels[kTile];
+  for (int k = 0; k < kTile; ++k) {
+    fetch_next_band(source, at, k);
+    pixels[k] =
+        _mm256_castsi256_ps(sample_column(source, at.offsets[k], _mm256_load_ps(at.x_fractions[k]),
+                                          _mm256_load_ps(at.y_fractions[k])));
+  }
+  store_tile(pixels, dst, dst_stride, rows);
+}
+
+// Whether tiles may lie inside the source, and offsets in it fit 32 bits.
+static bool fits_tiles(const ProjectiveSource& source) {
+  return source.columns >= 3 && source.rows >= 3 && source.stride * source.rows <= INT32_MAX;
+}
+
+// The sums at the first column of a tile, row by row.
+struct TileSums {
+  alignas(32) float x[kTile], y[kTile], denominator[kTile];
+};
+
+// Lanes without a row repeat the last one.
+static TileSums first_sums(const ProjectiveSums* starts, int32_t rows) {
+  TileSums sums;
+  for (int32_t r = 0; r < kTile; ++r) {
+    const ProjectiveSums& start = starts[r < rows ? r : rows - 1];
+    sums.x[r] = start.x;
+    sums.y[r] = start.y;
+    sums.denominator[r] = start.denominator;
+  }
+  return sums;
+}
+
+// A tile that reaches out of the source or has fewer columns.
+static void resample_tile_plainly(const ProjectiveSource& source, const TileSums& sums,
+                                  uint8_t* dst, ptrdiff_t dst_stride, int32_t rows,
+                                  int32_t columns) {
+  for (int32_t r = 0; r < rows; ++r)
+    resample_row(source, {sums.x[r], sums.y[r], sums.denominator[r]}, dst + r * dst_stride,
+                 columns < kTile ? columns : kTile);
+}
+
+[[maybe_unused]] static void resample_band_avx2(const ProjectiveSource& source,
+                                                const ProjectiveSums* starts, uint8_t* dst,
+                                                ptrdiff_t dst_stride, int32_t rows, int32_t count) {
+  if (!fits_tiles(source)) {
     resample_band(source, starts, dst, dst_stride, rows, count);
     return;
   }
-  alignas(32) float x[kTile], y[kTile], denominator[kTile];
-  for (int32_t r = 0; r < kTile; ++r) {  // lanes without a row repeat the last one
-    const ProjectiveSums& start = starts[r < rows ? r : rows - 1];
-    x[r] = start.x;
-    y[r] = start.y;
-    denominator[r] = start.denominator;
-  }
-  SumLanes sums = {_mm256_load_ps(x), _mm256_load_ps(y), _mm256_load_ps(denominator)};
-
+  TileSums lanes = first_sums(starts, rows);
+  SumLanes sums = {_mm256_load_ps(lanes.x), _mm256_load_ps(lanes.y),
+                   _mm256_load_ps(lanes.denominator)};
   for (int32_t i = 0; i < count; i += kTile) {
     const SumLanes before = sums;
     TilePositions at;
@@ -134,11 +169,9 @@ static void resample_band_avx2(const ProjectiveSource& source, const ProjectiveS
       sample_tile(source, at, dst + 3 * i, dst_stride, rows);
       continue;
     }
-    _mm256_store_ps(x, before.x);
-    _mm256_store_ps(y, before.y);
-    _mm256_store_ps(denominator, before.denominator);
-    const int32_t columns = count - i < kTile ? count - i : kTile;
-    for (int32_t r = 0; r < rows; ++r)
-      resample_row(source, {x[r], y[r], denominator[r]}, dst + r * dst_stride + 3 * i, columns);
+    _mm256_store_ps(lanes.x, before.x);
+    _mm256_store_ps(lanes.y, before.y);
+    _mm256_store_ps(lanes.denominator, before.denominator);
+    resample_tile_plainly(source, lanes, dst + 3 * i, dst_stride, rows, count - i);
   }
 }

@@ -18,6 +18,7 @@ namespace {
 #include "rows/rotation_avx2.inl"
 #include "rows/projective_avx2.inl"
 #include "rows/rotation_avx512.inl"
+#include "rows/projective_avx512.inl"
 
 // blur
 #include "rows/blend_masked.inl"
@@ -50,7 +51,7 @@ constexpr RowKernels kAvx512Rows = {
 
     // geometry
     .rotate = rotate_avx512,
-    .resample_band = resample_band_avx2,
+    .resample_band = resample_band_avx512,
 
     // blur
     .blend_masked = blend_masked_avx2,

@@ -16,32 +16,48 @@ struct TilePositions {
   alignas(64) float y_fractions[kTile][kTile];
 };
 
-// The positions of a column; the sums move on to the next one. Returns all ones in the lanes that
-// are not at least one pixel away from the border of the source: those are left to the plain row.
-static inline __m256i column_positions(const ProjectiveSource& source, SumLanes& sums,
-                                       int32_t* offsets, float* x_fractions, float* y_fractions) {
-  const __m256 x = _mm256_div_ps(sums.x, sums.denominator);
-  const __m256 y = _mm256_div_ps(sums.y, sums.denominator);
-  // What is not a number or out of range gives INT32_MIN, which lies outside.
-  const __m256i column = _mm256_cvttps_epi32(x), row = _mm256_cvttps_epi32(y);
-  const __m256i one = _mm256_set1_epi32(1);
-  const auto is_at_least = [](__m256i a, int32_t b) {  // as unsigned numbers
-    return _mm256_cmpeq_epi32(_mm256_max_epu32(a, _mm256_set1_epi32(b)), a);
-  };
-  const __m256i is_near_border =
-      _mm256_or_si256(is_at_least(_mm256_sub_epi32(column, one), source.columns - 2),
-                      is_at_least(_mm256_sub_epi32(row, one), source.rows - 2));
-  const __m256i three = _mm256_add_epi32(column, _mm256_add_epi32(column, column));
-  const __m256i stride = _mm256_set1_epi32(static_cast<int32_t>(source.stride));
-  const __m256i offset = _mm256_add_epi32(_mm256_mullo_epi32(row, stride), three);
-  _mm256_store_si256(reinterpret_cast<__m256i*>(offsets), offset);
-  _mm256_store_ps(x_fractions, _mm256_sub_ps(x, _mm256_cvtepi32_ps(column)));
-  _mm256_store_ps(y_fractions, _mm256_sub_ps(y, _mm256_cvtepi32_ps(row)));
+// The least and the greatest source column and row of a tile, lane by lane.
+struct TileExtent {
+  __m256i first_column = _mm256_set1_epi32(INT32_MAX), last_column = _mm256_set1_epi32(INT32_MIN);
+  __m256i first_row = first_column, last_row = last_column;
 
-  sums.x = _mm256_add_ps(sums.x, _mm256_set1_ps(source.step_x));
-  sums.y = _mm256_add_ps(sums.y, _mm256_set1_ps(source.step_y));
-  sums.denominator = _mm256_add_ps(sums.denominator, _mm256_set1_ps(source.step_denominator));
-  return is_near_border;
+  // Whether all pixels lie at least one pixel away from the border of the source.
+  bool is_inside(const ProjectiveSource& source) const {
+    const __m256i one = _mm256_set1_epi32(1);
+    const __m256i before =
+        _mm256_or_si256(_mm256_cmpgt_epi32(one, first_column), _mm256_cmpgt_epi32(one, first_row));
+    const __m256i after =
+        _mm256_or_si256(_mm256_cmpgt_epi32(last_column, _mm256_set1_epi32(source.columns - 2)),
+                        _mm256_cmpgt_epi32(last_row, _mm256_set1_epi32(source.rows - 2)));
+    const __m256i outside = _mm256_or_si256(before, after);
+    return _mm256_testz_si256(outside, outside);
+  }
+};
+
+// The positions of a tile; the sums move on to the next one.
+static inline TileExtent tile_positions(const ProjectiveSource& source, SumLanes& sums,
+                                        TilePositions& at) {
+  TileExtent extent;
+  for (int k = 0; k < kTile; ++k) {
+    const __m256 x = _mm256_div_ps(sums.x, sums.denominator);
+    const __m256 y = _mm256_div_ps(sums.y, sums.denominator);
+    // What is not a number or out of range gives INT32_MIN, which lies outside.
+    const __m256i column = _mm256_cvttps_epi32(x), row = _mm256_cvttps_epi32(y);
+    extent.first_column = _mm256_min_epi32(extent.first_column, column);
+    extent.last_column = _mm256_max_epi32(extent.last_column, column);
+    extent.first_row = _mm256_min_epi32(extent.first_row, row);
+    extent.last_row = _mm256_max_epi32(extent.last_row, row);
+    const __m256i three = _mm256_add_epi32(column, _mm256_add_epi32(column, column));
+    const __m256i stride = _mm256_set1_epi32(static_cast<int32_t>(source.stride));
+    store_256(at.offsets[k], _mm256_add_epi32(_mm256_mullo_epi32(row, stride), three));
+    _mm256_store_ps(at.x_fractions[k], _mm256_sub_ps(x, _mm256_cvtepi32_ps(column)));
+    _mm256_store_ps(at.y_fractions[k], _mm256_sub_ps(y, _mm256_cvtepi32_ps(row)));
+
+    sums.x = _mm256_add_ps(sums.x, _mm256_set1_ps(source.step_x));
+    sums.y = _mm256_add_ps(sums.y, _mm256_set1_ps(source.step_y));
+    sums.denominator = _mm256_add_ps(sums.denominator, _mm256_set1_ps(source.step_denominator));
+  }
+  return extent;
 }
 
 // Three channels of eight pixels.
@@ -154,24 +170,20 @@ static void resample_tile_plainly(const ProjectiveSource& source, const TileSums
     resample_band(source, starts, dst, dst_stride, rows, count);
     return;
   }
-  TileSums lanes = first_sums(starts, rows);
-  SumLanes sums = {_mm256_load_ps(lanes.x), _mm256_load_ps(lanes.y),
-                   _mm256_load_ps(lanes.denominator)};
+  TileSums tile = first_sums(starts, rows);
+  SumLanes sums = {_mm256_load_ps(tile.x), _mm256_load_ps(tile.y),
+                   _mm256_load_ps(tile.denominator)};
   for (int32_t i = 0; i < count; i += kTile) {
     const SumLanes before = sums;
     TilePositions at;
-    __m256i near_border = _mm256_setzero_si256();
-    for (int k = 0; k < kTile; ++k)
-      near_border = _mm256_or_si256(
-          near_border,
-          column_positions(source, sums, at.offsets[k], at.x_fractions[k], at.y_fractions[k]));
-    if (i + kTile <= count && _mm256_testz_si256(near_border, near_border)) {
+    const TileExtent extent = tile_positions(source, sums, at);
+    if (i + kTile <= count && extent.is_inside(source)) {
       sample_tile(source, at, dst + 3 * i, dst_stride, rows);
       continue;
     }
-    _mm256_store_ps(lanes.x, before.x);
-    _mm256_store_ps(lanes.y, before.y);
-    _mm256_store_ps(lanes.denominator, before.denominator);
-    resample_tile_plainly(source, lanes, dst + 3 * i, dst_stride, rows, count - i);
+    _mm256_store_ps(tile.x, before.x);
+    _mm256_store_ps(tile.y, before.y);
+    _mm256_store_ps(tile.denominator, before.denominator);
+    resample_tile_plainly(source, tile, dst + 3 * i, dst_stride, rows, count - i);
   }
 }

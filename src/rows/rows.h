@@ -220,7 +220,8 @@ struct RowKernels {
 
   // With own = intensity[i], near = blurred[i] (0 ... 1000 or so) and s = own + near + 0.0001, added
   // in double precision: shift[i] = midtone[j] - own, where j = combined[own] * (own * near + s * s)
-  // / (near * near + s * s), truncated and clamped to 0 ... 511. combined has 256 entries, midtone 512.
+  // / (near * near + s * s), truncated and clamped to 0 ... 511. combined has 256 entries, midtone 512, of
+  // which those from 256 on are equal.
   void (*tone_shifts)(const float* intensity, const float* blurred, const float* combined,
                       const float* midtone, float* shift, int32_t count);
 

@@ -40,6 +40,7 @@ namespace {
 #include "rows/histogram.inl"
 #include "rows/shadow_highlight.inl"
 #include "rows/shadow_highlight_avx2.inl"
+#include "rows/shadow_highlight_avx512.inl"
 
 }  // namespace
 
@@ -71,7 +72,7 @@ constexpr RowKernels kAvx512Rows = {
     .intensities = intensities_avx2,
     .intensity_sums = intensity_sums_avx2,
     .slide_sums = slide_sums,
-    .tone_shifts = tone_shifts_avx2,
+    .tone_shifts = tone_shifts_avx512,
     .midtone_shifts = midtone_shifts,
     .shift_pixels = shift_pixels_avx2,
 };

@@ -123,7 +123,7 @@ static inline __m256 plus_a_little(__m256 v) {
 }
 
 // In stages over a block: all indices of a look-up are in memory before the first one is needed.
-static void tone_shifts_avx2(const float* intensity, const float* blurred, const float* combined,
+[[maybe_unused]] static void tone_shifts_avx2(const float* intensity, const float* blurred, const float* combined,
                              const float* midtone, float* shift, int32_t count) {
   constexpr int32_t kBlock = 128;
   alignas(32) int32_t level[kBlock];
@@ -155,27 +155,82 @@ static void tone_shifts_avx2(const float* intensity, const float* blurred, const
   tone_shifts(intensity + done, blurred + done, combined, midtone, shift + done, count - done);
 }
 
-static void shift_pixels_avx2(const uint8_t* src, const float* shift, uint8_t* dst, int32_t count) {
+// Sums in single precision, as the plain row forms them.
+static inline void shift_8_pixels(const uint8_t* src, __m256 shift, uint8_t* dst) {
   const __m256i order =  // four blues, greens and reds of a lane to four pixels
       _mm256_setr_epi8(0, 4, 8, 1, 5, 9, 2, 6, 10, 3, 7, 11, -1, -1, -1, -1,  //
                        0, 4, 8, 1, 5, 9, 2, 6, 10, 3, 7, 11, -1, -1, -1, -1);
   const __m256i close_up = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 3, 7);
-  const __m256 most = _mm256_set1_ps(255.0f);  // larger sums could leave 32 bits
+  const EightPixels p = load_8_pixels(src);
+  const auto shifted = [&](__m256 v) {  // larger sums than 255 could leave 32 bits
+    return _mm256_cvttps_epi32(_mm256_min_ps(_mm256_set1_ps(255.0f), _mm256_add_ps(v, shift)));
+  };
+  const __m256i red = shifted(p.red);
+  const __m256i words = _mm256_packs_epi32(shifted(p.blue), shifted(p.green));
+  const __m256i bytes = _mm256_packus_epi16(words, _mm256_packs_epi32(red, red));
+  const __m256i pixels = _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(bytes, order), close_up);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), _mm256_castsi256_si128(pixels));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + 16), _mm256_extracti128_si256(pixels, 1));
+}
+
+// The places of 96 bytes in which each of 32 bytes stands three times.
+struct Threefold {
+  __m256i first, second, third;
+};
+
+static inline Threefold threefold(__m256i pixels) {
+  const __m256i first = _mm256_setr_epi8(0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5,  //
+                                         5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10);
+  const __m256i second = _mm256_setr_epi8(10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14, 14, 14, 15, 15,
+                                          15, 0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5);
+  const __m256i third = _mm256_setr_epi8(5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10,  //
+                                         10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14, 14, 14, 15, 15,
+                                         15);
+  const __m256i low = _mm256_permute4x64_epi64(pixels, 0x44);
+  const __m256i high = _mm256_permute4x64_epi64(pixels, 0xee);
+  return {_mm256_shuffle_epi8(low, first), _mm256_shuffle_epi8(pixels, second),
+          _mm256_shuffle_epi8(high, third)};
+}
+
+// value + shift, truncated and clamped, is value + floor(shift) clamped: below 0 the clamp hides the
+// difference. Only where the fraction of the shift is so close to 1 that the sum might be rounded up
+// to the next whole number, the sums themselves are formed.
+static void shift_pixels_avx2(const uint8_t* src, const float* shift, uint8_t* dst, int32_t count) {
+  const __m256 most = _mm256_set1_ps(512.0f), least = _mm256_set1_ps(-512.0f);
+  const __m256 nearly_one = _mm256_set1_ps(1.0f - 1.0f / 32768);  // a unit of floats below 512
   int32_t i = 0;
-  for (; i + 8 <= count; i += 8) {
-    const EightPixels p = load_8_pixels(src + 3 * i);
-    const __m256 by = _mm256_loadu_ps(shift + i);
-    const auto shifted = [&](__m256 v) {
-      return _mm256_cvttps_epi32(_mm256_min_ps(_mm256_add_ps(v, by), most));
+  for (; i + 32 <= count; i += 32, src += 96, dst += 96) {
+    __m256 doubtful = _mm256_setzero_ps();
+    const auto whole = [&](int32_t k) {
+      const __m256 by = _mm256_loadu_ps(shift + i + k);
+      const __m256 floor = _mm256_floor_ps(by);
+      const __m256 doubt = _mm256_cmp_ps(_mm256_sub_ps(by, floor), nearly_one, _CMP_NLE_UQ);
+      doubtful = _mm256_or_ps(doubtful, doubt);
+      return _mm256_cvttps_epi32(_mm256_min_ps(_mm256_max_ps(floor, least), most));
     };
-    const __m256i red = shifted(p.red);
-    const __m256i words = _mm256_packs_epi32(shifted(p.blue), shifted(p.green));
-    const __m256i bytes = _mm256_packus_epi16(words, _mm256_packs_epi32(red, red));
-    const __m256i pixels =
-        _mm256_permutevar8x32_epi32(_mm256_shuffle_epi8(bytes, order), close_up);
-    uint8_t* to = dst + 3 * i;
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm256_castsi256_si128(pixels));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(to + 16), _mm256_extracti128_si256(pixels, 1));
+    const __m256i first = _mm256_packs_epi32(whole(0), whole(8));
+    const __m256i second = _mm256_packs_epi32(whole(16), whole(24));
+    if (_mm256_movemask_ps(doubtful) != 0) [[unlikely]] {
+      for (int32_t k = 0; k < 32; k += 8)
+        shift_8_pixels(src + 3 * k, _mm256_loadu_ps(shift + i + k), dst + 3 * k);
+      continue;
+    }
+    // What is added and what is taken away; one of the two is 0.
+    const __m256i zero = _mm256_setzero_si256();
+    const __m256i in_order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
+    const Threefold more = threefold(
+        _mm256_permutevar8x32_epi32(_mm256_packus_epi16(first, second), in_order));
+    const Threefold less = threefold(_mm256_permutevar8x32_epi32(
+        _mm256_packus_epi16(_mm256_sub_epi16(zero, first), _mm256_sub_epi16(zero, second)),
+        in_order));
+    const auto add = [&](int32_t at, __m256i plus, __m256i minus) {
+      const __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src + at));
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + at),
+                          _mm256_subs_epu8(_mm256_adds_epu8(bytes, plus), minus));
+    };
+    add(0, more.first, less.first);
+    add(32, more.second, less.second);
+    add(64, more.third, less.third);
   }
-  shift_pixels(src + 3 * i, shift + i, dst + 3 * i, count - i);
+  shift_pixels(src, shift + i, dst, count - i);
 }

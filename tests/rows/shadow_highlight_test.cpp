@@ -20,6 +20,7 @@ struct Floats : GuardedMemory {
 struct ToneTables {
   std::mt19937 random{7};
   Floats combined{random, 256, -20, 300}, midtone{random, 512, -10, 265};
+  ToneTables() { std::fill_n(midtone.of() + 256, 256, 255.0f); }
 };
 
 constexpr int32_t kLongest = 2 * 16 + 1 + 32;
@@ -138,6 +139,7 @@ TEST(Rows, ToneShiftsAreTheSameOnEveryTable) {
 TEST(Rows, ToneShiftsOfExtremeCurvesAreTheSameOnEveryTable) {
   std::mt19937 random(5);
   const Floats combined(random, 256, -1e11f, 1e11f), midtone(random, 512, -1e11f, 1e11f);
+  std::fill_n(midtone.of() + 256, 256, 1e11f);
   ForEachTableAndCount([&](const roxe::RowKernels& rows, int32_t count) {
     const Floats intensity(random, count, 0, 255), blurred(random, count, 0, 400);
     const Floats expected(count), shift(count);
@@ -168,10 +170,29 @@ TEST(Rows, ShiftPixelsTruncatesAndClamps) {
             (std::vector<uint8_t>{0, 0, 254, 10, 20, 30, 255, 255, 255, 0, 0, 0}));
 }
 
+TEST(Rows, ShiftPixelsRoundsSumsThatAlmostReachAWholeNumber) {
+  // 200 - 2^-19 is nearer to 200 than to the next smaller float, 27 - 2^-19 is a float itself.
+  std::mt19937 random(9);
+  ForEachTableAndCount([&](const roxe::RowKernels& rows, int32_t count) {
+    const GuardedMemory src(3 * static_cast<size_t>(count)), dst(src.size());
+    const Floats shift(count);
+    std::vector<uint8_t> expected;
+    for (int32_t i = 0; i < count; ++i) {
+      const bool almost = random() % 4 == 0;
+      shift.of()[i] = almost ? -0x1p-19f : 0.0f;
+      for (const uint8_t value : {200, 27, 0})
+        src.data()[expected.size()] = value, expected.push_back(value);
+      if (almost) expected[expected.size() - 2] = 26;
+    }
+    rows.shift_pixels(src.data(), shift.of(), dst.data(), count);
+    EXPECT_EQ(Bytes(dst), expected);
+  });
+}
+
 TEST(Rows, ShiftPixelsIsTheSameOnEveryTable) {
   std::mt19937 random(8);
   ForEachTableAndCount([&](const roxe::RowKernels& rows, int32_t count) {
-    for (const float reach : {3.0f, 300.0f, 1e10f}) {
+    for (const float reach : {1e-4f, 3.0f, 300.0f, 1e10f}) {
       const RandomBytes src(random, 3 * static_cast<size_t>(count)), dst(random, src.size());
       const GuardedMemory expected(src.size());
       const Floats shift(random, count, -reach, reach);

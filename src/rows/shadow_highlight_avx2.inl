@@ -123,7 +123,7 @@ static inline __m256 plus_a_little(__m256 v) {
 }
 
 // In stages over a block: all indices of a look-up are in memory before the first one is needed.
-[[maybe_unused]] static void tone_shifts_avx2(const float* intensity, const float* blurred, const float* combined,
+static void tone_shifts_avx2(const float* intensity, const float* blurred, const float* combined,
                              const float* midtone, float* shift, int32_t count) {
   constexpr int32_t kBlock = 128;
   alignas(32) int32_t level[kBlock];

@@ -25,7 +25,7 @@ namespace roxe {
 namespace {
 
 // Pixels that go through all stages before the next ones do: their floats stay in the nearest cache.
-constexpr int32_t kChunk = 256;
+constexpr int32_t kChunk = 1024;
 
 // Rows whose sums are made together, and rows of sums that are kept: those of a band and the
 // longest window before it.

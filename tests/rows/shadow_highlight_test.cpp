@@ -23,7 +23,7 @@ struct ToneTables {
   ToneTables() { std::fill_n(midtone.of() + 256, 256, 255.0f); }
 };
 
-constexpr int32_t kLongest = 2 * 16 + 1 + 32;
+constexpr int32_t kLongest = kLongestTestRow;
 
 void ForEachTableAndCount(const std::function<void(const roxe::RowKernels&, int32_t)>& compare) {
   for (const roxe::RowKernels* rows : RunnableTables())
@@ -148,6 +148,36 @@ TEST(Rows, ToneShiftsOfExtremeCurvesAreTheSameOnEveryTable) {
     rows.tone_shifts(intensity.of(), blurred.of(), combined.of(), midtone.of(), shift.of(), count);
     EXPECT_EQ(Bytes(shift), Bytes(expected));
   });
+}
+
+TEST(Rows, ToneShiftsOfLongRowsAreTheSameOnEveryTable) {
+  std::mt19937 random(10);
+  const ToneTables tables;
+  const int32_t count = 2500;
+  const Floats intensity(random, count, 0, 255), blurred(random, count, 0, 255), expected(count);
+  roxe::kPlainRows.tone_shifts(intensity.of(), blurred.of(), tables.combined.of(),
+                               tables.midtone.of(), expected.of(), count);
+  for (const roxe::RowKernels* rows : RunnableTables()) {
+    const Floats shift(count);
+    rows->tone_shifts(intensity.of(), blurred.of(), tables.combined.of(), tables.midtone.of(),
+                      shift.of(), count);
+    EXPECT_EQ(Bytes(shift), Bytes(expected)) << rows->name;
+  }
+}
+
+TEST(ExhaustiveRows, LittleMayBeAddedInSinglePrecision) {
+  // The fast bodies rely on it from 0.00015 to 1024.
+  const float least = 0.00015f, most = 1024.0f;
+  uint32_t bits, end;
+  std::memcpy(&bits, &least, 4);
+  std::memcpy(&end, &most, 4);
+  uint32_t differences = 0;
+  for (; bits <= end; ++bits) {
+    float v;
+    std::memcpy(&v, &bits, 4);
+    differences += v + 0.0001f != static_cast<float>(static_cast<double>(v) + 0.0001);
+  }
+  EXPECT_EQ(differences, 0u);
 }
 
 TEST(Rows, MidtoneShiftsAreTheSameOnEveryTable) {

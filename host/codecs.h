@@ -46,7 +46,7 @@ Decoded decode_pnm(const Bytes& file, Notes& notes);
 // Grey is written as one channel where the format has it.
 Bytes encode_jpeg(const Picture& picture, bool grey, const WriteSettings& settings, Notes& notes);
 Bytes encode_png(const Picture& picture, bool grey, Notes& notes);
-Bytes encode_pnm(const Picture& picture, const WriteSettings& settings);
+Bytes encode_pnm(const Picture& picture, const WriteSettings& settings, Notes& notes);
 
 }  // namespace host
 

@@ -198,6 +198,8 @@ std::vector<Segment> segments_of(const Metadata& metadata, bool grey, Notes& not
     }
     if (count > 255) notes.push_back("its colour profile is too long for a JPEG and is left out");
   }
+  if (!metadata.texts.empty())
+    notes.push_back("its PNG texts have no place in a JPEG and are left out");
   for (const Bytes& bytes : metadata.photoshop) segments.push_back({kApp13, bytes});
   for (const Bytes& bytes : metadata.comments) segments.push_back({JPEG_COM, bytes});
   return segments;

@@ -76,7 +76,7 @@ void save_picture(const Picture& picture, const std::string& path, WriteSettings
         break;
       case FileFormat::kPnm:
         settings.pgm = ends_in_pgm(path);
-        file = encode_pnm(picture, settings);
+        file = encode_pnm(picture, settings, notes);
     }
   } catch (const Failure& failure) {
     throw Failure(path + ": " + failure.what());

@@ -288,6 +288,10 @@ Decoded decode_png(const Bytes& file, Colour background, Notes& notes) {
 Bytes encode_png(const Picture& picture, bool grey, Notes& notes) {
   const Metadata& metadata = picture.metadata;
   const bool with_profile = profile_fits(metadata.icc, grey, notes);
+  if (!metadata.photoshop.empty())
+    notes.push_back("its IPTC block has no place in a PNG and is left out");
+  if (!metadata.extended_xmp.empty())
+    notes.push_back("the continuation of its XMP packet has no place in a PNG and is left out");
   std::string xmp;
   const std::vector<png_text> texts = texts_of(metadata, xmp);
   Bytes output, grey_row(static_cast<size_t>(grey ? picture.width() : 0));

@@ -207,6 +207,19 @@ class AcrossFormats(ToolTest):
         self.assertEqual(result.returncode, 0)
         self.assertIn("note: out.jpg: its XMP packet is too long for a JPEG", result.stderr)
 
+    def test_what_has_no_place_in_another_format_is_left_out_with_a_note(self):
+        for source, target, words in (
+                ("courtyard-colour-cast.jpg", "out.png", "its IPTC block has no place in a PNG"),
+                ("rocket-night.jpg", "out.ppm", "colour profile have no place in this format")):
+            result = self.run_tool("straighten", photo(source), target, "--line", "0,0,1,0")
+            self.assertEqual(result.returncode, 0)
+            self.assertEqual(result.stderr.count("\n"), 1)
+            self.assertIn(f"note: {target}: ", result.stderr)
+            self.assertIn(words, result.stderr)
+        self.write("in.png", png(2, 1, 8, 2, [bytes(6)], [chunk(b"tEXt", b"Title\0A title")]))
+        result = self.run_tool("straighten", "in.png", "out.jpg", "--line", "0,0,1,0")
+        self.assertIn("its PNG texts have no place in a JPEG", result.stderr)
+
     def test_png_to_png(self):
         profile = icc(5000)
         kept = {

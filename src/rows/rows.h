@@ -131,6 +131,11 @@ struct WhiteBalance {
   int32_t matrix[9];       // row-major, for the column (red, green, blue)
   const int32_t* linear;   // by byte: linear light 0 ... 4096
   const uint8_t* encoded;  // by linear light 0 ... 4096: the byte
+
+  // The same as encoded in tables of bytes: from 128 on, encoded[16 * i + k] is base[i] and one more
+  // for each j with step[j][i] <= k. Entry 4096 is the last base.
+  bool has_steps;  // whether encoded can be had in this way
+  uint8_t base[256], step[4][256];
 };
 
 struct RowKernels {

@@ -35,6 +35,8 @@ namespace {
 #include "rows/colour_selection_avx2.inl"
 #include "rows/white_balance.inl"
 #include "rows/white_balance_avx2.inl"
+#include "rows/planes_avx512.inl"
+#include "rows/white_balance_avx512.inl"
 
 // tone
 #include "rows/histogram.inl"
@@ -65,7 +67,7 @@ constexpr RowKernels kAvx512Rows = {
     .draw_selection = draw_selection_avx2,
     .replace_colour = replace_colour_avx2,
     .accent_colour = accent_colour_avx2,
-    .balance_white = balance_white_avx2,
+    .balance_white = balance_white_avx512,
 
     // tone
     .count_green = count_green,

@@ -58,13 +58,10 @@ Setting Balance(const std::vector<float>& matrix) {
   const std::vector<uint8_t> encoded(inverse.get(), inverse.get() + 4097);
   std::vector<int32_t> linear;
   for (size_t i = 0; i < 256; ++i) linear.push_back(static_cast<int32_t>(forward[i] * 4096.0f));
-  roxe::WhiteBalance balance = {};
-  for (size_t i = 0; i < 9; ++i) balance.matrix[i] = static_cast<int32_t>(matrix[i] * 4096.0f);
   return {"balance", [=](const RowKernels& rows, const uint8_t* src, uint8_t* dst, int32_t count) {
-            roxe::WhiteBalance here = balance;
-            here.linear = linear.data();
-            here.encoded = encoded.data();
-            rows.balance_white(here, src, dst, count);
+            const roxe::WhiteBalance balance =
+                roxe::make_white_balance(matrix.data(), linear.data(), encoded.data());
+            rows.balance_white(balance, src, dst, count);
           }};
 }
 

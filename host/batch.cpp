@@ -109,10 +109,10 @@ std::vector<BatchResult> run_batch(const BatchJob& job, const Recipe& recipe, bo
 
   const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
   const size_t wanted = job.at_a_time > 0 ? static_cast<size_t>(job.at_a_time) : processors;
-  std::vector<std::jthread> helpers;
-  for (size_t i = 1; i < std::min(wanted, results.size()); ++i) helpers.emplace_back(work);
+  std::vector<std::jthread> others;
+  for (size_t i = 1; i < std::min(wanted, results.size()); ++i) others.emplace_back(work);
   work();
-  helpers.clear();  // waits for them
+  others.clear();  // waits for them
   return results;
 }
 

@@ -203,11 +203,23 @@ ROXE_API int32_t roxePerspectiveDistortionCorrection(const PixelArray* src, Pixe
 // radius        window length of the blur in pixels (a diameter, despite its name); 1 or less: none
 // maskRadius    the same for the mask
 //
-// Means are rounded down, so a white area becomes 254 or less where it is blurred.
+// Means are rounded down, so a white area becomes 254 or less where it is blurred: 253 from windows
+// of 33157 pixels on, black from 8388609 pixels on.
 //
 // Returns 2 if src, dst or mask fails verification in any way; 4 for a wrong format or different
 // sizes; 1 if memory for the mask cannot be had; otherwise 0. Memory that cannot be had for the
 // blur itself is not reported. Except on 0 dst is untouched.
+//
+// Allocates for the picture (c = 3 channels), and at the same time for a mask that is blurred
+// (c = 1), with W = width rounded up to a multiple of 32,
+//
+//   447 + 576 c + 24 W + c W (15 + rows) bytes
+//
+// where rows counts the rows that the three blurs keep: min(n + 1, height) each for windows of
+// n = radius, radius, and radius (odd) or radius + 1 (even) rows. Each blur whose window holds more
+// than 257 rows takes 64 c + 4 c W bytes more. Nothing is allocated for a radius of 1 or less, and a
+// mask that is not blurred or has no effect takes none. Pictures that overlap other than in place
+// take a copy of the mask and, blur by blur, the rows, sums and reciprocals of one window instead.
 ROXE_API int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const PixelArray* mask,
                                int32_t radius, int32_t maskRadius);
 

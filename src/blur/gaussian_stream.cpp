@@ -22,14 +22,14 @@ constexpr Sum kNoSum = std::numeric_limits<Sum>::min();
 
 }  // namespace
 
-// Cuts parts out of one block, each at a multiple of 64 bytes. Without a block it only measures.
+// Cuts parts out of one block. Without a block it only measures.
 class GaussianStream::Carver {
  public:
   explicit Carver(uint8_t* memory = nullptr) : memory_(memory) {}
   template <class T>
   T* take(uint64_t count) {
     T* part = memory_ ? reinterpret_cast<T*>(memory_ + used_) : nullptr;
-    used_ += (count * sizeof(T) + 63) / 64 * 64;
+    used_ += count * sizeof(T);
     return part;
   }
   uint64_t used() const { return used_; }
@@ -71,15 +71,10 @@ bool GaussianStream::allocate() {
   return true;
 }
 
+// The sizes are multiples of vectors, so that everything is aligned if the block is.
 void GaussianStream::carve(Carver& carver) {
-  no_row_ = carver.take<uint8_t>(row_size_);
-  lanes_ = carver.take<uint8_t>(row_size_);
-  line_ = carver.take<uint8_t>(row_size_);
+  const uint64_t columns = static_cast<uint64_t>(columns_), width = columns * kLanes;
   for (Pass& pass : passes_) {
-    pass.ring = carver.take<uint8_t>(static_cast<uint64_t>(pass.ring_rows) * row_size_);
-    pass.multipliers = carver.take<uint32_t[kLanes]>(static_cast<uint64_t>(columns_));
-    pass.reciprocals = carver.take<uint32_t>(
-        static_cast<uint64_t>(window_length(pass.left, pass.right, picture_.width)) + 1);
     const auto take_sums = [&](auto& box) {
       using Sum = std::remove_pointer_t<decltype(box.sums)>;
       // Empty lanes before the first sums, too.
@@ -88,7 +83,14 @@ void GaussianStream::carve(Carver& carver) {
       box.starts = carver.take<uint32_t[kLanes]>(static_cast<uint64_t>(channels_));
     };
     pass.wide ? take_sums(pass.box_32) : take_sums(pass.box_16);
+    pass.multipliers = carver.take<uint32_t[kLanes]>(columns);
+    pass.reciprocals = carver.take<uint32_t>(width + kLanes);  // by length
   }
+  for (Pass& pass : passes_)
+    pass.ring = carver.take<uint8_t>(static_cast<uint64_t>(pass.ring_rows) * row_size_);
+  no_row_ = carver.take<uint8_t>(row_size_);
+  lanes_ = carver.take<uint8_t>(row_size_);
+  line_ = carver.take<uint8_t>(row_size_);
 }
 
 template <class Sum>

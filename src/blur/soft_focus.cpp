@@ -88,7 +88,8 @@ int32_t soften_rows(const PixelArray& src, PixelArray& dst, const PixelArray* ma
 
   const RowKernels& rows = Rows();
   for (int32_t y = 0; y < dst.height; ++y) {
-    uint8_t* row = streamed ? blurred.next_row(row_of(dst, std::min(y + 1, dst.height - 1))) : row_of(dst, y);
+    uint8_t* row =
+        streamed ? blurred.next_row(row_of(dst, std::min(y + 1, dst.height - 1))) : row_of(dst, y);
     if (mask) {
       const uint8_t* weights = blur_mask ? blurred_mask.next_row(row_of(src, y)) : row_of(*mask, y);
       rows.blend_masked(row_of(src, y), weights, row, dst.width);
@@ -137,8 +138,10 @@ int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const PixelArray* 
     const int64_t mask_bytes = int64_t{mask->width} * mask->height;
     if (mask_bytes > UINT32_MAX) return kRoxeErrInvalid;
   }
-  if (radius <= 1 || !roxe::streams(*src, *dst, mask))
+  if (!roxe::streams(*src, *dst, mask))
     return roxe::soften_whole(*src, *dst, mask, radius, maskRadius);
+  // The source blended with itself is the source.
+  if (radius <= 1) return roxe::soften_whole(*src, *dst, nullptr, radius, maskRadius);
   // In place the source is already blurred when it is blended, so that the mask has no effect.
   if (src->pixels == dst->pixels) mask = nullptr;
   return roxe::soften_rows(*src, *dst, mask, radius, maskRadius);

@@ -22,19 +22,32 @@ struct LaneTotals {
   const uint32_t* from(int32_t lane) const { return padded + kLanes + lane; }
 };
 
+// 32 bytes from the order of lanes to that of a vector or back: it is the same exchange.
+static inline void swap_order(const uint8_t* src, uint8_t* dst) {
+  for (int32_t eight = 0; eight < kLanes; eight += 8)
+    for (int32_t k = 0; k < 8; ++k) dst[byte_of_lane(eight) + k] = src[eight + k];
+}
+
 // Moves the column sums of count columns down by a row and adds the changes to total.
 template <class Sum>
 static void move_sums(const uint8_t* entering, const uint8_t* leaving, Sum* sums, int32_t count,
                       uint32_t* total) {
-  for (int32_t x = 0; x < count; ++x, entering += kLanes, leaving += kLanes, sums += kSumsStep)
-    for (int32_t eight = 0; eight < kLanes; eight += 8) {
-      const uint8_t *in = entering + byte_of_lane(eight), *out = leaving + byte_of_lane(eight);
-      for (int32_t k = 0; k < 8; ++k) {
-        const int32_t change = in[k] - out[k];
-        sums[eight + k] = static_cast<Sum>(sums[eight + k] + static_cast<Sum>(change));
-        total[eight + k] += static_cast<uint32_t>(change);
-      }
+  uint32_t changes[kLanes] = {};
+  for (int32_t x = 0; x < count; ++x) {
+    uint8_t in[kLanes], out[kLanes];
+    swap_order(entering, in);
+    swap_order(leaving, out);
+    ROXE_LANES_INDEPENDENT
+    for (int32_t k = 0; k < kLanes; ++k) {
+      const int32_t change = in[k] - out[k];
+      sums[k] = static_cast<Sum>(sums[k] + static_cast<Sum>(change));
+      changes[k] += static_cast<uint32_t>(change);
     }
+    entering += kLanes;
+    leaving += kLanes;
+    sums += kSumsStep;
+  }
+  for (int32_t k = 0; k < kLanes; ++k) total[k] += changes[k];
 }
 
 // Moves the windows along a run and writes their means, rounded down.
@@ -42,16 +55,22 @@ template <class Sum>
 static void window_means(const BoxRun& run, const Sum* sums, uint32_t* window,
                          const uint32_t (*multipliers)[kLanes], uint8_t* dst) {
   const Sum *entering = sums + run.entering, *leaving = sums + run.leaving;
-  for (int32_t x = 0; x < run.count; ++x, entering += kSumsStep, leaving += kSumsStep) {
+  uint32_t sum[kLanes];
+  for (int32_t k = 0; k < kLanes; ++k) sum[k] = window[k];
+  for (int32_t x = 0; x < run.count; ++x) {
     const uint32_t* multiplier = multipliers[run.same_multipliers ? 0 : x];
-    for (int32_t eight = 0; eight < kLanes; eight += 8, dst += 8)
-      for (int32_t k = 0; k < 8; ++k) {
-        const int32_t lane = byte_of_lane(eight) + k;
-        window[lane] +=
-            static_cast<uint32_t>(entering[lane]) - static_cast<uint32_t>(leaving[lane]);
-        dst[k] = static_cast<uint8_t>((window[lane] * multiplier[lane]) >> 23);
-      }
+    uint8_t mean[kLanes];
+    ROXE_LANES_INDEPENDENT
+    for (int32_t k = 0; k < kLanes; ++k) {
+      sum[k] += static_cast<uint32_t>(entering[k]) - static_cast<uint32_t>(leaving[k]);
+      mean[k] = static_cast<uint8_t>((sum[k] * multiplier[k]) >> 23);
+    }
+    swap_order(mean, dst);
+    entering += kSumsStep;
+    leaving += kSumsStep;
+    dst += kLanes;
   }
+  for (int32_t k = 0; k < kLanes; ++k) window[k] = sum[k];
 }
 
 // Moves the windows left of the stretches down by a row. Such a window holds the last columns of a

@@ -313,6 +313,31 @@ TEST(SoftFocus, EveryAllocationMayFail) {
   }
 }
 
+size_t PeakBytes(int32_t width, int32_t height, bool masked, int32_t radius, int32_t mask_radius) {
+  Image src(kRoxeFormatRGB24, width, height), dst = src;
+  Image mask(kRoxeFormatGray8, width, height);
+  const AllocationWatch watch;
+  EXPECT_EQ(roxeSoftFocus(src, dst, masked ? &mask.record : nullptr, radius, mask_radius), kRoxeOK);
+  EXPECT_EQ(watch.live_blocks(), 0);
+  return watch.peak_bytes();
+}
+
+TEST(SoftFocus, TakesTheMemoryThatTheHeaderStates) {
+  const size_t picture = 447 + 576 * 3 + 24 * 64;  // 33 columns round up to 64
+  const size_t mask = 447 + 576 + 24 * 64;
+  EXPECT_EQ(PeakBytes(33, 40, false, 7, 0), picture + 3 * 64 * (15 + 8 + 8 + 8));
+  EXPECT_EQ(PeakBytes(33, 40, false, 8, 0), picture + 3 * 64 * (15 + 9 + 9 + 10));
+  EXPECT_EQ(PeakBytes(33, 9, false, 8, 0), picture + 3 * 64 * (15 + 9 + 9 + 9));
+  EXPECT_EQ(PeakBytes(33, 40, true, 7, 4),
+            picture + 3 * 64 * (15 + 8 + 8 + 8) + mask + 64 * (15 + 5 + 5 + 6));
+  EXPECT_EQ(PeakBytes(33, 40, true, 7, 1), picture + 3 * 64 * (15 + 8 + 8 + 8));
+  EXPECT_EQ(PeakBytes(33, 40, true, 1, 9), 0u);
+  // Windows of 257, 257 and 257 rows, then of 258, 258 and 259.
+  EXPECT_EQ(PeakBytes(33, 300, false, 257, 0), picture + 3 * 64 * (15 + 3 * 258));
+  EXPECT_EQ(PeakBytes(33, 300, false, 258, 0),
+            picture + 3 * 64 * (15 + 259 + 259 + 260) + 3 * (64 * 3 + 4 * 3 * 64));
+}
+
 TEST(SoftFocus, MaskOfMoreThan32BitsIsNoMemory) {
   // Records whose rows claim far more memory than there is; they are refused before it is touched.
   uint8_t pixel[3] = {1, 2, 3};

@@ -19,7 +19,7 @@ void get_intensity(float* plane, const PixelArray& image);
 
 // Replaces count intensities by what is to be added to their pixels: midtone[j] - I, where j is
 // combined[I] weighed by the blurred intensity. If both planes are the same one, midtone[I] - I.
-// combined has 256 entries, midtone 512.
+// combined has 256 entries, midtone 512, of which those from 256 on are equal (255).
 void update_intensity(float* intensity, const float* blurred, int32_t count, const float* combined,
                       const float* midtone);
 

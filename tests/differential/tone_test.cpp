@@ -2,6 +2,7 @@
 // input. The reference itself is first held against literals.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -411,7 +412,8 @@ TEST(DifferentialTone, ChangesOfIntensity) {
   for (int32_t i = 0; i < 4000; ++i) {
     for (float& level : combined) level = Between(random, -300, 600);
     for (float& level : midtone) level = Between(random, 0, 255);
-    const size_t count = static_cast<size_t>(Below(random, 70));
+    std::fill_n(midtone + 256, 256, 255.0f);  // as the operation has it: levels beyond read 255
+    const size_t count = static_cast<size_t>(Below(random, 200));
     const GuardedMemory own(count * sizeof(float)), around(count * sizeof(float));
     float* intensity = reinterpret_cast<float*>(own.data());
     float* blurred = reinterpret_cast<float*>(around.data());

@@ -13,6 +13,7 @@ struct SelectionBlock {
   alignas(32) uint16_t hue[kSelectionBlock], saturation[kSelectionBlock];
   alignas(32) uint16_t effective[kSelectionBlock];  // saturation
   alignas(32) uint16_t turn[kSelectionBlock];       // degrees between the hue and the reference
+  alignas(32) uint8_t distance[kSelectionBlock];    // the limit outside the selection
 };
 
 static inline __m256i all_bytes(int32_t x) { return _mm256_set1_epi8(static_cast<char>(x)); }
@@ -231,13 +232,9 @@ static inline bool all_far(const WideSelection& wide, const SelectionBlock& bloc
   return _mm256_testc_si256(far_in_hue, near_in_value);
 }
 
-struct Distances {
-  __m256i distance, outside;  // words; distance counts only where outside is 0
-};
-
-// The second stage begins with the distance of sixteen pixels.
-static inline Distances distance_words(const WideSelection& wide, const SelectionBlock& block,
-                                       int32_t i, __m256i value) {
+// The distance of sixteen pixels in words.
+static inline __m256i distance_words(const WideSelection& wide, const SelectionBlock& block,
+                                     int32_t i, __m256i value) {
   const __m256i saturation = load_256(block.effective + i);
   const __m256i rise = _mm256_sub_epi16(value, all_words(wide.value));
   const __m256i reference_squared =
@@ -252,42 +249,65 @@ static inline Distances distance_words(const WideSelection& wide, const Selectio
   const __m256i outside =
       _mm256_cmpeq_epi16(_mm256_max_epu16(quarter, all_words(wide.limit_squared)), quarter);
   // (quarter * reciprocal) >> 14. For limit 1 the factor becomes 0, and so is every distance inside.
-  return {_mm256_mulhi_epu16(quarter, all_words(4 * wide.limit_reciprocal)), outside};
+  const __m256i distance = _mm256_mulhi_epu16(quarter, all_words(4 * wide.limit_reciprocal));
+  return _mm256_blendv_epi8(distance, all_words(wide.limit), outside);
 }
 
-static void draw_selection_avx2(const ColourSelection& selection, const uint8_t* level,
-                                const uint8_t* src, uint8_t* dst, int32_t count) {
-  if (count >= 32) {
-    WideSelection wide;
-    prepare(wide, selection);
-    ShortTable<16> levels;
-    prepare(levels, level, wide.limit + 1);
-    const __m256i limit = all_bytes(wide.limit), beyond = all_bytes(level[wide.limit]);
-    SelectionBlock block;
-    while (count >= 32) {
-      const int32_t part = count < kSelectionBlock ? count & ~31 : kSelectionBlock;
-      to_hsv<Keep::kNothing>(wide, src, block, part);
-      for (int32_t i = 0; i < part; i += 32) {
-        if (all_far(wide, block, i)) {
-          store_planes(dst + 3 * i, {beyond, beyond, beyond});
-          continue;
-        }
-        const __m256i value = load_256(block.value + i);
-        const Distances low = distance_words(wide, block, i, low_words(value));
-        const Distances high = distance_words(wide, block, i + 16, high_words(value));
-        const __m256i distance =
-            _mm256_blendv_epi8(_mm256_packus_epi16(low.distance, high.distance), limit,
-                               _mm256_packs_epi16(low.outside, high.outside));
-        const __m256i grey = look_up_short(levels, distance);
-        store_planes(dst + 3 * i, {grey, grey, grey});
-      }
-      src += 3 * part;
-      dst += 3 * part;
-      count -= part;
+// The second stage.
+static inline void find_distances(const WideSelection& wide, SelectionBlock& block, int32_t count) {
+  for (int32_t i = 0; i < count; i += 32) {
+    __m256i distance = all_bytes(wide.limit);
+    if (!all_far(wide, block, i)) {
+      const __m256i value = load_256(block.value + i);
+      distance = _mm256_packus_epi16(distance_words(wide, block, i, low_words(value)),
+                                     distance_words(wide, block, i + 16, high_words(value)));
     }
+    store_256(block.distance + i, distance);
   }
-  draw_selection(selection, level, src, dst, count);
 }
+
+// From pixels to distances; the other sets of instructions have a body of their own for it.
+struct MeasureAvx2 {
+  static constexpr int32_t kPixels = 32;  // at a time
+  WideSelection wide;
+
+  template <Keep keep>
+  void measure(const uint8_t* src, SelectionBlock& block, int32_t count) const {
+    to_hsv<keep>(wide, src, block, count);
+    find_distances(wide, block, count);
+  }
+};
+
+static inline void prepare(MeasureAvx2& metric, const ColourSelection& selection) {
+  prepare(metric.wide, selection);
+}
+
+// Walks a row in blocks: measures each and hands it to finish(src, dst, block, count). The rest of the
+// row is filled up with black to a whole vector.
+template <Keep keep, class Measure, class Finish>
+static inline void walk_blocks(const Measure& metric, const uint8_t* src, uint8_t* dst,
+                               int32_t count, const Finish& finish) {
+  constexpr int32_t kPixels = Measure::kPixels;
+  SelectionBlock block;
+  while (count >= kPixels) {
+    const int32_t part = count < kSelectionBlock ? count / kPixels * kPixels : kSelectionBlock;
+    metric.template measure<keep>(src, block, part);
+    finish(src, dst, block, part);
+    src += 3 * part;
+    dst += 3 * part;
+    count -= part;
+  }
+  if (count > 0) {
+    const size_t bytes = 3 * static_cast<size_t>(count);
+    uint8_t pixels[3 * kPixels] = {};
+    __builtin_memcpy(pixels, src, bytes);
+    metric.template measure<keep>(pixels, block, kPixels);
+    finish(pixels, pixels, block, kPixels);
+    __builtin_memcpy(dst, pixels, bytes);
+  }
+}
+
+constexpr int32_t kFewPixels = 16;  // too few to prepare anything for
 
 // Blue, green and red weighted to grey, of sixteen pixels in words.
 static inline __m256i grey_words(__m256i blue_red, __m256i green) {
@@ -302,46 +322,41 @@ static inline __m256i toward_grey(__m256i channel, __m256i grey, __m256i fade) {
       channel, _mm256_mulhi_epi16(fade, _mm256_slli_epi16(_mm256_sub_epi16(grey, channel), 2)));
 }
 
-static void accent_colour_avx2(const ColourSelection& selection, const uint8_t* src, uint8_t* dst,
-                               int32_t count) {
-  if (count >= 32) {
-    WideSelection wide;
-    prepare(wide, selection);
-    const __m256i reciprocal = all_words(wide.limit_reciprocal);
-    SelectionBlock block;
-    while (count >= 32) {
-      const int32_t part = count < kSelectionBlock ? count & ~31 : kSelectionBlock;
-      to_hsv<Keep::kChannels>(wide, src, block, part);
-      for (int32_t i = 0; i < part; i += 32) {
-        const __m256i blue = load_256(block.blue + i), green = load_256(block.green + i);
-        const __m256i red = load_256(block.red + i);
-        const __m256i low_grey = grey_words(_mm256_unpacklo_epi8(blue, red), low_words(green));
-        const __m256i high_grey = grey_words(_mm256_unpackhi_epi8(blue, red), high_words(green));
-        const __m256i grey = _mm256_packus_epi16(low_grey, high_grey);
-        if (all_far(wide, block, i)) {
-          store_planes(dst + 3 * i, {grey, grey, grey});
-          continue;
+template <class Measure>
+static inline void accent_colour_wide(const ColourSelection& selection, const uint8_t* src,
+                                      uint8_t* dst, int32_t count) {
+  if (count < kFewPixels) return accent_colour(selection, src, dst, count);
+  Measure metric;
+  prepare(metric, selection);
+  const __m256i limit = all_bytes(static_cast<int32_t>(selection.limit));
+  const __m256i reciprocal = all_words(static_cast<int32_t>(selection.limit_reciprocal));
+  walk_blocks<Keep::kChannels>(
+      metric, src, dst, count,
+      [&](const uint8_t*, uint8_t* to, const SelectionBlock& block, int32_t part) {
+        for (int32_t i = 0; i < part; i += 32) {
+          const __m256i blue = load_256(block.blue + i), green = load_256(block.green + i);
+          const __m256i red = load_256(block.red + i);
+          const __m256i low_grey = grey_words(_mm256_unpacklo_epi8(blue, red), low_words(green));
+          const __m256i high_grey = grey_words(_mm256_unpackhi_epi8(blue, red), high_words(green));
+          const __m256i grey = _mm256_packus_epi16(low_grey, high_grey);
+
+          const __m256i distance = load_256(block.distance + i);
+          const __m256i outside = _mm256_cmpeq_epi8(distance, limit);
+          if (_mm256_movemask_epi8(outside) == -1) {
+            store_planes(to + 3 * i, {grey, grey, grey});
+            continue;
+          }
+          const __m256i low_fade = _mm256_mullo_epi16(low_words(distance), reciprocal);
+          const __m256i high_fade = _mm256_mullo_epi16(high_words(distance), reciprocal);
+          const auto accent = [&](__m256i channel) __attribute__((always_inline)) {
+            const __m256i mixed =
+                _mm256_packus_epi16(toward_grey(low_words(channel), low_grey, low_fade),
+                                    toward_grey(high_words(channel), high_grey, high_fade));
+            return _mm256_blendv_epi8(mixed, grey, outside);
+          };
+          store_planes(to + 3 * i, {accent(blue), accent(green), accent(red)});
         }
-        const __m256i value = load_256(block.value + i);
-        const Distances low = distance_words(wide, block, i, low_words(value));
-        const Distances high = distance_words(wide, block, i + 16, high_words(value));
-        const __m256i low_fade = _mm256_mullo_epi16(low.distance, reciprocal);
-        const __m256i high_fade = _mm256_mullo_epi16(high.distance, reciprocal);
-        const __m256i outside = _mm256_packs_epi16(low.outside, high.outside);
-        const auto accent = [&](__m256i channel) __attribute__((always_inline)) {
-          const __m256i mixed =
-              _mm256_packus_epi16(toward_grey(low_words(channel), low_grey, low_fade),
-                                  toward_grey(high_words(channel), high_grey, high_fade));
-          return _mm256_blendv_epi8(mixed, grey, outside);
-        };
-        store_planes(dst + 3 * i, {accent(blue), accent(green), accent(red)});
-      }
-      src += 3 * part;
-      dst += 3 * part;
-      count -= part;
-    }
-  }
-  accent_colour(selection, src, dst, count);
+      });
 }
 
 // (weight * x) >> 16 for an unsigned weight and a signed x.
@@ -444,63 +459,82 @@ static inline bool fits_words(const ColourShift& shift) {
          shift.value >= -32767 && shift.value <= 32767;
 }
 
-static void replace_colour_avx2(const ColourSelection& selection, const ColourShift& shift,
-                                const uint8_t* src, uint8_t* dst, int32_t count) {
-  if (count >= 32 && fits_words(shift)) {
-    WideSelection wide;
-    prepare(wide, selection);
-    WideShift wide_shift;
-    prepare(wide_shift, shift, wide.limit);
-    SelectionBlock block;
-    while (count >= 32) {
-      const int32_t part = count < kSelectionBlock ? count & ~31 : kSelectionBlock;
-      to_hsv<Keep::kChannelsAndHsv>(wide, src, block, part);
-      for (int32_t i = 0; i < part; i += 32) {
-        if (all_far(wide, block, i)) {
-          copy_32_pixels(src + 3 * i, dst + 3 * i);
-          continue;
+// 32 pixels of a block that are not all outside.
+static inline void replace_32(const WideShift& shift, const SelectionBlock& block, int32_t i,
+                              __m256i distance, uint8_t* dst) {
+  const __m256i value = load_256(block.value + i);
+  const __m256i low_byte = look_up_short(shift.low_weight, distance);
+  const __m256i high_byte = look_up_short(shift.high_weight, distance);
+  const __m256i full = _mm256_cmpeq_epi8(distance, _mm256_setzero_si256());
+  const __m256i low_weight = _mm256_unpacklo_epi8(low_byte, high_byte);
+  const __m256i high_weight = _mm256_unpackhi_epi8(low_byte, high_byte);
+  const Planes target = channels_of(
+      shift_words(shift, load_256(block.hue + i), load_256(block.saturation + i), low_words(value),
+                  low_weight, _mm256_unpacklo_epi8(full, full)),
+      shift_words(shift, load_256(block.hue + i + 16), load_256(block.saturation + i + 16),
+                  high_words(value), high_weight, _mm256_unpackhi_epi8(full, full)));
+  const auto mix = [&](const uint8_t* channel, __m256i to) __attribute__((always_inline)) {
+    const __m256i from = load_256(channel + i);
+    const __m256i low_from = low_words(from), high_from = high_words(from);
+    const __m256i low_step = weighted_words(low_weight, _mm256_sub_epi16(low_words(to), low_from));
+    const __m256i high_step =
+        weighted_words(high_weight, _mm256_sub_epi16(high_words(to), high_from));
+    return _mm256_blendv_epi8(_mm256_packus_epi16(_mm256_add_epi16(low_from, low_step),
+                                                  _mm256_add_epi16(high_from, high_step)),
+                              to, full);
+  };
+  store_planes(dst, {mix(block.blue, target.blue), mix(block.green, target.green),
+                     mix(block.red, target.red)});
+}
+
+template <class Measure>
+static inline void replace_colour_wide(const ColourSelection& selection, const ColourShift& shift,
+                                       const uint8_t* src, uint8_t* dst, int32_t count) {
+  if (count < kFewPixels || !fits_words(shift))
+    return replace_colour(selection, shift, src, dst, count);
+  Measure metric;
+  prepare(metric, selection);
+  WideShift wide_shift;
+  prepare(wide_shift, shift, static_cast<int32_t>(selection.limit));
+  const __m256i limit = all_bytes(static_cast<int32_t>(selection.limit));
+  walk_blocks<Keep::kChannelsAndHsv>(
+      metric, src, dst, count,
+      [&](const uint8_t* from, uint8_t* to, const SelectionBlock& block, int32_t part) {
+        for (int32_t i = 0; i < part; i += 32) {
+          const __m256i distance = load_256(block.distance + i);
+          if (_mm256_movemask_epi8(_mm256_cmpeq_epi8(distance, limit)) == -1)
+            copy_32_pixels(from + 3 * i, to + 3 * i);
+          else
+            replace_32(wide_shift, block, i, distance, to + 3 * i);
         }
-        const __m256i value = load_256(block.value + i);
-        const __m256i low_value = low_words(value), high_value = high_words(value);
-        const Distances low = distance_words(wide, block, i, low_value);
-        const Distances high = distance_words(wide, block, i + 16, high_value);
-        const __m256i outside = _mm256_packs_epi16(low.outside, high.outside);
-        if (_mm256_movemask_epi8(outside) == -1) {
-          copy_32_pixels(src + 3 * i, dst + 3 * i);
-          continue;
+      });
+}
+
+[[maybe_unused]] static void draw_selection_avx2(const ColourSelection& selection,
+                                                 const uint8_t* level, const uint8_t* src,
+                                                 uint8_t* dst, int32_t count) {
+  if (count < kFewPixels) return draw_selection(selection, level, src, dst, count);
+  MeasureAvx2 metric;
+  prepare(metric, selection);
+  ShortTable<16> levels;
+  prepare(levels, level, static_cast<int32_t>(selection.limit) + 1);
+  walk_blocks<Keep::kNothing>(
+      metric, src, dst, count,
+      [&](const uint8_t*, uint8_t* to, const SelectionBlock& block, int32_t part) {
+        for (int32_t i = 0; i < part; i += 32) {
+          const __m256i grey = look_up_short(levels, load_256(block.distance + i));
+          store_planes(to + 3 * i, {grey, grey, grey});
         }
-        // Outside, the index is 255 and the weight 0.
-        const __m256i distance =
-            _mm256_or_si256(_mm256_packus_epi16(low.distance, high.distance), outside);
-        const __m256i low_byte = look_up_short(wide_shift.low_weight, distance);
-        const __m256i high_byte = look_up_short(wide_shift.high_weight, distance);
-        const __m256i full = _mm256_cmpeq_epi8(distance, _mm256_setzero_si256());
-        const __m256i low_weight = _mm256_unpacklo_epi8(low_byte, high_byte);
-        const __m256i high_weight = _mm256_unpackhi_epi8(low_byte, high_byte);
-        const Planes target = channels_of(
-            shift_words(wide_shift, load_256(block.hue + i), load_256(block.saturation + i),
-                        low_value, low_weight, _mm256_unpacklo_epi8(full, full)),
-            shift_words(wide_shift, load_256(block.hue + i + 16),
-                        load_256(block.saturation + i + 16), high_value, high_weight,
-                        _mm256_unpackhi_epi8(full, full)));
-        const auto mix = [&](const uint8_t* channel, __m256i to) __attribute__((always_inline)) {
-          const __m256i from = load_256(channel + i);
-          const __m256i low_from = low_words(from), high_from = high_words(from);
-          const __m256i low_step =
-              weighted_words(low_weight, _mm256_sub_epi16(low_words(to), low_from));
-          const __m256i high_step =
-              weighted_words(high_weight, _mm256_sub_epi16(high_words(to), high_from));
-          return _mm256_blendv_epi8(_mm256_packus_epi16(_mm256_add_epi16(low_from, low_step),
-                                                        _mm256_add_epi16(high_from, high_step)),
-                                    to, full);
-        };
-        store_planes(dst + 3 * i, {mix(block.blue, target.blue), mix(block.green, target.green),
-                                   mix(block.red, target.red)});
-      }
-      src += 3 * part;
-      dst += 3 * part;
-      count -= part;
-    }
-  }
-  replace_colour(selection, shift, src, dst, count);
+      });
+}
+
+[[maybe_unused]] static void accent_colour_avx2(const ColourSelection& selection,
+                                                const uint8_t* src, uint8_t* dst, int32_t count) {
+  accent_colour_wide<MeasureAvx2>(selection, src, dst, count);
+}
+
+[[maybe_unused]] static void replace_colour_avx2(const ColourSelection& selection,
+                                                 const ColourShift& shift, const uint8_t* src,
+                                                 uint8_t* dst, int32_t count) {
+  replace_colour_wide<MeasureAvx2>(selection, shift, src, dst, count);
 }

@@ -33,9 +33,10 @@ namespace {
 #include "rows/colour_selection.inl"
 #include "rows/planes_avx2.inl"
 #include "rows/colour_selection_avx2.inl"
+#include "rows/planes_avx512.inl"
+#include "rows/colour_selection_avx512.inl"
 #include "rows/white_balance.inl"
 #include "rows/white_balance_avx2.inl"
-#include "rows/planes_avx512.inl"
 #include "rows/white_balance_avx512.inl"
 
 // tone
@@ -64,9 +65,9 @@ constexpr RowKernels kAvx512Rows = {
     .box_row_32 = box_row_32_avx2,
 
     // colour
-    .draw_selection = draw_selection_avx2,
-    .replace_colour = replace_colour_avx2,
-    .accent_colour = accent_colour_avx2,
+    .draw_selection = draw_selection_avx512,
+    .replace_colour = replace_colour_avx512,
+    .accent_colour = accent_colour_avx512,
     .balance_white = balance_white_avx512,
 
     // tone

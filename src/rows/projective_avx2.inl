@@ -120,8 +120,9 @@ static inline void store_tile(__m256 (&pixels)[kTile], uint8_t* dst, ptrdiff_t d
 }
 
 // A whole tile inside the source; rows of it are written.
-static inline void sample_tile(const ProjectiveSource& source, const TilePositions& at,
-                               uint8_t* dst, ptrdiff_t dst_stride, int32_t rows) {
+[[maybe_unused]] static inline void sample_tile(const ProjectiveSource& source,
+                                                const TilePositions& at, uint8_t* dst,
+                                                ptrdiff_t dst_stride, int32_t rows) {
   __m256 pixels[kTile];
   for (int k = 0; k < kTile; ++k) {
     fetch_next_band(source, at, k);

@@ -42,24 +42,14 @@ struct FloatPixels16 {
 
 // Eight pairs of pixels, loaded from two bytes before them.
 static inline __m512i load_8_pairs(const uint8_t* pixels, const int32_t* offsets) {
-  const auto pair = [&](int k) {
-    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pixels - 2 + offsets[k]));
-  };
-  __m512i pairs = _mm512_broadcastq_epi64(pair(0));
-  pairs = _mm512_mask_broadcastq_epi64(pairs, 1 << 1, pair(1));
-  pairs = _mm512_mask_broadcastq_epi64(pairs, 1 << 2, pair(2));
-  pairs = _mm512_mask_broadcastq_epi64(pairs, 1 << 3, pair(3));
-  pairs = _mm512_mask_broadcastq_epi64(pairs, 1 << 4, pair(4));
-  pairs = _mm512_mask_broadcastq_epi64(pairs, 1 << 5, pair(5));
-  pairs = _mm512_mask_broadcastq_epi64(pairs, 1 << 6, pair(6));
-  pairs = _mm512_mask_broadcastq_epi64(pairs, 1 << 7, pair(7));
-  return pairs;
+  const uint8_t* p = pixels - 2;
+  const __m256i low = load_4_pairs(p + offsets[0], p + offsets[1], p + offsets[2], p + offsets[3]);
+  const __m256i high = load_4_pairs(p + offsets[4], p + offsets[5], p + offsets[6], p + offsets[7]);
+  return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
 }
 
-// Sixteen pixels and their right neighbours, mixed.
-static inline FloatPixels16 mix_16_with_neighbours(const uint8_t* pixels, const int32_t* offsets,
-                                                   __m512 x_fractions) {
-  const __m512i a = load_8_pairs(pixels, offsets), b = load_8_pairs(pixels, offsets + 8);
+// Sixteen pixels, of which a and b hold eight pairs each, mixed with their right neighbours.
+static inline FloatPixels16 mix_16_pairs(__m512i a, __m512i b, __m512 x_fractions) {
   const __m512i pair_starts =
       _mm512_setr_epi32(0, 8, 16, 24, 32, 40, 48, 56, 64, 72, 80, 88, 96, 104, 112, 120);
   const auto byte = [&](int k) {
@@ -75,9 +65,12 @@ static inline FloatPixels16 mix_16_with_neighbours(const uint8_t* pixels, const 
 // Sixteen pixels of 24 bits in 32-bit lanes.
 static inline __m512i sample_two_columns(const ProjectiveSource& source, const int32_t* offsets,
                                          __m512 x_fractions, __m512 y_fractions) {
-  const FloatPixels16 top = mix_16_with_neighbours(source.pixels, offsets, x_fractions);
-  const FloatPixels16 bottom =
-      mix_16_with_neighbours(source.pixels + source.stride, offsets, x_fractions);
+  const uint8_t *upper = source.pixels, *lower = upper + source.stride;
+  const __m512i upper_a = load_8_pairs(upper, offsets), lower_a = load_8_pairs(lower, offsets);
+  const __m512i upper_b = load_8_pairs(upper, offsets + 8);
+  const __m512i lower_b = load_8_pairs(lower, offsets + 8);
+  const FloatPixels16 top = mix_16_pairs(upper_a, upper_b, x_fractions);
+  const FloatPixels16 bottom = mix_16_pairs(lower_a, lower_b, x_fractions);
   const auto mixed = [&](__m512 above, __m512 below) {
     return _mm512_cvttps_epi32(_mm512_fmadd_ps(y_fractions, _mm512_sub_ps(below, above), above));
   };
@@ -86,19 +79,51 @@ static inline __m512i sample_two_columns(const ProjectiveSource& source, const i
   return _mm512_or_si512(mixed(top.blue, bottom.blue), _mm512_or_si512(green, red));
 }
 
+// Where the bytes of two rows of a tile come from: of columns 0 ... 3 and of columns 4 ... 7. The
+// first row ends in the lower half of a vector, the second in the upper one.
+struct TileOrder {
+  alignas(64) uint8_t first[64], last[64];
+};
+
+static constexpr TileOrder tile_order() {
+  TileOrder order = {};
+  for (int row = 0; row < 2; ++row) {
+    for (int column = 0; column < 4; ++column) {
+      for (int channel = 0; channel < 3; ++channel) {
+        const int from = 32 * column + 4 * row + channel;
+        const int to = 32 * row + 3 * column + channel;
+        order.first[to] = static_cast<uint8_t>(from);
+        order.last[to + 12] = static_cast<uint8_t>(from);
+      }
+    }
+  }
+  return order;
+}
+
 static inline void sample_tile_16(const ProjectiveSource& source, const TilePositions& at,
                                   uint8_t* dst, ptrdiff_t dst_stride, int32_t rows) {
-  __m256 pixels[kTile];
+  __m512i columns[kTile / 2];
   for (int k = 0; k < kTile; k += 2) {
     fetch_next_band(source, at, k);
     fetch_next_band(source, at, k + 1);
-    const __m512 both = _mm512_castsi512_ps(sample_two_columns(source, at.offsets[k],
-                                                               _mm512_load_ps(at.x_fractions[k]),
-                                                               _mm512_load_ps(at.y_fractions[k])));
-    pixels[k] = _mm512_castps512_ps256(both);
-    pixels[k + 1] = _mm512_extractf32x8_ps(both, 1);
+    columns[k / 2] = sample_two_columns(source, at.offsets[k], _mm512_load_ps(at.x_fractions[k]),
+                                        _mm512_load_ps(at.y_fractions[k]));
   }
-  store_tile(pixels, dst, dst_stride, rows);
+  static constexpr TileOrder kOrder = tile_order();
+  constexpr __mmask64 kFirst = 0x00000fff00000fff, kLast = kFirst << 12;
+  constexpr __mmask8 kPixels = 0x3f;  // eight of 24 bits are six words of 32
+  for (int32_t r = 0; r < rows; r += 2) {
+    const __m512i row_offset = _mm512_set1_epi8(static_cast<char>(4 * r));
+    const __m512i first = _mm512_add_epi8(_mm512_load_si512(kOrder.first), row_offset);
+    const __m512i last = _mm512_add_epi8(_mm512_load_si512(kOrder.last), row_offset);
+    const __m512i two_rows =
+        _mm512_or_si512(_mm512_maskz_permutex2var_epi8(kFirst, columns[0], first, columns[1]),
+                        _mm512_maskz_permutex2var_epi8(kLast, columns[2], last, columns[3]));
+    uint8_t* row = dst + r * dst_stride;
+    _mm256_mask_storeu_epi32(row, kPixels, _mm512_castsi512_si256(two_rows));
+    if (r + 1 < rows)
+      _mm256_mask_storeu_epi32(row + dst_stride, kPixels, _mm512_extracti64x4_epi64(two_rows, 1));
+  }
 }
 
 static void resample_band_avx512(const ProjectiveSource& source, const ProjectiveSums* starts,
@@ -116,21 +141,30 @@ static void resample_band_avx512(const ProjectiveSource& source, const Projectiv
   SumLanes16 sums = {first_two_columns(lanes.x, source.step_x),
                      first_two_columns(lanes.y, source.step_y),
                      first_two_columns(lanes.denominator, source.step_denominator)};
-  for (int32_t i = 0; i < count; i += kTile) {
-    const SumLanes16 before = sums;
-    TilePositions at;
-    __mmask16 near_border = 0;
-    for (int k = 0; k < kTile; k += 2)
-      near_border = static_cast<__mmask16>(
-          near_border |
-          two_column_positions(source, sums, at.offsets[k], at.x_fractions[k], at.y_fractions[k]));
-    if (i + kTile <= count && near_border == 0) {
-      sample_tile_16(source, at, dst + 3 * i, dst_stride, rows);
-      continue;
+  constexpr int32_t kTiles = 8;  // whose positions are computed before sampling
+  TilePositions at[kTiles];
+  SumLanes16 before[kTiles];
+  __mmask16 near_border[kTiles];
+  for (int32_t begin = 0; begin < count; begin += kTiles * kTile) {
+    for (int t = 0; t < kTiles; ++t) {
+      before[t] = sums;
+      near_border[t] = 0;
+      for (int k = 0; k < kTile; k += 2)
+        near_border[t] = static_cast<__mmask16>(
+            near_border[t] | two_column_positions(source, sums, at[t].offsets[k],
+                                                  at[t].x_fractions[k], at[t].y_fractions[k]));
     }
-    _mm256_store_ps(lanes.x, _mm512_castps512_ps256(before.x));
-    _mm256_store_ps(lanes.y, _mm512_castps512_ps256(before.y));
-    _mm256_store_ps(lanes.denominator, _mm512_castps512_ps256(before.denominator));
-    resample_tile_plainly(source, lanes, dst + 3 * i, dst_stride, rows, count - i);
+    for (int t = 0; t < kTiles; ++t) {
+      const int32_t i = begin + t * kTile;
+      if (i >= count) break;
+      if (i + kTile <= count && near_border[t] == 0) {
+        sample_tile_16(source, at[t], dst + 3 * i, dst_stride, rows);
+        continue;
+      }
+      _mm256_store_ps(lanes.x, _mm512_castps512_ps256(before[t].x));
+      _mm256_store_ps(lanes.y, _mm512_castps512_ps256(before[t].y));
+      _mm256_store_ps(lanes.denominator, _mm512_castps512_ps256(before[t].denominator));
+      resample_tile_plainly(source, lanes, dst + 3 * i, dst_stride, rows, count - i);
+    }
   }
 }

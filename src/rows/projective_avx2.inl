@@ -2,7 +2,9 @@
 // lanes are the eight rows of a band; tiles of eight columns are sampled lane by lane and transposed
 // when their pixels are finished. Six times as fast as the plain band rebuilt for AVX2.
 
-constexpr int32_t kTile = 8;  // columns of a tile, and its rows: one lane each
+constexpr int32_t kTile = 8;            // columns of a tile, and its rows: one lane each
+constexpr int32_t kTilesAtOnce = 8;     // whose positions are computed before they are sampled
+constexpr ptrdiff_t kBytesAhead = 384;  // by which each row of the destination is fetched ahead
 
 // The sums of eight rows at one column.
 struct SumLanes {
@@ -114,9 +116,11 @@ static inline void store_tile(__m256 (&pixels)[kTile], uint8_t* dst, ptrdiff_t d
   transpose_8x8(pixels);
   const __m256i three_of_four =
       in_both_halves(_mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
-  for (int32_t r = 0; r < rows; ++r)
-    store_24_bytes(dst + r * dst_stride,
-                   _mm256_shuffle_epi8(_mm256_castps_si256(pixels[r]), three_of_four));
+  for (int32_t r = 0; r < rows; ++r) {
+    uint8_t* row = dst + r * dst_stride;
+    _mm_prefetch(row + kBytesAhead, _MM_HINT_T0);
+    store_24_bytes(row, _mm256_shuffle_epi8(_mm256_castps_si256(pixels[r]), three_of_four));
+  }
 }
 
 // A whole tile inside the source; rows of it are written.
@@ -174,17 +178,22 @@ static void resample_tile_plainly(const ProjectiveSource& source, const TileSums
   TileSums tile = first_sums(starts, rows);
   SumLanes sums = {_mm256_load_ps(tile.x), _mm256_load_ps(tile.y),
                    _mm256_load_ps(tile.denominator)};
+  TilePositions at[kTilesAtOnce];
+  SumLanes before[kTilesAtOnce];
+  TileExtent extent[kTilesAtOnce];
   for (int32_t i = 0; i < count; i += kTile) {
-    const SumLanes before = sums;
-    TilePositions at;
-    const TileExtent extent = tile_positions(source, sums, at);
-    if (i + kTile <= count && extent.is_inside(source)) {
-      sample_tile(source, at, dst + 3 * i, dst_stride, rows);
+    const int32_t t = i / kTile % kTilesAtOnce;
+    for (int32_t ahead = 0; t == 0 && ahead < kTilesAtOnce; ++ahead) {
+      before[ahead] = sums;
+      extent[ahead] = tile_positions(source, sums, at[ahead]);
+    }
+    if (i + kTile <= count && extent[t].is_inside(source)) {
+      sample_tile(source, at[t], dst + 3 * i, dst_stride, rows);
       continue;
     }
-    _mm256_store_ps(tile.x, before.x);
-    _mm256_store_ps(tile.y, before.y);
-    _mm256_store_ps(tile.denominator, before.denominator);
+    _mm256_store_ps(tile.x, before[t].x);
+    _mm256_store_ps(tile.y, before[t].y);
+    _mm256_store_ps(tile.denominator, before[t].denominator);
     resample_tile_plainly(source, tile, dst + 3 * i, dst_stride, rows, count - i);
   }
 }

@@ -11,28 +11,32 @@ static inline __m512 two_columns_on(__m512 sum, float step) {
   return _mm512_add_ps(_mm512_add_ps(sum, _mm512_set1_ps(step)), _mm512_set1_ps(step));
 }
 
-// As column_positions, for two columns; the result has a bit for each lane.
-static inline __mmask16 two_column_positions(const ProjectiveSource& source, SumLanes16& sums,
-                                             int32_t* offsets, float* x_fractions,
-                                             float* y_fractions) {
-  const __m512 x = _mm512_div_ps(sums.x, sums.denominator);
-  const __m512 y = _mm512_div_ps(sums.y, sums.denominator);
-  const __m512i column = _mm512_cvttps_epi32(x), row = _mm512_cvttps_epi32(y);
-  const __m512i one = _mm512_set1_epi32(1);
-  const __mmask16 is_near_border = static_cast<__mmask16>(
-      _mm512_cmpge_epu32_mask(_mm512_sub_epi32(column, one),
-                              _mm512_set1_epi32(source.columns - 2)) |
-      _mm512_cmpge_epu32_mask(_mm512_sub_epi32(row, one), _mm512_set1_epi32(source.rows - 2)));
-  const __m512i three = _mm512_add_epi32(column, _mm512_add_epi32(column, column));
+// The positions of a tile, as for eight lanes; the sums move on to the next one. The result has a bit
+// for each lane with a pixel that is not at least one pixel away from the border of the source.
+static inline __mmask16 tile_positions_16(const ProjectiveSource& source, SumLanes16& sums,
+                                          TilePositions& at) {
   const __m512i stride = _mm512_set1_epi32(static_cast<int32_t>(source.stride));
-  _mm512_store_si512(offsets, _mm512_add_epi32(_mm512_mullo_epi32(row, stride), three));
-  _mm512_store_ps(x_fractions, _mm512_sub_ps(x, _mm512_cvtepi32_ps(column)));
-  _mm512_store_ps(y_fractions, _mm512_sub_ps(y, _mm512_cvtepi32_ps(row)));
+  const __m512i columns_inside = _mm512_set1_epi32(source.columns - 2);
+  const __m512i rows_inside = _mm512_set1_epi32(source.rows - 2);
+  const __m512i one = _mm512_set1_epi32(1);
+  __mmask16 near_border = 0;
+  for (int k = 0; k < kTile; k += 2) {
+    const __m512 x = _mm512_div_ps(sums.x, sums.denominator);
+    const __m512 y = _mm512_div_ps(sums.y, sums.denominator);
+    const __m512i column = _mm512_cvttps_epi32(x), row = _mm512_cvttps_epi32(y);
+    near_border = static_cast<__mmask16>(
+        near_border | _mm512_cmpge_epu32_mask(_mm512_sub_epi32(column, one), columns_inside) |
+        _mm512_cmpge_epu32_mask(_mm512_sub_epi32(row, one), rows_inside));
+    const __m512i three = _mm512_add_epi32(column, _mm512_add_epi32(column, column));
+    _mm512_store_si512(at.offsets[k], _mm512_add_epi32(_mm512_mullo_epi32(row, stride), three));
+    _mm512_store_ps(at.x_fractions[k], _mm512_sub_ps(x, _mm512_cvtepi32_ps(column)));
+    _mm512_store_ps(at.y_fractions[k], _mm512_sub_ps(y, _mm512_cvtepi32_ps(row)));
 
-  sums.x = two_columns_on(sums.x, source.step_x);
-  sums.y = two_columns_on(sums.y, source.step_y);
-  sums.denominator = two_columns_on(sums.denominator, source.step_denominator);
-  return is_near_border;
+    sums.x = two_columns_on(sums.x, source.step_x);
+    sums.y = two_columns_on(sums.y, source.step_y);
+    sums.denominator = two_columns_on(sums.denominator, source.step_denominator);
+  }
+  return near_border;
 }
 
 // Three channels of sixteen pixels.
@@ -120,6 +124,8 @@ static inline void sample_tile_16(const ProjectiveSource& source, const TilePosi
         _mm512_or_si512(_mm512_maskz_permutex2var_epi8(kFirst, columns[0], first, columns[1]),
                         _mm512_maskz_permutex2var_epi8(kLast, columns[2], last, columns[3]));
     uint8_t* row = dst + r * dst_stride;
+    _mm_prefetch(row + kBytesAhead, _MM_HINT_T0);
+    _mm_prefetch(row + dst_stride + kBytesAhead, _MM_HINT_T0);
     _mm256_mask_storeu_epi32(row, kPixels, _mm512_castsi512_si256(two_rows));
     if (r + 1 < rows)
       _mm256_mask_storeu_epi32(row + dst_stride, kPixels, _mm512_extracti64x4_epi64(two_rows, 1));
@@ -141,30 +147,22 @@ static void resample_band_avx512(const ProjectiveSource& source, const Projectiv
   SumLanes16 sums = {first_two_columns(lanes.x, source.step_x),
                      first_two_columns(lanes.y, source.step_y),
                      first_two_columns(lanes.denominator, source.step_denominator)};
-  constexpr int32_t kTiles = 8;  // whose positions are computed before sampling
-  TilePositions at[kTiles];
-  SumLanes16 before[kTiles];
-  __mmask16 near_border[kTiles];
-  for (int32_t begin = 0; begin < count; begin += kTiles * kTile) {
-    for (int t = 0; t < kTiles; ++t) {
-      before[t] = sums;
-      near_border[t] = 0;
-      for (int k = 0; k < kTile; k += 2)
-        near_border[t] = static_cast<__mmask16>(
-            near_border[t] | two_column_positions(source, sums, at[t].offsets[k],
-                                                  at[t].x_fractions[k], at[t].y_fractions[k]));
+  TilePositions at[kTilesAtOnce];
+  SumLanes16 before[kTilesAtOnce];
+  __mmask16 near_border[kTilesAtOnce];
+  for (int32_t i = 0; i < count; i += kTile) {
+    const int32_t t = i / kTile % kTilesAtOnce;
+    for (int32_t ahead = 0; t == 0 && ahead < kTilesAtOnce; ++ahead) {
+      before[ahead] = sums;
+      near_border[ahead] = tile_positions_16(source, sums, at[ahead]);
     }
-    for (int t = 0; t < kTiles; ++t) {
-      const int32_t i = begin + t * kTile;
-      if (i >= count) break;
-      if (i + kTile <= count && near_border[t] == 0) {
-        sample_tile_16(source, at[t], dst + 3 * i, dst_stride, rows);
-        continue;
-      }
-      _mm256_store_ps(lanes.x, _mm512_castps512_ps256(before[t].x));
-      _mm256_store_ps(lanes.y, _mm512_castps512_ps256(before[t].y));
-      _mm256_store_ps(lanes.denominator, _mm512_castps512_ps256(before[t].denominator));
-      resample_tile_plainly(source, lanes, dst + 3 * i, dst_stride, rows, count - i);
+    if (i + kTile <= count && near_border[t] == 0) {
+      sample_tile_16(source, at[t], dst + 3 * i, dst_stride, rows);
+      continue;
     }
+    _mm256_store_ps(lanes.x, _mm512_castps512_ps256(before[t].x));
+    _mm256_store_ps(lanes.y, _mm512_castps512_ps256(before[t].y));
+    _mm256_store_ps(lanes.denominator, _mm512_castps512_ps256(before[t].denominator));
+    resample_tile_plainly(source, lanes, dst + 3 * i, dst_stride, rows, count - i);
   }
 }

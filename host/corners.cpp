@@ -10,6 +10,9 @@ namespace {
 
 using Order = std::array<size_t, 4>;
 
+// No picture reaches farther, and up to here cross() stays within 64 bits.
+constexpr int32_t kFarthest = 1'000'000'000;
+
 // Twice the area of a triangle; the sign tells the sense of turning.
 int64_t cross(Point a, Point b, Point c) {
   return (int64_t{b.x} - a.x) * (int64_t{c.y} - a.y) - (int64_t{b.y} - a.y) * (int64_t{c.x} - a.x);
@@ -24,6 +27,13 @@ bool is_convex(const std::vector<Point>& corners, const Order& order) {
 
 std::string named(const std::vector<Point>& corners, size_t i) {
   return std::to_string(i + 1) + " " + to_text(corners[i]);
+}
+
+void refuse_distant(const std::vector<Point>& corners, const std::string& what) {
+  const auto is_distant = [](int32_t v) { return v < -kFarthest || v > kFarthest; };
+  for (size_t i = 0; i < 4; ++i)
+    if (is_distant(corners[i].x) || is_distant(corners[i].y))
+      throw UsageError(what + ": corner " + named(corners, i) + " lies far outside any picture");
 }
 
 void refuse_equal(const std::vector<Point>& corners, const std::string& what) {
@@ -58,6 +68,7 @@ void refuse_inside(const std::vector<Point>& corners, const std::string& what) {
 
 Quad convex_quad(const std::vector<Point>& corners, CornerOrder order, std::string_view what) {
   const std::string option(what);
+  refuse_distant(corners, option);
   refuse_equal(corners, option);
   refuse_flat(corners, option);
   refuse_inside(corners, option);

@@ -176,6 +176,13 @@ class Perspective(ToolTest):
                 ("0,0,80,0,80,60,0,2147483648", "--corners needs 8 whole numbers")):
             self.refuse(2, words, "perspective", "in.ppm", "out.ppm", "--corners=" + corners)
 
+    def test_corners_at_the_ends_of_the_numbers(self):
+        least, most = -2**31, 2**31 - 1
+        corners = f"{least},{least},{most},{least},{most},{most},{least},{most}"
+        words = f"corner 1 ({least}, {least}) lies far outside any picture"
+        self.refuse(2, words, "perspective", "in.ppm", "--dry-run", "--corners", corners)
+        self.refuse(2, words, "warp", "in.ppm", "out.ppm", "--from", corners, "--to", corners)
+
     def test_sizes_that_make_no_sense(self):
         command = ("perspective", "in.ppm", "out.ppm", "--corners", "20,10,80,10,80,50,20,50")
         for size in ("0x5", "5", "axb", "-5x5", "5x5x5", "5 by 5"):

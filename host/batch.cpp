@@ -71,8 +71,8 @@ void process(const BatchJob& job, const Recipe& recipe, const std::string& targe
     std::error_code none;
     if (fs::equivalent(result.input, target, none))
       throw Failure(result.input + ": the result would replace the photograph itself");
-    check_target(target);
     Picture picture = load_picture(result.input, job.background, result.notes).picture;
+    check_target(target);  // after the input, so that a folder or a text is refused as what it is
     try {
       for (const auto& operation : recipe) operation->apply(picture, job.background);
     } catch (const std::runtime_error& error) {

@@ -29,7 +29,7 @@ void require_inside(const Picture& picture, Point point, std::string_view what) 
 class Rotate : public Operation {
  public:
   void add_options(CLI::App& app) override {
-    add_decimal_number(app, "--angle", angle_,
+    add_decimal_number(app, "--angle", angle_, -3600, 3600,
                        "degrees; positive turns clockwise, negative anticlockwise")
         ->required()
         ->type_name("DEG");

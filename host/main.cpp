@@ -1,12 +1,15 @@
 // roxe: a photographer's command line over the fifteen operations.
 
 #include <algorithm>
+#include <cctype>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <exception>
 #include <memory>
 #include <new>
 #include <string>
+#include <system_error>
 
 #include <unistd.h>
 
@@ -29,7 +32,19 @@ constexpr int kExitFailed = 1, kExitUsage = 2;
 
 void say(const std::string& text) { std::fputs(text.c_str(), stdout); }
 
-void complain(const std::string& sentence) { std::fprintf(stderr, "roxe: %s\n", sentence.c_str()); }
+// Prints what was asked for. If it does not arrive, the work has failed.
+void answer(const std::string& text) {
+  say(text);
+  if (std::fflush(stdout) != 0 || std::ferror(stdout))
+    throw Failure("the answer cannot be printed (" + std::generic_category().message(errno) + ")");
+}
+
+// The names of files may hold line ends and commands to the terminal.
+void complain(std::string sentence) {
+  for (char& c : sentence)
+    if (std::iscntrl(static_cast<unsigned char>(c))) c = '?';
+  std::fprintf(stderr, "roxe: %s\n", sentence.c_str());
+}
 
 // Options of every command that writes a picture.
 struct OutputOptions {
@@ -74,7 +89,10 @@ struct OperationCommand {
     const std::string done = operation->apply(picture, options.background);
     if (writes) save_picture(picture, output, options.settings, notes);
     for (const std::string& note : notes) complain("note: " + note);
-    say(writes ? output + ": " + done + ", " + picture.size_text() + " pixels\n" : done + "\n");
+    if (writes)
+      say(output + ": " + done + ", " + picture.size_text() + " pixels\n");
+    else
+      answer(done + "\n");
   }
 };
 
@@ -89,7 +107,7 @@ struct InfoCommand {
 
   void run() {
     Notes notes;
-    say(info_text(load_picture(input, {}, notes), input));
+    answer(info_text(load_picture(input, {}, notes), input));
   }
 };
 
@@ -108,7 +126,7 @@ struct PickCommand {
 
   void run() {
     Notes notes;
-    say(pick_text(load_picture(input, {}, notes).picture, point));
+    answer(pick_text(load_picture(input, {}, notes).picture, point));
   }
 };
 
@@ -187,7 +205,7 @@ int run(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);  // help was asked for
-    complain(std::string(error.what()) + " (see roxe --help)");
+    complain(reason(app, error) + " (see roxe --help)");
     return kExitUsage;
   }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -28,11 +29,20 @@ inline CLI::Option* add_whole_number(CLI::App& app, const std::string& name, int
 }
 
 inline CLI::Option* add_decimal_number(CLI::App& app, const std::string& name, double& value,
-                                       const std::string& meaning) {
-  const auto store = [&value, name](const std::string& text) {
-    value = decimal_number(text, name);
+                                       int32_t low, int32_t high, const std::string& meaning) {
+  const auto store = [&value, name, low, high](const std::string& text) {
+    value = decimal_number(text, low, high, name);
   };
   return add_text(app, name, "NUMBER", meaning, store);
+}
+
+// What the parser complains about. It would list surplus arguments backwards.
+inline std::string reason(const CLI::App& app, const CLI::ParseError& error) {
+  if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::ExtrasError)) return error.what();
+  const std::vector<std::string> surplus = app.remaining(true);
+  return (surplus.size() == 1 ? "this argument was not expected: "
+                              : "these arguments were not expected: ") +
+         CLI::detail::join(surplus, " ");
 }
 
 }  // namespace host

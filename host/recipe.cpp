@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <string_view>
 
-#include <CLI/CLI.hpp>
-
 #include "errors.h"
 #include "files.h"
+#include "options.h"
 #include "text.h"
 
 namespace host {
@@ -27,7 +26,7 @@ std::unique_ptr<Operation> read_line(std::string_view line) {
   try {
     options.parse(arguments);
   } catch (const CLI::ParseError& error) {
-    throw UsageError(error.what());
+    throw UsageError(reason(options, error));
   }
   operation->check();
   if (operation->only_reports()) throw UsageError("--dry-run has no place in a recipe");
@@ -38,15 +37,17 @@ std::unique_ptr<Operation> read_line(std::string_view line) {
 
 Recipe read_recipe(const std::string& path) {
   const Bytes file = read_file(path);
-  const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
+  std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
   if (text.find('\0') != text.npos) throw UsageError(path + ": is not a text file");
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // some editors begin UTF-8 so
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   Recipe recipe;
   size_t start = 0;
   for (int number = 1; start < text.size(); ++number) {
     const size_t end = std::min(text.find('\n', start), text.size());
     const std::string_view line = text.substr(start, end - start);
     start = end + 1;
-    const size_t first = line.find_first_not_of(" \t\r");
+    const size_t first = line.find_first_not_of(" \t\r\v\f");
     if (first == line.npos || line[first] == '#') continue;
     try {
       recipe.push_back(read_line(line));

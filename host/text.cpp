@@ -37,6 +37,7 @@ template <typename Number>
 bool parse(std::string_view text, Number& value) {
   while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
   while (!text.empty() && text.back() == ' ') text.remove_suffix(1);
+  if (text.size() > 1 && text.front() == '+' && text[1] != '-') text.remove_prefix(1);
   const char* end = text.data() + text.size();
   const auto result = std::from_chars(text.data(), end, value);
   return !text.empty() && result.ec == std::errc() && result.ptr == end;
@@ -52,10 +53,11 @@ int32_t whole_number(std::string_view text, int32_t low, int32_t high, std::stri
   return value;
 }
 
-double decimal_number(std::string_view text, std::string_view what) {
+double decimal_number(std::string_view text, int32_t low, int32_t high, std::string_view what) {
   double value = 0;
-  if (!parse(text, value) || !std::isfinite(value))
-    throw UsageError(std::string(what) + " needs a number, not " + quoted(text));
+  if (!parse(text, value) || !(value >= low && value <= high))  // not a number: refused as well
+    throw UsageError(std::string(what) + " needs a number from " + std::to_string(low) + " to " +
+                     std::to_string(high) + ", not " + quoted(text));
   return value;
 }
 

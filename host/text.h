@@ -20,7 +20,7 @@ struct Size {
 };
 
 int32_t whole_number(std::string_view text, int32_t low, int32_t high, std::string_view what);
-double decimal_number(std::string_view text, std::string_view what);
+double decimal_number(std::string_view text, int32_t low, int32_t high, std::string_view what);
 // Whole numbers separated by commas; what names the option in the message.
 std::vector<int32_t> whole_numbers(std::string_view text, size_t count, std::string_view what);
 std::vector<Point> points(std::string_view text, size_t count, std::string_view what);

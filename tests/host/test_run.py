@@ -45,6 +45,13 @@ class Recipes(ToolTest):
                          "#ff0000")
             self.assertEqual(self.read("done/" + name), self.read("step.ppm"))
 
+    def test_a_byte_order_mark_and_blank_lines_of_all_kinds(self):
+        self.write("plain", b"rotate --angle 10\n")
+        self.write("marked", b"\xef\xbb\xbfrotate --angle 10\r\n\v\n\f\n \t\n")
+        for recipe in ("plain", "marked"):
+            self.succeed("run", recipe, self.inputs[0], "--out", recipe + "-out")
+        self.assertEqual(self.read("marked-out/photo0.ppm"), self.read("plain-out/photo0.ppm"))
+
     def test_the_number_at_a_time_changes_nothing(self):
         self.write("recipe", b"rotate --angle -20")
         self.succeed("run", "recipe", *self.inputs, "--out", "one", "--jobs", 1)
@@ -73,6 +80,18 @@ class Recipes(ToolTest):
         self.assertIn("photos/none.jpg: cannot be opened", lines[2])
         self.assertEqual(len(os.listdir(self.path("done"))), 5)
 
+    def test_inputs_that_are_no_photographs_are_named_as_what_they_are(self):
+        self.write("recipe", b"rotate --angle 10")
+        self.write("notes.txt", b"a text")
+        self.write("photo", ppm(speckled(5, 5)))
+        result = self.run_tool("run", "recipe", "photos", "notes.txt", "none", "photo", "--out",
+                               "out")
+        self.assertEqual(result.returncode, FAILED)
+        for line, words in zip(result.stderr.splitlines(), (
+                "photos: is a folder", "notes.txt: is not a JPEG", "none: cannot be opened",
+                "out/photo: the extension must say")):
+            self.assertIn(words, line)
+
     def test_originals_are_safe(self):
         self.write("recipe", b"rotate --angle 10")
         before = self.read("photos/photo0.ppm")
@@ -92,7 +111,8 @@ class Recipes(ToolTest):
                               (b"rotate --angle 1\nposterize", "line 2: there is no operation"),
                               (b"rotate", "line 1: --angle is required"),
                               (b"rotate --angle far", "line 1: --angle needs a number"),
-                              (b"rotate --angle 3 in.jpg out.jpg", "line 1: "),
+                              (b"rotate --angle 3 in.jpg out.jpg", "expected: in.jpg out.jpg"),
+                              (b"\f\n\v", "holds no operation"),
                               (b"rotate --angle '3", "line 1: a quotation mark is not closed"),
                               (b"rotate --help", "line 1: "), (b"info", "no operation 'info'"),
                               (b"\0\1", "is not a text file")):

@@ -156,6 +156,10 @@ void check_writable(const std::string& path) {
   if (fs::is_directory(status)) throw Failure(path + ": is a folder, so it cannot be written");
   if (fs::exists(status) && !fs::is_regular_file(status))
     throw Failure(path + ": is not a regular file, so it is not replaced");
+  if (fs::exists(status) && ::access(target.c_str(), W_OK) != 0)
+    throw Failure(path + ": is write-protected, so it is not replaced");
+  if (fs::is_symlink(target, error))  // had it led somewhere, target would be that place
+    throw Failure(path + ": is a link that leads nowhere, so it cannot be written");
   if (!fs::is_directory(directory, error))
     throw Failure(path + ": cannot be written, there is no folder " + directory.string());
   if (::access(directory.c_str(), W_OK | X_OK) != 0)
@@ -173,7 +177,7 @@ void write_file(const std::string& path, const Bytes& bytes) {
 
 void prepare_for_signals() {
   std::signal(SIGXFSZ, SIG_IGN);  // a file that would grow too large is an error of write()
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
     struct sigaction old;
     // A program started with nohup goes on ignoring the signal.
     if (::sigaction(signal, nullptr, &old) == 0 && old.sa_handler == SIG_IGN) continue;

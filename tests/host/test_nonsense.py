@@ -76,6 +76,8 @@ class Inputs(ToolTest):
         self.refuse(FAILED, "is a folder, not a picture", "straighten", self.folder, "out.jpg",
                     *LINE)
         self.refuse(FAILED, "is a folder, not a picture", "info", self.folder)
+        # A name cannot break the sentence in two, nor command the terminal.
+        self.refuse(FAILED, "no?such?[2Jfile.jpg: cannot be opened", "info", "no\nsuch\x1b[2Jfile.jpg")
 
     def test_absurdly_large(self):
         words = "above the limit of 250 megapixels"
@@ -188,12 +190,15 @@ class Outputs(ToolTest):
         os.mkfifo(self.path("pipe.jpg"))
         self.refuse(FAILED, "is not a regular file", "straighten", "in.ppm", "pipe.jpg", *LINE)
 
-    def test_a_folder_without_permission(self):
+    def test_folders_and_files_without_permission(self):
         os.mkdir(self.path("closed"))
         os.chmod(self.path("closed"), 0o555)
         if os.geteuid() != 0:
             self.refuse(FAILED, "the folder refuses it (Permission denied)", "straighten", "in.ppm",
                         "closed/out.jpg", *LINE)
+            self.write("kept.jpg", b"old")
+            os.chmod(self.path("kept.jpg"), 0o444)
+            self.refuse(FAILED, "is write-protected", "straighten", "in.ppm", "kept.jpg", *LINE)
             return
         # The administrator may write anywhere: become no one, who must be able to get here.
         os.chmod(self.folder, 0o755)
@@ -204,9 +209,26 @@ class Outputs(ToolTest):
             self.skipTest("the temporary folder is closed to other users")
         self.refuse(FAILED, "the folder refuses it (Permission denied)", "straighten", "in.ppm",
                     "closed/out.jpg", *LINE, user=65534, executable=self.path("tool"))
+        self.write("kept.jpg", b"old")
+        os.chmod(self.path("kept.jpg"), 0o444)
+        os.chmod(self.folder, 0o777)
+        self.refuse(FAILED, "is write-protected", "straighten", "in.ppm", "kept.jpg", *LINE,
+                    user=65534, executable=self.path("tool"))
 
     def test_colours_do_not_go_into_a_grey_file(self):
         self.refuse(FAILED, "a .pgm file holds grey only", "straighten", "in.ppm", "out.pgm", *LINE)
+
+    def test_the_case_of_an_extension_makes_no_difference(self):
+        self.write("grey.ppm", ppm(plain(2, 1, (7, 7, 7))))
+        for name in ("out.pgm", "out.PGM", "out.Pgm"):
+            self.copy("grey.ppm", name)
+            self.assertEqual(self.read(name), pgm([[7, 7]]))
+
+    def test_a_link_that_leads_nowhere(self):
+        os.symlink("none.png", self.path("link.png"))
+        self.refuse(FAILED, "leads nowhere", "straighten", "in.ppm", "link.png", *LINE)
+        os.symlink("loop.png", self.path("loop.png"))
+        self.refuse(FAILED, "leads nowhere", "straighten", "in.ppm", "loop.png", *LINE)
 
     def test_a_replaced_file_keeps_its_permissions_and_a_link_its_target(self):
         self.write("real.png", b"old")
@@ -237,12 +259,18 @@ class Arguments(ToolTest):
         self.refuse_arguments("OUT is required", "rotate", "in.ppm", "--angle", "3")
         self.refuse_arguments("--angle is required", "rotate", "in.ppm", "out.ppm")
         self.refuse_arguments("--sharpen", "rotate", "in.ppm", "out.ppm", "--angle", 3, "--sharpen")
-        self.refuse_arguments("b.ppm", "rotate", "in.ppm", "out.ppm", "b.ppm", "--angle", 3)
+        self.refuse_arguments("this argument was not expected: b.ppm (see roxe --help)", "rotate",
+                              "in.ppm", "out.ppm", "b.ppm", "--angle", 3)
+        self.refuse_arguments("these arguments were not expected: b c --d", "rotate", "in.ppm",
+                              "out.ppm", "b", "c", "--d", "--angle", 3)
 
     def test_numbers(self):
         rotate = ("rotate", "in.ppm", "out.ppm")
-        for angle in ("much", "", "1e999", "nan", "inf", "12deg"):
-            self.refuse_arguments("--angle", *rotate, "--angle", angle)
+        for angle in ("much", "", "1e999", "nan", "inf", "12deg", "1e99", "-3601", "+-5", "+"):
+            self.refuse_arguments("--angle needs a number from -3600 to 3600", *rotate, "--angle",
+                                  angle)
+        self.assertIn("turned 5.00 degrees clockwise", self.succeed(*rotate, "--angle", "+5"))
+        os.unlink(self.path("out.ppm"))
         for point in ("1", "1,2,3", "a,b", "1.5,2", "1,2,", ",", "99999999999,1", ""):
             self.refuse_arguments("--about", *rotate, "--angle", 3, "--about=" + point)
         self.refuse_arguments("--about (80, 3) lies outside the picture of 80 × 60 pixels", *rotate,

@@ -18,6 +18,7 @@ struct Progress {
   size_t size = 0, position = 0;
   Bytes* output = nullptr;  // ... or written to there
   char message[128] = "";
+  bool profile_is_damaged = false;
 };
 
 [[noreturn]] void stop(png_structp png, png_const_charp message) {
@@ -27,6 +28,12 @@ struct Progress {
 }
 
 void ignore(png_structp, png_const_charp) {}
+
+// libpng leaves a colour profile that it cannot use out with no more than a warning.
+void watch_profile(png_structp png, png_const_charp message) {
+  auto* progress = static_cast<Progress*>(png_get_error_ptr(png));
+  if (std::strncmp(message, "iCCP:", 5) == 0) progress->profile_is_damaged = true;
+}
 
 void read_bytes(png_structp png, png_bytep to, size_t count) {
   auto* progress = static_cast<Progress*>(png_get_io_ptr(png));
@@ -50,7 +57,7 @@ void flush(png_structp) {}
 
 struct Reader {
   Progress progress;
-  png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &progress, stop, ignore);
+  png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &progress, stop, watch_profile);
   png_infop info = png ? png_create_info_struct(png) : nullptr;
   png_infop end = png ? png_create_info_struct(png) : nullptr;
   Reader() {
@@ -101,6 +108,14 @@ bool read_pixels(Reader& reader, Colour background, png_bytepp rows) {
   return true;
 }
 
+// Of Latin-1.
+bool has_visible_letter(const char* keyword) {
+  return std::any_of(keyword, keyword + std::strlen(keyword), [](char c) {
+    const auto code = static_cast<unsigned char>(c);
+    return (code > 32 && code < 127) || code > 160;
+  });
+}
+
 void read_texts(png_structp png, png_infop info, Metadata& metadata) {
   png_textp texts = nullptr;
   int count = 0;
@@ -111,7 +126,7 @@ void read_texts(png_structp png, png_infop info, Metadata& metadata) {
     const size_t length = international ? text.itxt_length : text.text_length;
     if (std::strcmp(text.key, kXmpKeyword) == 0 && metadata.xmp.empty())
       metadata.xmp.assign(text.text, text.text + length);
-    else
+    else if (has_visible_letter(text.key))  // without a keyword a text cannot be written again
       metadata.texts.push_back({text.compression, text.key, std::string(text.text, length),
                                 text.lang ? text.lang : "", text.lang_key ? text.lang_key : ""});
   }
@@ -250,7 +265,7 @@ bool write(Writer& writer, const Picture& picture, bool grey, bool with_profile,
     for (int32_t x = 0; x < picture.width(); ++x) grey_row[x] = picture.row(y)[3 * x];
     png_write_row(png, grey_row);
   }
-  png_write_end(png, info);
+  png_write_end(png, nullptr);  // info is written, and EXIF would be written twice
   return true;
 }
 
@@ -282,6 +297,8 @@ Decoded decode_png(const Bytes& file, Colour background, Notes& notes) {
   for (int32_t y = 0; y < picture.height(); ++y) rows.push_back(picture.row(y));
   if (!read_pixels(reader, background, rows.data())) throw refusal();
   read_metadata(reader, picture.metadata);
+  if (reader.progress.profile_is_damaged && picture.metadata.icc.empty())
+    notes.push_back("its colour profile is damaged and is left out");
   return {std::move(picture), FileFormat::kPng, describe(colour_type, depth)};
 }
 

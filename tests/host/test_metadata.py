@@ -257,6 +257,30 @@ class AcrossFormats(ToolTest):
         self.assertIn("note: out.png: its colour profile is malformed", result.stderr)
         self.assertNotIn(b"iCCP", dict(png_chunks(self.read("out.png"))))
 
+    def test_a_damaged_profile_of_a_png_is_left_out_with_a_note(self):
+        damaged = chunk(b"iCCP", b"name\0\0" + b"not compressed")
+        self.write("in.png", png(2, 1, 8, 2, [bytes(6)], [damaged]))
+        result = self.run_tool("straighten", "in.png", "out.png", "--line", "0,0,1,0")
+        self.assertEqual(result.returncode, 0)
+        self.assertIn("note: in.png: its colour profile is damaged and is left out", result.stderr)
+
+    def test_texts_without_a_keyword_do_not_cost_the_picture(self):
+        texts = [chunk(b"tEXt", text) for text in (b"\0a", b" \x80\0b", b"Title\0c")]
+        self.write("in.png", png(2, 1, 8, 2, [bytes(6)], texts))
+        self.copy("in.png", "out.png")
+        self.assertEqual([name_and_text for name, name_and_text in
+                          png_chunks(self.read("out.png")) if name == b"tEXt"], [b"Title\0c"])
+
+    def test_every_block_is_written_once(self):
+        blocks = [chunk(b"eXIf", exif(1)), chunk(b"pHYs", struct.pack(">IIB", 3000, 3000, 1)),
+                  chunk(b"tEXt", b"Title\0A title"),
+                  chunk(b"iTXt", b"XML:com.adobe.xmp\0\0\0\0\0" + XMP)]
+        self.write("in.png", png(2, 1, 8, 2, [bytes(6)], blocks))
+        self.copy("in.png", "out.png")
+        names = [name for name, _ in png_chunks(self.read("out.png"))]
+        self.assertEqual(sorted(names), sorted({b"IHDR", b"pHYs", b"eXIf", b"tEXt", b"iTXt",
+                                                b"IDAT", b"IEND"}))
+
     def test_chunks_after_the_pixels_count_as_well(self):
         late = [chunk(b"eXIf", exif(3)), chunk(b"tEXt", b"Title\0Late")]
         self.write("in.png", png(2, 1, 8, 2, [b"\1\2\3\4\5\6"], after_pixels=late))

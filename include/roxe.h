@@ -292,7 +292,7 @@ ROXE_API int32_t roxeColorTemperature(const PixelArray* src, PixelArray* dst, in
 //
 // Returns 2 or 1 from roxeVerifyPixelArray, src first; kRoxeErrInvalid for an empty region or if
 // memory cannot be had; otherwise kRoxeOK. A source that is not RGB24 gives kRoxeOK and writes
-// nothing. Except on kRoxeOK dst is untouched.
+// nothing. Except on kRoxeOK dst is untouched. Allocates 1024 bytes at most.
 ROXE_API int32_t roxeAutoGamma(const PixelArray* src, PixelArray* dst, const PixelRect* rect);
 
 // Opens shadows, tames highlights and changes the contrast of the midtones, by the brightness of
@@ -304,7 +304,10 @@ ROXE_API int32_t roxeAutoGamma(const PixelArray* src, PixelArray* dst, const Pix
 //
 // Even 0, 0, 0 lowers the pixels whose intensity is not a whole number by one level.
 //
-// Always returns kRoxeOK; a missing record, missing pixels or no memory: nothing is touched.
+// Always returns kRoxeOK; a missing record, missing pixels or no memory: nothing is touched, nor
+// where 8 * width * height bytes do not fit 32 bits. Allocates 100 * width bytes, width being that of
+// the common area, and nothing where shadow and highlight are 0 or the area is one pixel wide or
+// high; 8 * width * height bytes if the pictures overlap without starting at the same pixel.
 ROXE_API int32_t roxeShadowHighlight(const PixelArray* src, PixelArray* dst, uint32_t shadow,
                                      uint32_t highlight, int32_t midtone);
 
@@ -319,6 +322,7 @@ ROXE_API int32_t roxeShadowHighlight(const PixelArray* src, PixelArray* dst, uin
 // A channel moves by at most 60 units. Several curves map 255 to 254.
 //
 // Always returns kRoxeOK; a missing record, missing pixels or no memory: nothing is touched.
+// Allocates 6144 bytes.
 ROXE_API int32_t roxeVariations(const PixelArray* src, PixelArray* dst, int32_t red, int32_t green,
                                 int32_t blue, int32_t dark, int32_t level);
 

@@ -307,7 +307,7 @@ ROXE_API int32_t roxeAutoGamma(const PixelArray* src, PixelArray* dst, const Pix
 // Always returns kRoxeOK; a missing record, missing pixels or no memory: nothing is touched, nor
 // where 8 * width * height bytes do not fit 32 bits. Allocates 100 * width bytes, width being that of
 // the common area, and nothing where shadow and highlight are 0 or the area is one pixel wide or
-// high; 8 * width * height bytes if the pictures overlap without starting at the same pixel.
+// high; 8 * width * height bytes where the pictures overlap but their rows are not the same.
 ROXE_API int32_t roxeShadowHighlight(const PixelArray* src, PixelArray* dst, uint32_t shadow,
                                      uint32_t highlight, int32_t midtone);
 

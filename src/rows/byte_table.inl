@@ -2,7 +2,8 @@
 
 // Eight bytes are read and written as one word. Byte by byte some compilers try to use vectors here,
 // collect them lane by lane and take three times as long.
-static void look_up(const uint8_t* table, const uint8_t* src, uint8_t* dst, int32_t count) {
+[[maybe_unused]] static void look_up(const uint8_t* table, const uint8_t* src, uint8_t* dst,
+                                     int32_t count) {
   int32_t i = 0;
   for (; i + 8 <= count; i += 8) {
     uint64_t bytes, entries = 0;
@@ -14,8 +15,9 @@ static void look_up(const uint8_t* table, const uint8_t* src, uint8_t* dst, int3
   for (; i < count; ++i) dst[i] = table[src[i]];
 }
 
-static void look_up_bgr(const uint8_t* blue, const uint8_t* green, const uint8_t* red,
-                        const uint8_t* src, uint8_t* dst, int32_t count) {
+[[maybe_unused]] static void look_up_bgr(const uint8_t* blue, const uint8_t* green,
+                                         const uint8_t* red, const uint8_t* src, uint8_t* dst,
+                                         int32_t count) {
   for (int32_t i = 0; i < count; ++i, src += 3, dst += 3) {
     dst[0] = blue[src[0]];
     dst[1] = green[src[1]];

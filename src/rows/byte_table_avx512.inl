@@ -18,12 +18,19 @@ static inline __m512i look_up_64(const PermuteTable& table, __m512i index) {
   return _mm512_mask_blend_epi8(_mm512_movepi8_mask(index), low, high);
 }
 
+// Selects the first n of 64 bytes, for any n.
+static inline __mmask64 first_bytes(int32_t n) {
+  return n <= 0 ? 0 : n >= 64 ? ~uint64_t{0} : (uint64_t{1} << n) - 1;
+}
+
 static void look_up_avx512(const uint8_t* table, const uint8_t* src, uint8_t* dst, int32_t count) {
   const PermuteTable permutes = permute_table(table);
   int32_t i = 0;
   for (; i + 64 <= count; i += 64)
     _mm512_storeu_si512(dst + i, look_up_64(permutes, _mm512_loadu_si512(src + i)));
-  look_up(table, src + i, dst + i, count - i);
+  const __mmask64 rest = first_bytes(count - i);
+  const __m512i index = _mm512_maskz_loadu_epi8(rest, src + i);
+  _mm512_mask_storeu_epi8(dst + i, rest, look_up_64(permutes, index));
 }
 
 // Bytes of b and c where their masks say so, else of a. Bit by bit: blends that load under a mask of
@@ -41,19 +48,30 @@ static void look_up_bgr_avx512(const uint8_t* blue, const uint8_t* green, const 
   const uint64_t third = 0x9249249249249249u;  // bits 0, 3, 6 ...
   const __m512i at0 = _mm512_movm_epi8(third), at1 = _mm512_movm_epi8(third << 1),
                 at2 = _mm512_movm_epi8(third << 2);
-  int32_t i = 0;
-  for (; i + 64 <= count; i += 64) {
-    const uint8_t* from = src + 3 * i;
-    const __m512i a = _mm512_loadu_si512(from), b = _mm512_loadu_si512(from + 64),
-                  c = _mm512_loadu_si512(from + 128);
+  const auto look_up_192 = [&](__m512i& a, __m512i& b, __m512i& c) {
     // Blue lies at bytes 0, 3 ... of a, at 2, 5 ... of b and at 1, 4 ... of c.
     const __m512i p = look_up_64(blues, blend3(a, b, at2, c, at1));
     const __m512i q = look_up_64(greens, blend3(a, b, at0, c, at2));
     const __m512i r = look_up_64(reds, blend3(a, b, at1, c, at0));
-    uint8_t* to = dst + 3 * i;
-    _mm512_storeu_si512(to, blend3(p, q, at1, r, at2));
-    _mm512_storeu_si512(to + 64, blend3(p, q, at0, r, at1));
-    _mm512_storeu_si512(to + 128, blend3(p, q, at2, r, at0));
+    a = blend3(p, q, at1, r, at2);
+    b = blend3(p, q, at0, r, at1);
+    c = blend3(p, q, at2, r, at0);
+  };
+  int32_t left = count;
+  for (; left >= 64; left -= 64, src += 192, dst += 192) {
+    __m512i a = _mm512_loadu_si512(src), b = _mm512_loadu_si512(src + 64),
+            c = _mm512_loadu_si512(src + 128);
+    look_up_192(a, b, c);
+    _mm512_storeu_si512(dst, a);
+    _mm512_storeu_si512(dst + 64, b);
+    _mm512_storeu_si512(dst + 128, c);
   }
-  look_up_bgr(blue, green, red, src + 3 * i, dst + 3 * i, count - i);
+  const __mmask64 in_a = first_bytes(3 * left), in_b = first_bytes(3 * left - 64),
+                  in_c = first_bytes(3 * left - 128);
+  __m512i a = _mm512_maskz_loadu_epi8(in_a, src), b = _mm512_maskz_loadu_epi8(in_b, src + 64),
+          c = _mm512_maskz_loadu_epi8(in_c, src + 128);
+  look_up_192(a, b, c);
+  _mm512_mask_storeu_epi8(dst, in_a, a);
+  _mm512_mask_storeu_epi8(dst + 64, in_b, b);
+  _mm512_mask_storeu_epi8(dst + 128, in_c, c);
 }

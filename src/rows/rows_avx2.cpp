@@ -69,7 +69,7 @@ constexpr RowKernels kAvx2Rows = {
     .intensity_sums = intensity_sums_avx2,
     .slide_sums = slide_sums,
     .tone_shifts = tone_shifts_avx2,
-    .midtone_shifts = midtone_shifts,
+    .midtone_shifts = midtone_shifts_avx2,
     .shift_pixels = shift_pixels_avx2,
 };
 

@@ -31,8 +31,7 @@ static inline __m256 intensity_8(const EightPixels& p) {
 
 static void intensities_avx2(const uint8_t* src, float* dst, int32_t count) {
   int32_t i = 0;
-  for (; i + 8 <= count; i += 8)
-    _mm256_storeu_ps(dst + i, intensity_8(load_8_pixels(src + 3 * i)));
+  for (; i + 8 <= count; i += 8) _mm256_storeu_ps(dst + i, intensity_8(load_8_pixels(src + 3 * i)));
   intensities(src + 3 * i, dst + i, count - i);
 }
 
@@ -64,7 +63,8 @@ static inline void fill_columns(ColumnRing& ring, const uint8_t* const* row, int
 // repeat the one above.
 static void intensity_sums_avx2(const uint8_t* src, ptrdiff_t src_step, int32_t rows, int32_t count,
                                 int32_t half, float* sums, ptrdiff_t sums_step) {
-  if (rows < 3 || rows > 8) return intensity_sums(src, src_step, rows, count, half, sums, sums_step);
+  if (rows < 3 || rows > 8)
+    return intensity_sums(src, src_step, rows, count, half, sums, sums_step);
   const uint8_t* row[8];
   for (int32_t r = 0; r < 8; ++r) row[r] = src + (r < rows ? r : rows - 1) * src_step;
 
@@ -144,15 +144,36 @@ static void tone_shifts_avx2(const float* intensity, const float* blurred, const
       const __m256 ratio = _mm256_div_ps(_mm256_add_ps(_mm256_mul_ps(a, b), square),
                                          _mm256_add_ps(_mm256_mul_ps(b, b), square));
       const __m256 target = _mm256_mul_ps(look_up_8(combined, level + i), ratio);
-      store_levels(i, _mm256_min_ps(_mm256_max_ps(target, _mm256_setzero_ps()),
-                                    _mm256_set1_ps(511.0f)));
+      store_levels(
+          i, _mm256_min_ps(_mm256_max_ps(target, _mm256_setzero_ps()), _mm256_set1_ps(511.0f)));
     }
     for (int32_t i = 0; i < block; i += 8)
-      _mm256_storeu_ps(shift + done + i, _mm256_sub_ps(look_up_8(midtone, level + i),
-                                                       _mm256_loadu_ps(own + i)));
+      _mm256_storeu_ps(shift + done + i,
+                       _mm256_sub_ps(look_up_8(midtone, level + i), _mm256_loadu_ps(own + i)));
     done += block;
   }
   tone_shifts(intensity + done, blurred + done, combined, midtone, shift + done, count - done);
+}
+
+static void midtone_shifts_avx2(const float* intensity, const float* midtone, float* shift,
+                                int32_t count) {
+  constexpr int32_t kBlock = 128;
+  alignas(32) int32_t level[kBlock];
+  int32_t done = 0;
+  while (done + 8 <= count) {
+    const int32_t rest = (count - done) / 8 * 8, block = rest < kBlock ? rest : kBlock;
+    const float* own = intensity + done;
+    for (int32_t i = 0; i < block; i += 8) {
+      const __m256 positive = _mm256_max_ps(_mm256_loadu_ps(own + i), _mm256_setzero_ps());
+      _mm256_store_si256(reinterpret_cast<__m256i*>(level + i),
+                         _mm256_cvttps_epi32(_mm256_min_ps(positive, _mm256_set1_ps(511.0f))));
+    }
+    for (int32_t i = 0; i < block; i += 8)
+      _mm256_storeu_ps(shift + done + i,
+                       _mm256_sub_ps(look_up_8(midtone, level + i), _mm256_loadu_ps(own + i)));
+    done += block;
+  }
+  midtone_shifts(intensity + done, midtone, shift + done, count - done);
 }
 
 // Sums in single precision, as the plain row forms them.
@@ -181,11 +202,11 @@ struct Threefold {
 static inline Threefold threefold(__m256i pixels) {
   const __m256i first = _mm256_setr_epi8(0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5,  //
                                          5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10);
-  const __m256i second = _mm256_setr_epi8(10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14, 14, 14, 15, 15,
-                                          15, 0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5);
-  const __m256i third = _mm256_setr_epi8(5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10,  //
-                                         10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14, 14, 14, 15, 15,
-                                         15);
+  const __m256i second = _mm256_setr_epi8(10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14, 14, 14, 15,
+                                          15, 15, 0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5);
+  const __m256i third =
+      _mm256_setr_epi8(5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10,  //
+                       10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14, 14, 14, 15, 15, 15);
   const __m256i low = _mm256_permute4x64_epi64(pixels, 0x44);
   const __m256i high = _mm256_permute4x64_epi64(pixels, 0xee);
   return {_mm256_shuffle_epi8(low, first), _mm256_shuffle_epi8(pixels, second),
@@ -218,8 +239,8 @@ static void shift_pixels_avx2(const uint8_t* src, const float* shift, uint8_t* d
     // What is added and what is taken away; one of the two is 0.
     const __m256i zero = _mm256_setzero_si256();
     const __m256i in_order = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
-    const Threefold more = threefold(
-        _mm256_permutevar8x32_epi32(_mm256_packus_epi16(first, second), in_order));
+    const Threefold more =
+        threefold(_mm256_permutevar8x32_epi32(_mm256_packus_epi16(first, second), in_order));
     const Threefold less = threefold(_mm256_permutevar8x32_epi32(
         _mm256_packus_epi16(_mm256_sub_epi16(zero, first), _mm256_sub_epi16(zero, second)),
         in_order));

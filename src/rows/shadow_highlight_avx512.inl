@@ -9,9 +9,10 @@ struct FloatTable {
 
 static inline FloatTable float_table(const float* table) {
   alignas(64) static constexpr uint8_t kEveryFourth[64] = {
-      0, 4,  8,  12, 16, 20, 24, 28, 32, 36, 40, 44, 48, 52, 56, 60,  64,  68,  72,  76,  80, 84,
-      88, 92, 96, 100, 104, 108, 112, 116, 120, 124, 0, 4, 8, 12, 16, 20, 24, 28, 32, 36, 40, 44,
-      48, 52, 56, 60, 64, 68, 72, 76, 80, 84, 88, 92, 96, 100, 104, 108, 112, 116, 120, 124};
+      0,  4,  8,  12, 16, 20, 24, 28, 32, 36,  40,  44,  48,  52,  56,  60,
+      64, 68, 72, 76, 80, 84, 88, 92, 96, 100, 104, 108, 112, 116, 120, 124,
+      0,  4,  8,  12, 16, 20, 24, 28, 32, 36,  40,  44,  48,  52,  56,  60,
+      64, 68, 72, 76, 80, 84, 88, 92, 96, 100, 104, 108, 112, 116, 120, 124};
   FloatTable split;
   for (int32_t part = 0; part < 4; ++part) {
     const float* entries = table + 64 * part;
@@ -88,8 +89,8 @@ static void tone_shifts_avx512(const float* intensity, const float* blurred, con
         const __m512 ratio = _mm512_div_ps(_mm512_add_ps(_mm512_mul_ps(a, b), square),
                                            _mm512_add_ps(_mm512_mul_ps(b, b), square));
         const __m512 weighed = _mm512_mul_ps(target.v[k / 16], ratio);
-        const __m512i index = _mm512_cvttps_epi32(_mm512_min_ps(
-            _mm512_max_ps(weighed, _mm512_setzero_ps()), _mm512_set1_ps(511.0f)));
+        const __m512i index = _mm512_cvttps_epi32(
+            _mm512_min_ps(_mm512_max_ps(weighed, _mm512_setzero_ps()), _mm512_set1_ps(511.0f)));
         beyond[(i + k) / 16] = _mm512_cmpgt_epi32_mask(index, byte);
         return index;
       };

@@ -1,4 +1,5 @@
-// Replaces blend_masked: 32 pixels at a time, the mask bytes spread over their channels by shuffles.
+// Replaces blend_masked, where the compiler finds no way to spread the mask over the channels: 32
+// pixels at a time by shuffles.
 
 // Bytes 16 * group ... 16 * group + 15 of sixteen pixels take the mask byte of their pixel.
 alignas(32) static const uint8_t kPixelOfByte[3][32] = {

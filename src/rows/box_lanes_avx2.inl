@@ -162,11 +162,13 @@ static inline __m256i means(Lanes16 low, Lanes16 high, Lanes16 multiplier_low,
 static void window_means_avx2(const BoxRun& run, const int16_t* sums, uint32_t* window,
                               const uint32_t (*multipliers)[kLanes], uint8_t* dst) {
   const int16_t *entering = sums + run.entering, *leaving = sums + run.leaving;
+  const int32_t count = run.count;  // dst could be the run's own memory, for all the compiler knows
+  const bool same_multipliers = run.same_multipliers;
   Lanes16 low = load_lanes(window), high = load_lanes(window + 16);
   Lanes16 multiplier_low = load_lanes(*multipliers),
           multiplier_high = load_lanes(*multipliers + 16);
-  for (int32_t x = 0; x < run.count; ++x) {
-    if (!run.same_multipliers) {
+  for (int32_t x = 0; x < count; ++x) {
+    if (!same_multipliers) {
       multiplier_low = load_lanes(multipliers[x]);
       multiplier_high = load_lanes(multipliers[x] + 16);
     }
@@ -205,12 +207,14 @@ static void move_sums_avx2(const uint8_t* entering, const uint8_t* leaving, uint
 static void window_means_avx2(const BoxRun& run, const uint32_t* sums, uint32_t* window,
                               const uint32_t (*multipliers)[kLanes], uint8_t* dst) {
   const uint32_t *entering = sums + run.entering, *leaving = sums + run.leaving;
+  const int32_t count = run.count;  // dst could be the run's own memory, for all the compiler knows
+  const bool same_multipliers = run.same_multipliers;
   const __m256i order = _mm256_setr_epi32(0, 4, 2, 6, 1, 5, 3, 7);  // after packing in halves
   __m256i windows[4], multiplier[4];
   for (int32_t i = 0; i < 4; ++i) windows[i] = load_256(window + 8 * i);
   for (int32_t i = 0; i < 4; ++i) multiplier[i] = load_256(*multipliers + 8 * i);
-  for (int32_t x = 0; x < run.count; ++x) {
-    if (!run.same_multipliers)
+  for (int32_t x = 0; x < count; ++x) {
+    if (!same_multipliers)
       for (int32_t i = 0; i < 4; ++i) multiplier[i] = load_256(multipliers[x] + 8 * i);
     prefetch(dst + kAhead);
     __m256i mean[4];

@@ -61,11 +61,13 @@ alignas(64) static const uint8_t kTopBytes[64] = {3,  7,  11,  15,  67,  71, 75,
 static void window_means_avx512(const BoxRun& run, const int16_t* sums, uint32_t* window,
                                 const uint32_t (*multipliers)[kLanes], uint8_t* dst) {
   const int16_t *entering = sums + run.entering, *leaving = sums + run.leaving;
+  const int32_t count = run.count;  // dst could be the run's own memory, for all the compiler knows
+  const bool same_multipliers = run.same_multipliers;
   const __m512i difference = _mm512_set1_epi32(-65535);  // words 1, -1
   const __m512i top_bytes = load_512(kTopBytes);
   Lanes32 windows = load_groups(window), doubled = load_doubled(*multipliers);
-  for (int32_t x = 0; x < run.count; ++x) {
-    if (!run.same_multipliers) doubled = load_doubled(multipliers[x]);
+  for (int32_t x = 0; x < count; ++x) {
+    if (!same_multipliers) doubled = load_doubled(multipliers[x]);
     prefetch(dst + kAhead);
     const __m512i in = load_512(entering), out = load_512(leaving);
     windows.even = _mm512_add_epi32(windows.even,

@@ -110,7 +110,10 @@ std::vector<BatchResult> run_batch(const BatchJob& job, const Recipe& recipe, bo
   const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
   const size_t wanted = job.at_a_time > 0 ? static_cast<size_t>(job.at_a_time) : processors;
   std::vector<std::jthread> others;
-  for (size_t i = 1; i < std::min(wanted, results.size()); ++i) others.emplace_back(work);
+  try {
+    for (size_t i = 1; i < std::min(wanted, results.size()); ++i) others.emplace_back(work);
+  } catch (const std::exception&) {  // the system gives no more threads; those at hand do the work
+  }
   work();
   others.clear();  // waits for them
   return results;

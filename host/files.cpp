@@ -1,15 +1,19 @@
 #include "files.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 #include <utility>
 
 #include <fcntl.h>
+#include <pthread.h>
+#include <sched.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -40,15 +44,44 @@ class Descriptor {
 
 std::string reason() { return std::generic_category().message(errno); }
 
-// The names of the temporary files in use, for the signal handler: plain memory, claimed by a flag.
+// The names of the temporary files in use, for the signal handler: plain memory behind a flag that a
+// handler may wait for.
 struct TemporaryName {
-  std::atomic<bool> used;
+  bool used;
   char path[PATH_MAX];
 };
 constexpr int kMostTemporaries = 64;
 TemporaryName temporaries[kMostTemporaries];
+std::atomic_flag temporaries_locked;
 
+void lock_temporaries() {
+  while (temporaries_locked.test_and_set()) ::sched_yield();
+}
+
+// Held while a temporary file comes or goes. Signals wait, so a handler never waits for the thread
+// that it has interrupted.
+class TemporariesLock {
+ public:
+  TemporariesLock() {
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_BLOCK, &all, &old_mask_);
+    lock_temporaries();
+  }
+  ~TemporariesLock() {
+    temporaries_locked.clear();
+    ::pthread_sigmask(SIG_SETMASK, &old_mask_, nullptr);
+  }
+  TemporariesLock(const TemporariesLock&) = delete;
+  TemporariesLock& operator=(const TemporariesLock&) = delete;
+
+ private:
+  sigset_t old_mask_;
+};
+
+// Never unlocks: until the program has ended, no other thread may make a temporary file.
 void remove_temporaries_and_die(int signal) {
+  lock_temporaries();
   for (TemporaryName& name : temporaries)
     if (name.used) ::unlink(name.path);
   std::signal(signal, SIG_DFL);
@@ -59,17 +92,9 @@ void remove_temporaries_and_die(int signal) {
 class TemporaryFile {
  public:
   explicit TemporaryFile(const fs::path& directory)
-      : path_((directory / ".roxe-XXXXXX").string()), file_(::mkostemp(path_.data(), O_CLOEXEC)) {
-    if (file_.number() < 0 || path_.size() >= PATH_MAX) return;
-    for (TemporaryName& name : temporaries) {
-      bool free = false;
-      if (!name.used.compare_exchange_strong(free, true)) continue;
-      std::memcpy(name.path, path_.c_str(), path_.size() + 1);
-      name_ = &name;
-      return;
-    }
-  }
+      : path_((directory / ".roxe-XXXXXX").string()), file_(make()) {}
   ~TemporaryFile() {
+    const TemporariesLock lock;
     if (file_was_made_) ::unlink(path_.c_str());
     if (name_) name_->used = false;
   }
@@ -94,10 +119,24 @@ class TemporaryFile {
   }
 
  private:
+  int make() {
+    const TemporariesLock lock;
+    const int number = ::mkostemp(path_.data(), O_CLOEXEC);
+    if (number < 0 || path_.size() >= PATH_MAX) return number;
+    const auto end = std::end(temporaries);
+    const auto name = std::find_if(std::begin(temporaries), end,
+                                   [](const TemporaryName& known) { return !known.used; });
+    if (name == end) return number;
+    std::memcpy(name->path, path_.c_str(), path_.size() + 1);
+    name->used = true;
+    name_ = name;
+    return number;
+  }
+
   std::string path_;
+  TemporaryName* name_ = nullptr;
   Descriptor file_;
   bool file_was_made_ = file_.number() >= 0;
-  TemporaryName* name_ = nullptr;
 };
 
 // Where a path leads: through symbolic links if it exists.
@@ -178,10 +217,12 @@ void write_file(const std::string& path, const Bytes& bytes) {
 void prepare_for_signals() {
   std::signal(SIGXFSZ, SIG_IGN);  // a file that would grow too large is an error of write()
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-    struct sigaction old;
+    struct sigaction old, ours = {};
     // A program started with nohup goes on ignoring the signal.
     if (::sigaction(signal, nullptr, &old) == 0 && old.sa_handler == SIG_IGN) continue;
-    std::signal(signal, remove_temporaries_and_die);
+    ours.sa_handler = remove_temporaries_and_die;
+    ::sigfillset(&ours.sa_mask);  // a second signal must not wait for the first in the same thread
+    ::sigaction(signal, &ours, nullptr);
   }
 }
 

@@ -7,7 +7,7 @@ import subprocess
 import time
 import unittest
 
-from pictures import TOOL, ToolTest, photo
+from pictures import TOOL, ToolTest, photo, plain, ppm
 
 
 class Interruption(ToolTest):
@@ -37,6 +37,23 @@ class Interruption(ToolTest):
                         os.unlink(self.path(name))
                 else:
                     self.assertEqual(names, [])
+
+    def test_several_at_a_time(self):
+        names = [f"{i}.ppm" for i in range(300)]
+        for name in names:
+            self.write(name, ppm(plain(20, 15, (1, 2, 3))))
+        self.write("recipe", b"rotate --angle 10")
+        for step in range(8):
+            os.makedirs(self.path("out"), exist_ok=True)
+            run = subprocess.Popen([TOOL, "run", "recipe", *names, "--out", "out", "--jobs", "4"],
+                                   cwd=self.folder, stdout=subprocess.DEVNULL)
+            time.sleep(0.01 + 0.02 * step)
+            run.send_signal(signal.SIGINT if step % 2 else signal.SIGTERM)
+            run.wait(timeout=60)
+            for name in os.listdir(self.path("out")):
+                self.assertIn(name, names)
+                self.assertEqual(len(self.read("out/" + name)), len(self.read(name)))
+                os.unlink(self.path("out/" + name))
 
     def test_no_space_for_the_result(self):
         self.write("out.jpg", b"old")

@@ -1,4 +1,5 @@
-// Replaces the tables of white_balance_avx2.inl by byte permutes, 64 pixels at a time.
+// Replaces white_balance_avx2.inl: byte permutes for its tables, 64 pixels at a time, and vectors twice
+// as wide with masks for its selections between them.
 
 // Linear light in two bytes: low, and high with what makes it four times the value.
 struct LinearPermutes {
@@ -59,12 +60,101 @@ static inline __m512i encode_64(const EncodedPermutes& table, const uint16_t* li
                                 _mm512_permutex2var_epi8(table.first[0], index, table.first[1]));
 }
 
+static inline __m512i words_512(int32_t x) { return _mm512_set1_epi16(static_cast<short>(x)); }
+static inline __m512i four_times_512(__m512i words) { return _mm512_slli_epi16(words, 2); }
+
+struct Dwords512 {
+  __m512i low, high;
+};
+
+static inline Dwords512 luminance_512(__m512i red, __m512i green, __m512i blue, uint32_t scale) {
+  const auto part = [&](__m512i red_green, __m512i blue_dwords) __attribute__((always_inline)) {
+    return _mm512_srli_epi32(
+        _mm512_add_epi32(_mm512_madd_epi16(red_green, _mm512_set1_epi32(1249 + (2528 << 16))),
+                         _mm512_mullo_epi32(blue_dwords, _mm512_set1_epi32(272))),
+        scale);
+  };
+  const __m512i zero = _mm512_setzero_si512();
+  return {part(_mm512_unpacklo_epi16(red, green), _mm512_unpacklo_epi16(blue, zero)),
+          part(_mm512_unpackhi_epi16(red, green), _mm512_unpackhi_epi16(blue, zero))};
+}
+
+static inline __m512i ratio_512(__m512i a, __m512i b) {
+  const __m512 scaled = _mm512_mul_ps(_mm512_cvtepi32_ps(a), _mm512_set1_ps(4096.0f));
+  return _mm512_cvttps_epi32(_mm512_div_ps(scaled, _mm512_cvtepi32_ps(b)));
+}
+
+static inline __m512i strong_gain_512(__m512i blue4, __m512i gain) {
+  const __m512i blue8 = _mm512_add_epi16(blue4, blue4);
+  const __m512i high = _mm512_mulhi_epu16(blue8, gain), low = _mm512_mullo_epi16(blue8, gain);
+  return _mm512_or_si512(_mm512_add_epi16(high, high), _mm512_srli_epi16(low, 15));
+}
+
+// balance_words for 32 pixels: the same steps, and the bounds that it relies on.
+static inline void balance_words_512(const WhiteBalance& balance, LightBlock& block, int32_t i) {
+  const __m512i zero = _mm512_setzero_si512(), one = words_512(1);
+  const __m512i blue4 = _mm512_loadu_si512(block.blue + i);
+  const __m512i green4 = _mm512_loadu_si512(block.green + i);
+  const __m512i red4 = _mm512_loadu_si512(block.red + i);
+  __m512i red = _mm512_mulhi_epu16(red4, words_512(4 * balance.matrix[0]));
+  __m512i green = _mm512_mulhi_epu16(green4, words_512(4 * balance.matrix[4]));
+  __m512i blue = balance.matrix[8] < 4 * 4096
+                     ? _mm512_mulhi_epu16(blue4, words_512(4 * balance.matrix[8]))
+                     : strong_gain_512(blue4, words_512(balance.matrix[8]));
+
+  const Dwords512 in = luminance_512(red4, green4, blue4, 14);
+  const Dwords512 out = luminance_512(red, green, blue, 12);
+  const __m512i luminance_in = _mm512_packs_epi32(in.low, in.high);
+  const __m512i luminance_out = _mm512_packs_epi32(out.low, out.high);
+  const __m512i ratio =
+      _mm512_packus_epi32(ratio_512(in.low, out.low), ratio_512(in.high, out.high));
+  const __mmask32 too_bright = _mm512_mask_cmple_epu16_mask(
+      _mm512_cmpgt_epi16_mask(luminance_out, zero), ratio, words_512(2047));
+  const __m512i ratio32 = _mm512_slli_epi16(ratio, 5);
+  red = _mm512_mask_mulhi_epu16(red, too_bright, red, ratio32);
+  green = _mm512_mask_mulhi_epu16(green, too_bright, green, ratio32);
+  blue = _mm512_mask_mulhi_epu16(blue, too_bright, blue, ratio32);
+
+  const __mmask32 red_spills = _mm512_cmpgt_epi16_mask(red, one);
+  const __mmask32 green_spills = _mm512_cmpgt_epi16_mask(green, one) & ~red_spills;
+  const __mmask32 either = red_spills | green_spills;
+  const __mmask32 blue_spills = _mm512_cmpgt_epu16_mask(blue, one) & ~either;
+
+  const __m512i source4 = four_times_512(_mm512_mask_mov_epi16(green, red_spills, red));
+  const auto share4 = [&](__m512i channel4) __attribute__((always_inline)) {
+    const __m512i product = _mm512_mulhi_epu16(channel4, source4);
+    return four_times_512(_mm512_sub_epi16(product, _mm512_srli_epi16(channel4, 2)));
+  };
+  const __m512i luminance4 = four_times_512(luminance_in);
+  const auto weight4 = [&](__mmask32 where, int32_t a, int32_t b) __attribute__((always_inline)) {
+    const __m512i weight = _mm512_mask_mov_epi16(words_512(4 * b), where, words_512(4 * a));
+    return four_times_512(_mm512_mulhi_epi16(luminance4, weight));
+  };
+  const __m512i to_blue = _mm512_mulhi_epi16(share4(blue4), weight4(red_spills, 2252, 4476));
+  const __m512i to_green =
+      _mm512_mulhi_epi16(share4(green4), _mm512_and_si512(luminance_in, words_512(-4)));
+  const __m512i red_by_blue =
+      _mm512_sub_epi16(_mm512_mulhi_epu16(four_times_512(red4), blue), _mm512_srli_epi16(red4, 2));
+  const __m512i to_red = _mm512_mulhi_epi16(
+      _mm512_mask_mov_epi16(four_times_512(red_by_blue), green_spills, share4(red4)),
+      weight4(green_spills, 3530, 339));
+
+  const auto keep = [&](uint16_t * channel, __m512i value) __attribute__((always_inline)) {
+    _mm512_storeu_si512(channel + i,
+                        _mm512_min_epi16(_mm512_max_epi16(value, zero), words_512(4096)));
+  };
+  blue = _mm512_min_epu16(blue, words_512(16384));
+  keep(block.blue, _mm512_mask_add_epi16(blue, either, blue, to_blue));
+  keep(block.green, _mm512_mask_add_epi16(green, red_spills, green, to_green));
+  keep(block.red, _mm512_mask_add_epi16(red, green_spills | blue_spills, red, to_red));
+}
+
 static inline void balance_64_multiple(const WhiteBalance& balance, const LinearPermutes& linear,
                                        const EncodedPermutes& encoded, const uint8_t* src,
                                        uint8_t* dst, int32_t count) {
   LightBlock block;
   for (int32_t i = 0; i < count; i += 64) linearise_64(linear, src + 3 * i, block, i);
-  for (int32_t i = 0; i < count; i += 16) balance_words(balance, block, i);
+  for (int32_t i = 0; i < count; i += 32) balance_words_512(balance, block, i);
   for (int32_t i = 0; i < count; i += 64)
     store_planes_512(dst + 3 * i,
                      {{encode_64(encoded, block.blue + i), encode_64(encoded, block.green + i),

@@ -23,29 +23,26 @@ static inline uint64_t eight_bytes(const void* p) {
   return value;
 }
 
-static inline uint64_t linear_at(const LinearTable& table, uint64_t index, int32_t place) {
-  return eight_bytes(reinterpret_cast<const uint8_t*>(&table.entry[index & 255]) - 2 * place);
+static inline uint64_t linear_at(const LinearTable& table, uint8_t index, int32_t place) {
+  return eight_bytes(reinterpret_cast<const uint8_t*>(&table.entry[index]) - 2 * place);
 }
 
-static inline uint32_t encoded_at(const EncodedTable& table, uint64_t index, int32_t place) {
+static inline uint32_t encoded_at(const EncodedTable& table, uint16_t index, int32_t place) {
   uint32_t value;
-  __builtin_memcpy(&value, reinterpret_cast<const uint8_t*>(&table.entry[index & 65535]) - place,
+  __builtin_memcpy(&value, reinterpret_cast<const uint8_t*>(&table.entry[index]) - place,
                    sizeof value);
   return value;
 }
 
-// Indices come out of 64-bit words by shifts: loads are what limits the loops over the tables.
 static inline void linearise(const LinearTable& table, const uint8_t* src, LightBlock& block,
                              int32_t count) {
   for (int32_t i = 0; i < count; i += 4, src += 12) {
-    const uint64_t head = eight_bytes(src),
-                   tail = eight_bytes(src + 4);  // bytes 0 ... 7 and 4 ... 11
-    const uint64_t blue = linear_at(table, head, 0) | linear_at(table, head >> 24, 1) |
-                          linear_at(table, head >> 48, 2) | linear_at(table, tail >> 40, 3);
-    const uint64_t green = linear_at(table, head >> 8, 0) | linear_at(table, head >> 32, 1) |
-                           linear_at(table, head >> 56, 2) | linear_at(table, tail >> 48, 3);
-    const uint64_t red = linear_at(table, head >> 16, 0) | linear_at(table, head >> 40, 1) |
-                         linear_at(table, tail >> 32, 2) | linear_at(table, tail >> 56, 3);
+    const uint64_t blue = linear_at(table, src[0], 0) | linear_at(table, src[3], 1) |
+                          linear_at(table, src[6], 2) | linear_at(table, src[9], 3);
+    const uint64_t green = linear_at(table, src[1], 0) | linear_at(table, src[4], 1) |
+                           linear_at(table, src[7], 2) | linear_at(table, src[10], 3);
+    const uint64_t red = linear_at(table, src[2], 0) | linear_at(table, src[5], 1) |
+                         linear_at(table, src[8], 2) | linear_at(table, src[11], 3);
     __builtin_memcpy(block.blue + i, &blue, sizeof blue);
     __builtin_memcpy(block.green + i, &green, sizeof green);
     __builtin_memcpy(block.red + i, &red, sizeof red);
@@ -59,16 +56,17 @@ static inline void store_four_bytes(uint8_t* dst, uint32_t value) {
 static inline void encode(const EncodedTable& table, const LightBlock& block, uint8_t* dst,
                           int32_t count) {
   for (int32_t i = 0; i < count; i += 4, dst += 12) {
-    const uint64_t blue = eight_bytes(block.blue + i), green = eight_bytes(block.green + i);
-    const uint64_t red = eight_bytes(block.red + i);
-    store_four_bytes(dst, encoded_at(table, blue, 0) | encoded_at(table, green, 1) |
-                              encoded_at(table, red, 2) | encoded_at(table, blue >> 16, 3));
-    store_four_bytes(dst + 4, encoded_at(table, green >> 16, 0) | encoded_at(table, red >> 16, 1) |
-                                  encoded_at(table, blue >> 32, 2) |
-                                  encoded_at(table, green >> 32, 3));
-    store_four_bytes(dst + 8, encoded_at(table, red >> 32, 0) | encoded_at(table, blue >> 48, 1) |
-                                  encoded_at(table, green >> 48, 2) |
-                                  encoded_at(table, red >> 48, 3));
+    store_four_bytes(
+        dst, encoded_at(table, block.blue[i], 0) | encoded_at(table, block.green[i], 1) |
+                 encoded_at(table, block.red[i], 2) | encoded_at(table, block.blue[i + 1], 3));
+    store_four_bytes(dst + 4, encoded_at(table, block.green[i + 1], 0) |
+                                  encoded_at(table, block.red[i + 1], 1) |
+                                  encoded_at(table, block.blue[i + 2], 2) |
+                                  encoded_at(table, block.green[i + 2], 3));
+    store_four_bytes(dst + 8, encoded_at(table, block.red[i + 2], 0) |
+                                  encoded_at(table, block.blue[i + 3], 1) |
+                                  encoded_at(table, block.green[i + 3], 2) |
+                                  encoded_at(table, block.red[i + 3], 3));
   }
 }
 

@@ -152,4 +152,15 @@ TEST(Perspective, CornersAreSortedTwice) {
   EXPECT_EQ(quad.y3, 285);
 }
 
+TEST(Perspective, PeakOfMemoryIsThatOfTheTransform) {
+  Image src(kRoxeFormatRGB24, 200, 200), dst(kRoxeFormatRGB24, 30, 30);
+  Quad quad = {20, 30, 120, 30, 120, 80, 20, 80};
+  AllocationWatch watch;
+  EXPECT_EQ(roxeGetPerspectiveDistortionCorrectionSize(&quad, 0, 0, 1, nullptr, nullptr), 1);
+  EXPECT_EQ(watch.allocations(), 0);
+  EXPECT_EQ(roxePerspectiveDistortionCorrection(src, dst, &quad, 0, 0, {0, 0, 30, 30}), 2);
+  EXPECT_EQ(watch.peak_bytes(), 320 + 8 * sizeof(void*));
+  EXPECT_EQ(watch.live_blocks(), 0);
+}
+
 }  // namespace

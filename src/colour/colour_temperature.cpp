@@ -60,7 +60,8 @@ int32_t GetStdColorTemperatureMatrix(int32_t temperature, int32_t tint, float* m
   const float a = static_cast<float>(clamp(temperature, -100, 100)) * 0.01f;
   const float b = static_cast<float>(clamp(tint, -100, 100)) * 0.01f;
 
-  // Empirical gains. Blue grows up to 11.5 times on the cool side; the cap on brightening limits it.
+  // Empirical gains. Blue grows up to 11.5 times on the cool side; the cap on brightening limits
+  // it.
   float red = 1.0f + 0.868f * a, green = 1.0f, blue = 1.0f - 10.5f * a;
   if (a > 0.0f) {
     red = 1.0f + 1.1f * a;

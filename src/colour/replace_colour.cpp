@@ -32,8 +32,8 @@ constexpr uint32_t kWeights = 256;
 
 uint32_t steps_inside(uint32_t tolerance) { return std::min(tolerance, kLargestTolerance) + 1; }
 
-// Into 0 ... 359 where whole turns make no difference: beyond these, the sum with a hue is rounded when
-// it becomes a float.
+// Into 0 ... 359 where whole turns make no difference: beyond these, the sum with a hue is rounded
+// when it becomes a float.
 int32_t without_turns(int32_t degrees) {
   constexpr int32_t kExact = (1 << 24) - 360;
   if (degrees < -kExact || degrees > kExact) return degrees;

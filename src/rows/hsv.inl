@@ -1,7 +1,7 @@
 // Hue, saturation and value of a pixel in integers, and the way back in floats.
 
-// div_table[n] = 255 * 4096 / n, rounded: to multiply by it and shift right by 12 scales by 255 / n.
-// Entry 0 is 0, so that black has no saturation and grey no slope of hue.
+// div_table[n] = 255 * 4096 / n, rounded: to multiply by it and shift right by 12 scales by 255 /
+// n. Entry 0 is 0, so that black has no saturation and grey no slope of hue.
 struct DivTable {
   uint32_t entry[256];
   constexpr DivTable() : entry() {
@@ -11,9 +11,9 @@ struct DivTable {
 };
 static constexpr DivTable div_table;
 
-// Hue in degrees 0 ... 360 (a grey has 180), saturation and value 0 ... 255. The slope of the hue is
-// 15 * 255 / 64 = 59.77 degrees, not 60, and rounds toward minus infinity: pure red has hue 360, pure
-// green 121. All products stay below 2^24.
+// Hue in degrees 0 ... 360 (a grey has 180), saturation and value 0 ... 255. The slope of the hue
+// is 15 * 255 / 64 = 59.77 degrees, not 60, and rounds toward minus infinity: pure red has hue 360,
+// pure green 121. All products stay below 2^24.
 static inline Hsv hsv_of(int32_t red, int32_t green, int32_t blue) {
   const int32_t largest = red > green ? (red > blue ? red : blue) : (green > blue ? green : blue);
   const int32_t smallest = red < green ? (red < blue ? red : blue) : (green < blue ? green : blue);

@@ -1,9 +1,9 @@
-// 32 pixels of three bytes as three planes of bytes, and back: what the compiler makes of loads three
-// bytes apart is slower than the arithmetic that follows.
+// 32 pixels of three bytes as three planes of bytes, and back: what the compiler makes of loads
+// three bytes apart is slower than the arithmetic that follows.
 
 // Bytes 0 ... 47 of the first sixteen pixels lie in the lower halves of three vectors, those of the
-// next sixteen in the upper halves. A channel lies at other positions in each of them, so two blends
-// collect it and one shuffle puts it in order; the way back is the same in reverse.
+// next sixteen in the upper halves. A channel lies at other positions in each of them, so two
+// blends collect it and one shuffle puts it in order; the way back is the same in reverse.
 struct PlaneShuffles {
   uint8_t every_third[3][16];  // 255 where i % 3 is 0, 1, 2
   uint8_t gather[3][16], scatter[3][16];

@@ -1,5 +1,5 @@
-// 64 pixels of three bytes as three planes of bytes, and back: two permutes a vector. Bytes come from
-// two of the three vectors by one permute and from the third by another one under a mask.
+// 64 pixels of three bytes as three planes of bytes, and back: two permutes a vector. Bytes come
+// from two of the three vectors by one permute and from the third by another one under a mask.
 struct PlanePermutes {
   uint8_t gather[3][64], gather_last[3][64];   // from vectors 0 and 1; from vector 2
   uint8_t scatter[3][64], scatter_red[3][64];  // from blue and green; from red

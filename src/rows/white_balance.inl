@@ -1,5 +1,5 @@
-// A colour matrix in linear light, 12-bit fixed point (4096 is full scale), with a cap on brightening
-// and a spill of strong channels into the others.
+// A colour matrix in linear light, 12-bit fixed point (4096 is full scale), with a cap on
+// brightening and a spill of strong channels into the others.
 
 static inline int32_t times(int32_t a, int32_t b) { return wrap_mul(a, b) >> 12; }
 

@@ -1,5 +1,5 @@
-// The rows of colour on every table against the plain ones: every count and several offsets, in place
-// and apart, against guard pages; and all colours there are.
+// The rows of colour on every table against the plain ones: every count and several offsets, in
+// place and apart, against guard pages; and all colours there are.
 #include <gtest/gtest.h>
 
 #include <algorithm>

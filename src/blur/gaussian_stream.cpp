@@ -147,26 +147,29 @@ uint8_t* GaussianStream::ring_row(const Pass& pass, int32_t y) const {
 // The multipliers for windows of so many rows.
 void GaussianStream::set_multipliers(const Pass& pass, int32_t rows) const {
   const int64_t width = picture_.width, longest = window_length(pass.left, pass.right, width);
-  for (int64_t length = 1; length <= longest; ++length) {
+  const int64_t shortest = std::min(longest, int64_t{std::min(pass.left, pass.right)} + 1);
+  for (int64_t length = shortest; length <= longest; ++length) {
     const int64_t pixels = length * rows;
     pass.reciprocals[length] = pixels > 8388608 ? 0 : 8388608 / static_cast<uint32_t>(pixels);
   }
   std::fill_n(&pass.multipliers[0][0], columns_ * ptrdiff_t{kLanes}, pass.reciprocals[longest]);
 
-  const auto set = [&](int64_t column, uint32_t multiplier) {
-    pass.multipliers[column % columns_][column / columns_] = multiplier;
-  };
-  const auto set_clipped = [&](int64_t begin, int64_t end) {
+  const auto set = [&](int64_t begin, int64_t end, const auto& multiplier_of) {
+    int64_t x = begin % columns_, k = begin / columns_;
     for (int64_t column = begin; column < end; ++column) {
-      const int64_t first = std::max<int64_t>(0, column - pass.left);
-      const int64_t last = std::min(width - 1, column + pass.right);
-      set(column, pass.reciprocals[last - first + 1]);
+      pass.multipliers[x][k] = multiplier_of(column);
+      if (++x == columns_) x = 0, ++k;
     }
   };
+  const auto of_clipped_window = [&](int64_t column) {
+    const int64_t first = std::max<int64_t>(0, column - pass.left);
+    const int64_t last = std::min(width - 1, column + pass.right);
+    return pass.reciprocals[last - first + 1];
+  };
   const int64_t left_end = std::min<int64_t>(pass.left, width);
-  set_clipped(0, left_end);
-  set_clipped(std::max(left_end, width - pass.right), width);
-  for (int64_t column = width; column < int64_t{columns_} * kLanes; ++column) set(column, 0);
+  set(0, left_end, of_clipped_window);
+  set(std::max(left_end, width - pass.right), width, of_clipped_window);
+  set(width, int64_t{columns_} * kLanes, [](int64_t) { return 0u; });
 }
 
 void GaussianStream::move_window(Pass& pass, uint8_t* dst) {

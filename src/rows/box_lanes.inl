@@ -76,14 +76,23 @@ static void window_means(const BoxRun& run, const Sum* sums, uint32_t* window,
 // Moves the windows left of the stretches down by a row. Such a window holds the last columns of a
 // stretch, whole stretches, and the first columns of another one: their changes, some lanes off.
 static void move_starts(uint32_t* starts, const LaneTotals& head, const LaneTotals& tail,
-                        const LaneTotals& whole, int32_t whole_before, int32_t whole_after) {
+                        const uint32_t* whole, int32_t whole_before, int32_t whole_after) {
   const auto add = [starts](const uint32_t* change) {
     for (int32_t k = 0; k < kLanes; ++k) starts[k] += change[k];
   };
   add(head.from(whole_after));
-  for (int32_t i = 0; i < whole_after; ++i) add(whole.from(i));
-  for (int32_t i = 1; i <= whole_before; ++i) add(whole.from(-i));
   if (whole_before < kLanes) add(tail.from(-whole_before - 1));
+  if (whole_before == 0 && whole_after == 0) return;
+
+  uint32_t before[3 * kLanes] = {};  // what changed in all stretches before one
+  uint32_t sum = 0;
+  for (int32_t k = 0; k < kLanes; ++k) {
+    before[kLanes + k] = sum;
+    sum += whole[k];
+  }
+  for (int32_t k = 0; k < kLanes; ++k) before[2 * kLanes + k] = sum;
+  for (int32_t k = 0; k < kLanes; ++k)
+    starts[k] += before[kLanes + k + whole_after] - before[kLanes + k - whole_before];
 }
 
 template <class Sum, void (*move_sums)(const uint8_t*, const uint8_t*, Sum*, int32_t, uint32_t*),
@@ -96,7 +105,8 @@ static void box_row(const BoxRow<Sum>& box, const uint8_t* entering, const uint8
   const bool overlapping = box.head > tail_begin;  // the first and the last columns of a stretch
   const int32_t cuts[4] = {0, overlapping ? tail_begin : box.head,
                            overlapping ? box.head : tail_begin, box.columns};
-  LaneTotals head = {}, tail = {}, whole = {};
+  LaneTotals head = {}, tail = {};
+  uint32_t whole[kLanes];
   for (int32_t c = 0; c < box.channels; ++c, entering += plane, leaving += plane) {
     Sum* sums = box.sums + c * box.sums_size;
     uint32_t totals[3][kLanes] = {};
@@ -109,7 +119,7 @@ static void box_row(const BoxRow<Sum>& box, const uint8_t* entering, const uint8
       const uint32_t middle = overlapping ? totals[1][k] : 0;
       head.padded[kLanes + k] = totals[0][k] + middle;
       tail.padded[kLanes + k] = middle + totals[2][k];
-      whole.padded[kLanes + k] = totals[0][k] + totals[1][k] + totals[2][k];
+      whole[k] = totals[0][k] + totals[1][k] + totals[2][k];
     }
     move_starts(box.starts[c], head, tail, whole, box.whole_before, box.whole_after);
     if (!dst) continue;

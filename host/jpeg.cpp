@@ -48,6 +48,15 @@ void judge_warning(j_common_ptr codec, int level) {
   }
 }
 
+// Photographs have about ten scans. A small file with thousands of empty ones would take hours.
+void refuse_many_scans(j_common_ptr codec) {
+  constexpr int kMostScans = 500;
+  if (reinterpret_cast<j_decompress_ptr>(codec)->input_scan_number <= kMostScans) return;
+  auto* manager = reinterpret_cast<ErrorManager*>(codec->err);
+  std::snprintf(manager->message, sizeof(manager->message), "more than %d scans", kMostScans);
+  std::longjmp(manager->jump, 1);
+}
+
 jpeg_error_mgr* set_up(ErrorManager& manager) {
   jpeg_error_mgr* base = jpeg_std_error(&manager.base);
   base->error_exit = stop;
@@ -122,6 +131,7 @@ void read_metadata(const jpeg_decompress_struct& codec, Metadata& metadata, Note
 struct Decompressor {
   jpeg_decompress_struct codec = {};
   ErrorManager errors;
+  jpeg_progress_mgr progress = {};
   Decompressor() { codec.err = set_up(errors); }
   ~Decompressor() { jpeg_destroy_decompress(&codec); }
 };
@@ -141,6 +151,8 @@ bool read_header(Decompressor& decompressor, const uint8_t* data, size_t size) {
 bool read_pixels(Decompressor& decompressor, Picture& picture) {
   jpeg_decompress_struct& codec = decompressor.codec;
   if (setjmp(decompressor.errors.jump)) return false;
+  decompressor.progress.progress_monitor = refuse_many_scans;
+  codec.progress = &decompressor.progress;
   codec.out_color_space = JCS_EXT_BGR;
   jpeg_start_decompress(&codec);
   while (codec.output_scanline < codec.output_height) {

@@ -20,6 +20,20 @@ CMYK_JPEG = base64.b64decode(
     "AAAAAAAAAAAAAAAAAAAP/aAA4EQwBNAFkASwAAPwBiBRr/2Q==")
 
 
+def jpeg_of_scans(count):
+    """8 × 8 grey pixels, progressive: a scan of the mean, then empty scans of the frequencies."""
+    def segment(marker, payload):
+        return bytes([0xff, marker]) + struct.pack(">H", len(payload) + 2) + payload
+
+    one_code = bytes([1] + [0] * 15) + b"\0"  # the bit 0 says: no bits follow, or end of block
+    empty = b"".join(segment(0xda, bytes([1, 1, 0, 1 + i % 63, 1 + i % 63, 0])) + b"\x7f"
+                     for i in range(count - 1))
+    return (b"\xff\xd8" + segment(0xdb, b"\0" + bytes([1] * 64)) +
+            segment(0xc2, struct.pack(">BHHBBBB", 8, 8, 8, 1, 1, 0x11, 0)) +
+            segment(0xc4, b"\x00" + one_code) + segment(0xc4, b"\x10" + one_code) +
+            segment(0xda, bytes([1, 1, 0, 0, 0, 0])) + b"\x7f" + empty + b"\xff\xd9")
+
+
 class Inputs(ToolTest):
     def refuse_file(self, words, content, name="in.jpg"):
         path = self.write(name, content)
@@ -93,6 +107,11 @@ class Inputs(ToolTest):
         frame = jpeg.index(b"\xff\xc0")
         jpeg[frame + 5:frame + 9] = struct.pack(">HH", 65500, 65500)
         self.refuse_file(words, jpeg)
+
+    def test_no_end_of_scans(self):
+        self.write("many.jpg", jpeg_of_scans(500))
+        self.succeed("info", "many.jpg")
+        self.refuse_file("more than 500 scans", jpeg_of_scans(501))
 
     def test_empty_and_malformed_headers(self):
         self.refuse_file("0 × 5 pixels is empty", b"P6 0 5 255\n")

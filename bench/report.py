@@ -27,10 +27,16 @@ def least_times(runs):
     return times
 
 
+def in_order(names, goals):
+    """As the goals list them, then the others: a run takes benchmarks in random order."""
+    listed = list(goals["operations"])
+    return sorted(names, key=lambda name: (listed.index(name) if name in listed else 99, name))
+
+
 def print_operations(times, goals):
     yardstick = times[("memcpy", "-", "12MP")]
     print(f"memcpy of 36 MB: {yardstick:.2f} ms. Multiples of it at 12 MP (ms), goals in brackets:\n")
-    operations = [name for name, table, size in times if table == "plain" and size == "12MP"]
+    operations = in_order({n for n, table, size in times if (table, size) == ("plain", "12MP")}, goals)
     print(f"{'operation':24}" + "".join(f"{table:>24}" for table in TABLES[:3]) + f"{'OpenCV':>12}")
     for operation in operations:
         line = f"{operation:24}"
@@ -45,13 +51,13 @@ def print_operations(times, goals):
         print(line + (f"{peer / yardstick:>12.1f}" if peer else ""))
 
 
-def print_sizes(times):
-    sizes = [size for name, _, size in times if name == "memcpy"]
+def print_sizes(times, goals):
+    sizes = ["64x64", "1MP", "12MP", "24MP", "100MP"]
     best = [table for table in TABLES if any(table == t for _, t, _ in times)][-1]
     print(f"\nMilliseconds of a call, {best} rows; ns a pixel from 1 MP:\n")
     pixels = {"64x64": 4096, "1MP": 1152 * 864, "12MP": 12e6, "24MP": 24e6, "100MP": 11552 * 8664}
     print(f"{'operation':24}" + "".join(f"{size:>20}" for size in sizes))
-    for operation in dict.fromkeys(name for name, table, size in times if size != "row"):
+    for operation in in_order({name for name, _, size in times if size != "row"}, goals):
         line = f"{operation:24}"
         for size in sizes:
             time = times.get((operation, "-" if operation == "memcpy" else best, size))
@@ -63,7 +69,7 @@ def print_sizes(times):
 
 def print_rows(times):
     print("\nGain of each row over the plain one:\n")
-    for name in [name for name, table, size in times if table == "plain" and size == "row"]:
+    for name in sorted(name for name, table, size in times if (table, size) == ("plain", "row")):
         plain = times[(name, "plain", "row")]
         gains = [
             f"{table} {plain / times[(name, table, 'row')]:.2f}"
@@ -93,14 +99,14 @@ def failures(times, goals):
                 yield f"row {row} on {table}: {now:.2f} times the plain row, stored gain {gain}"
 
 
-def draw(times, context, path):
+def draw(times, goals, context, path):
     """A bar for each operation and table, in multiples of memcpy; peers where they were measured."""
     yardstick = times[("memcpy", "-", "12MP")]
     colours = {"plain": "#bbbbbb", "avx2": "#5b8fc7", "avx512": "#1f4e8c", "neon": "#1f4e8c",
                "peer": "#d98c3f"}
     labels = {"plain": "plain rows", "avx2": "AVX2 rows", "avx512": "AVX-512 rows",
               "neon": "NEON rows", "peer": "nearest OpenCV calls"}
-    operations = [name for name, table, size in times if table == "plain" and size == "12MP"]
+    operations = in_order({n for n, table, size in times if (table, size) == ("plain", "12MP")}, goals)
     shown = [t for t in TABLES + ["peer"] if any(t == table for _, table, _ in times)]
     bar, gap, left, width = 9, 8, 150, 860
     longest = 60.0  # multiples of memcpy; longer bars are cut and say so
@@ -154,7 +160,7 @@ def main():
     times = least_times(run["benchmarks"])
     print_operations(times, goals)
     if not arguments.check:
-        print_sizes(times)
+        print_sizes(times, goals)
     print_rows(times)
     if not arguments.check:
         context = {
@@ -162,7 +168,7 @@ def main():
             "date": run["context"]["date"][:10],
             "repetitions": max(r.get("repetitions", 1) for r in run["benchmarks"]),
         }
-        draw(times, context, HERE.parent / "docs" / "bench.svg")
+        draw(times, goals, context, HERE.parent / "docs" / "bench.svg")
         return
     missed = list(failures(times, goals))
     print("\n" + ("\n".join("MISSED: " + line for line in missed) or "every goal is met"))

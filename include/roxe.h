@@ -162,8 +162,8 @@ ROXE_API int32_t roxeuAutoStraightenImage(const PixelArray* src, int32_t x1, int
 //
 // Returns 2 or 1 from roxeVerifyPixelArray, src first; kRoxeErrParam if quad is null or not convex,
 // if rect is empty or outside dst, or if memory for the mapping cannot be had; kRoxeErrFailed if
-// dst, a record of unknown format, has no pixels to draw; otherwise kRoxeOK. Allocates 320 bytes and
-// 8 pointers.
+// dst, a record of unknown format, has no pixels to draw; otherwise kRoxeOK. Allocates 320 bytes
+// and 8 pointers.
 ROXE_API int32_t roxeAffineTransform(const PixelArray* src, PixelArray* dst, Quad* quad,
                                      const Quad* dstQuad, PixelRect rect);
 
@@ -187,7 +187,8 @@ ROXE_API int32_t roxeGetPerspectiveDistortionCorrectionSize(Quad* quad, int32_t 
 // unused1, unused2        have no effect
 //
 // Returns 2 on success. Returns 4 if quad is null or has no natural size, and 0 if the drawing
-// failed for any other reason (records, rectangle, memory). Allocates what roxeAffineTransform does.
+// failed for any other reason (records, rectangle, memory). Allocates what roxeAffineTransform
+// does.
 ROXE_API int32_t roxePerspectiveDistortionCorrection(const PixelArray* src, PixelArray* dst,
                                                      Quad* quad, int32_t unused1, int32_t unused2,
                                                      PixelRect rect);
@@ -216,10 +217,10 @@ ROXE_API int32_t roxePerspectiveDistortionCorrection(const PixelArray* src, Pixe
 //
 //   447 + 576 c + 24 W + c W (15 + rows) bytes
 //
-// where rows counts the rows that the three blurs keep: min(n + 1, height) each for windows of
-// n = radius, radius, and radius (odd) or radius + 1 (even) rows. Each blur whose window holds more
-// than 257 rows takes 64 c + 4 c W bytes more. Nothing is allocated for a radius of 1 or less, and a
-// mask that is not blurred or has no effect takes none. Pictures that overlap other than in place
+// where rows counts the rows that the three blurs keep: min(n + 1, height) each for windows of n =
+// radius, radius, and radius (odd) or radius + 1 (even) rows. Each blur whose window holds more
+// than 257 rows takes 64 c + 4 c W bytes more. Nothing is allocated for a radius of 1 or less, and
+// a mask that is not blurred or has no effect takes none. Pictures that overlap other than in place
 // take a copy of the mask and, blur by blur, the rows, sums and reciprocals of one window instead.
 ROXE_API int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const PixelArray* mask,
                                int32_t radius, int32_t maskRadius);
@@ -275,8 +276,8 @@ ROXE_API int32_t roxeColorTintMask(const PixelArray* src, PixelArray* mask, uint
 // channels spill into the others.
 //
 // Returns 2 or 1 from roxeVerifyPixelArray, src first; kRoxeErrParam if the gains cannot be made;
-// otherwise kRoxeOK, also when memory for the tables cannot be had: dst is then untouched. Allocates
-// 6145 bytes, whatever the size of the pictures.
+// otherwise kRoxeOK, also when memory for the tables cannot be had: dst is then untouched.
+// Allocates 6145 bytes, whatever the size of the pictures.
 ROXE_API int32_t roxeColorTemperature(const PixelArray* src, PixelArray* dst, int32_t temperature,
                                       int32_t tint);
 
@@ -306,8 +307,8 @@ ROXE_API int32_t roxeAutoGamma(const PixelArray* src, PixelArray* dst, const Pix
 // Even 0, 0, 0 lowers the pixels whose intensity is not a whole number by one level.
 //
 // Always returns kRoxeOK; a missing record, missing pixels or no memory: nothing is touched, nor
-// where 8 * width * height bytes do not fit 32 bits. Allocates 100 * width bytes, width being that of
-// the common area, and nothing where shadow and highlight are 0 or the area is one pixel wide or
+// where 8 * width * height bytes do not fit 32 bits. Allocates 100 * width bytes, width being that
+// of the common area, and nothing where shadow and highlight are 0 or the area is one pixel wide or
 // high; 8 * width * height bytes where the pictures overlap but their rows are not the same.
 ROXE_API int32_t roxeShadowHighlight(const PixelArray* src, PixelArray* dst, uint32_t shadow,
                                      uint32_t highlight, int32_t midtone);

@@ -1,5 +1,5 @@
-// The nearest OpenCV call or chain of calls for each operation, single-threaded. None gives the same
-// picture; they are what a program would otherwise call for the purpose.
+// The nearest OpenCV call or chain of calls for each operation, single-threaded. None gives the
+// same picture; they are what a program would otherwise call for the purpose.
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 

@@ -1,4 +1,5 @@
-// The two ways in which the tool gives up. Each message is one sentence for the person at the keyboard.
+// The two ways in which the tool gives up. Each message is one sentence for the person at the
+// keyboard.
 #ifndef ROXE_HOST_ERRORS_H_
 #define ROXE_HOST_ERRORS_H_
 

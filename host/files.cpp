@@ -44,8 +44,8 @@ class Descriptor {
 
 std::string reason() { return std::generic_category().message(errno); }
 
-// The names of the temporary files in use, for the signal handler: plain memory behind a flag that a
-// handler may wait for.
+// The names of the temporary files in use, for the signal handler: plain memory behind a flag that
+// a handler may wait for.
 struct TemporaryName {
   bool used;
   char path[PATH_MAX];

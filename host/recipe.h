@@ -1,4 +1,5 @@
-// A recipe: a text file of operations, one a line, written as on the command line without the files.
+// A recipe: a text file of operations, one a line, written as on the command line without the
+// files.
 //
 //     # evening light
 //     straighten --line 245,1480,4020,1310

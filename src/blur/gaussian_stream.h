@@ -21,8 +21,8 @@ class GaussianStream {
   bool allocate();
 
   // Blurs the next row, from top to bottom. The pixels stay until the next call. Row y of the
-  // picture is not read again once row y is blurred, so the result may overwrite it. wanted is a row
-  // that will soon be read or written: a hint, never followed.
+  // picture is not read again once row y is blurred, so the result may overwrite it. wanted is a
+  // row that will soon be read or written: a hint, never followed.
   uint8_t* next_row(const uint8_t* wanted);
 
  private:

@@ -1,8 +1,8 @@
 // Box blurs of planes: width * height floats, row after row without gaps. Edges are repeated.
 //
-// A pass slides its window along each row and writes the sums as a column of the output, so that two
-// passes blur both ways and restore the orientation. Sums are running sums in single precision, and
-// their rounding accumulates along the row; it is never recomputed.
+// A pass slides its window along each row and writes the sums as a column of the output, so that
+// two passes blur both ways and restore the orientation. Sums are running sums in single precision,
+// and their rounding accumulates along the row; it is never recomputed.
 //
 // A window that is as long as the row or longer leaves the plane as it is.
 #ifndef ROXE_BLUR_PLANE_BLUR_H_

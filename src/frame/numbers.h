@@ -1,6 +1,6 @@
-// Arithmetic with one meaning on every machine: wrapping integers, defined conversions and the fused
-// multiply-add. Everything here is static, so that it can be compiled for several instruction sets
-// and linked into one library.
+// Arithmetic with one meaning on every machine: wrapping integers, defined conversions and the
+// fused multiply-add. Everything here is static, so that it can be compiled for several instruction
+// sets and linked into one library.
 #ifndef ROXE_FRAME_NUMBERS_H_
 #define ROXE_FRAME_NUMBERS_H_
 

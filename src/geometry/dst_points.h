@@ -22,11 +22,11 @@ int32_t GetProjection(int32_t ax, int32_t ay, int32_t bx, int32_t by, int32_t px
 // Midpoint of a and b, truncated toward zero.
 void GetAdjustCenter(Point* centre, int32_t ax, int32_t ay, int32_t bx, int32_t by);
 
-// Lifts the four corners into space on a common plane, by the vanishing points of opposite sides and
-// a camera whose principal point is (cx, cy) where that is possible; camera receives what was used.
-// With one vanishing point only, the corners of quad may be relabelled in place so that sides 0 1
-// and 2 3 meet; points keep the caller's order. Returns 1, or 0 for a parallelogram, whose points
-// are not written.
+// Lifts the four corners into space on a common plane, by the vanishing points of opposite sides
+// and a camera whose principal point is (cx, cy) where that is possible; camera receives what was
+// used. With one vanishing point only, the corners of quad may be relabelled in place so that sides
+// 0 1 and 2 3 meet; points keep the caller's order. Returns 1, or 0 for a parallelogram, whose
+// points are not written.
 int32_t GetDstPoints(Quad* quad, int32_t cx, int32_t cy, Point3D* points, Camera* camera);
 
 }  // namespace roxe

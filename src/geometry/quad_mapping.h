@@ -16,9 +16,9 @@ namespace roxe {
 // The eight coefficients p of a mapping.
 using AffineParameters = Block<float>;
 
-// Reorders the corners: top left, top right, bottom right, bottom left as seen on screen. Where both
-// upper corners lie to the same side of their diagonal partners and the edge between them is steeper
-// than 45 degrees, the labels turn by one place. Sorting twice is not always sorting once.
+// Reorders the corners: top left, top right, bottom right, bottom left as seen on screen. Where
+// both upper corners lie to the same side of their diagonal partners and the edge between them is
+// steeper than 45 degrees, the labels turn by one place. Sorting twice is not always sorting once.
 void SortToAntiClockwise(Quad* quad);
 
 // The eight linear equations, 8 rows of 9 floats (the right-hand side last), as a table of row
@@ -26,8 +26,8 @@ void SortToAntiClockwise(Quad* quad);
 // as well. Null for a missing argument or without memory.
 Block<float*> CreateAffineMatrix(const Quad* src, const Quad* dst);
 
-// Solves the equations in place; rows may be exchanged in the table. Unknowns without a pivot become
-// 0. Null for a missing table or without memory.
+// Solves the equations in place; rows may be exchanged in the table. Unknowns without a pivot
+// become 0. Null for a missing table or without memory.
 AffineParameters CalcParameters(float** rows);
 
 // The mapping that carries the points of dst onto those of src; null without memory.

@@ -34,7 +34,8 @@ float xrmlGetLength3D(Point3D a, Point3D b);
 // Distance of p3 from the plane through p0, p1 and p2; 0 when those lie (nearly) on one line.
 float xrmlGetLengthPoint2Place(Point3D p0, Point3D p1, Point3D p2, Point3D p3);
 
-// 1 if the corners, in boundary order of either sense, form a strictly convex quadrilateral, else 0.
+// 1 if the corners, in boundary order of either sense, form a strictly convex quadrilateral, else
+// 0.
 int32_t xrmlIsConvexQuadrilateral(const Quad* quad);
 
 // Inverts an n x n row-major matrix; dst may be src. Returns 1, or 0 if the matrix is singular or

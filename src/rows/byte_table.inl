@@ -1,7 +1,7 @@
 // Look-ups in tables of 256 bytes.
 
-// Eight bytes are read and written as one word. Byte by byte some compilers try to use vectors here,
-// collect them lane by lane and take three times as long.
+// Eight bytes are read and written as one word. Byte by byte some compilers try to use vectors
+// here, collect them lane by lane and take three times as long.
 [[maybe_unused]] static void look_up(const uint8_t* table, const uint8_t* src, uint8_t* dst,
                                      int32_t count) {
   int32_t i = 0;

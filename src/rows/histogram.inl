@@ -1,7 +1,7 @@
 // Histogram of one channel.
 
-// Eight sets of counts in turn: neighbouring pixels are often equal, and a single counter would wait
-// for its own last increment.
+// Eight sets of counts in turn: neighbouring pixels are often equal, and a single counter would
+// wait for its own last increment.
 static void count_green(const uint8_t* src, int32_t count, uint32_t (*counts)[256]) {
   int32_t i = 0;
   for (; i + 8 <= count; i += 8, src += 24)

@@ -1,6 +1,6 @@
-// Replaces the plain band of projective.inl. The sums of a row must be accumulated one by one, so the
-// lanes are the eight rows of a band; tiles of eight columns are sampled lane by lane and transposed
-// when their pixels are finished. Six times as fast as the plain band rebuilt for AVX2.
+// Replaces the plain band of projective.inl. The sums of a row must be accumulated one by one, so
+// the lanes are the eight rows of a band; tiles of eight columns are sampled lane by lane and
+// transposed when their pixels are finished. Six times as fast as the plain band rebuilt for AVX2.
 
 constexpr int32_t kTile = 8;            // columns of a tile, and its rows: one lane each
 constexpr int32_t kTilesAtOnce = 8;     // whose positions are computed before they are sampled

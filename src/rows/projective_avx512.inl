@@ -1,5 +1,6 @@
 // Replaces the sampling of projective_avx2.inl: the lanes are the eight rows of two columns, pixels
-// come in pairs of 8 bytes, their bytes by byte permutes. Takes two thirds of the time of eight lanes.
+// come in pairs of 8 bytes, their bytes by byte permutes. Takes two thirds of the time of eight
+// lanes.
 
 // The sums of eight rows at one column, then at the next.
 struct SumLanes16 {
@@ -11,8 +12,8 @@ static inline __m512 two_columns_on(__m512 sum, float step) {
   return _mm512_add_ps(_mm512_add_ps(sum, _mm512_set1_ps(step)), _mm512_set1_ps(step));
 }
 
-// The positions of a tile, as for eight lanes; the sums move on to the next one. The result has a bit
-// for each lane with a pixel that is not at least one pixel away from the border of the source.
+// The positions of a tile, as for eight lanes; the sums move on to the next one. The result has a
+// bit for each lane with a pixel that is not at least one pixel away from the border of the source.
 static inline __mmask16 tile_positions_16(const ProjectiveSource& source, SumLanes16& sums,
                                           TilePositions& at) {
   const __m512i stride = _mm512_set1_epi32(static_cast<int32_t>(source.stride));

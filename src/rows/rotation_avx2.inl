@@ -1,7 +1,7 @@
-// Replaces the plain walk of rotation.inl where pixels lie inside the source: eight pixels at a time.
-// Each pixel is fetched as two 8-byte loads (two neighbours and the two below), the vertical mix is a
-// byte multiply-add of pairs, the horizontal one a word multiply-add. Five times as fast as the plain
-// row rebuilt for AVX2 at 1 and at 7.3 degrees, nine times at 45.
+// Replaces the plain walk of rotation.inl where pixels lie inside the source: eight pixels at a
+// time. Each pixel is fetched as two 8-byte loads (two neighbours and the two below), the vertical
+// mix is a byte multiply-add of pairs, the horizontal one a word multiply-add. Five times as fast
+// as the plain row rebuilt for AVX2 at 1 and at 7.3 degrees, nine times at 45.
 
 // Elements first ... last - 1 of a row.
 struct RowRange {

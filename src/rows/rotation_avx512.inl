@@ -1,6 +1,6 @@
-// Replaces the loop over a stretch of rotation_avx2.inl: sixteen pixels at a time, fetched by masked
-// broadcasts; where sixteen lie in one row of the source, two loads and byte permutes fetch them. A
-// quarter to a third faster than eight.
+// Replaces the loop over a stretch of rotation_avx2.inl: sixteen pixels at a time, fetched by
+// masked broadcasts; where sixteen lie in one row of the source, two loads and byte permutes fetch
+// them. A quarter to a third faster than eight.
 
 // The corners of pixels k, k + 4, k + 8 and k + 12 in the four quarters of pixel[k].
 struct Corners16 {

@@ -1,9 +1,9 @@
 // The hot loops of all operations, in one table for each instruction set.
 //
-// A row is a function over pointers and counts: no image record, no status, no allocation. All tables
-// give the same bytes; the comment of an entry is the contract of all its bodies. Unless an entry
-// says otherwise, any two of the rows that it is given are the same row or disjoint, and exactly
-// count elements are read and written.
+// A row is a function over pointers and counts: no image record, no status, no allocation. All
+// tables give the same bytes; the comment of an entry is the contract of all its bodies. Unless an
+// entry says otherwise, any two of the rows that it is given are the same row or disjoint, and
+// exactly count elements are read and written.
 #ifndef ROXE_ROWS_ROWS_H_
 #define ROXE_ROWS_ROWS_H_
 
@@ -14,8 +14,8 @@
 
 namespace roxe {
 
-// A position along one axis: whole pixels and 65536ths, the latter 0 ... 65535 as long as no step is
-// longer than a pixel.
+// A position along one axis: whole pixels and 65536ths, the latter 0 ... 65535 as long as no step
+// is longer than a pixel.
 struct FixedCoordinate {
   int32_t whole, fraction;
 };
@@ -46,9 +46,9 @@ struct RotationWalk {
   int32_t src_columns, src_rows;
   FixedCoordinate x, y;
   int32_t step_x, step_y;
-  // Hints for fetching ahead: from a sampled source pixel to one that is needed some rows later, from
-  // a destination pixel to one that is written some rows later (bytes; 0: none), and which one of
-  // eight neighbouring source pixels to go by.
+  // Hints for fetching ahead: from a sampled source pixel to one that is needed some rows later,
+  // from a destination pixel to one that is written some rows later (bytes; 0: none), and which one
+  // of eight neighbouring source pixels to go by.
   ptrdiff_t ahead, dst_ahead;
   int32_t ahead_lane;
 };
@@ -132,8 +132,8 @@ struct WhiteBalance {
   const int32_t* linear;   // by byte: linear light 0 ... 4096
   const uint8_t* encoded;  // by linear light 0 ... 4096: the byte
 
-  // The same as encoded in tables of bytes: from 128 on, encoded[16 * i + k] is base[i] and one more
-  // for each j with step[j][i] <= k. Entry 4096 is the last base.
+  // The same as encoded in tables of bytes: from 128 on, encoded[16 * i + k] is base[i] and one
+  // more for each j with step[j][i] <= k. Entry 4096 is the last base.
   bool has_steps;  // whether encoded can be had in this way
   uint8_t base[256], step[4][256];
 };
@@ -158,16 +158,16 @@ struct RowKernels {
   void (*rotate)(const RotationWalk& walk, uint8_t* dst, int32_t count);
 
   // Samples count pixels in each of 1 ... kProjectiveBand rows, dst_stride apart, from the sums at
-  // the start of each row on. Pixels that four source pixels do not cover are left as they were. The
-  // plain body reads and writes pixel after pixel, row after row, and allows dst to lie in the
+  // the start of each row on. Pixels that four source pixels do not cover are left as they were.
+  // The plain body reads and writes pixel after pixel, row after row, and allows dst to lie in the
   // source; the others do not.
   void (*resample_band)(const ProjectiveSource& source, const ProjectiveSums* starts, uint8_t* dst,
                         ptrdiff_t dst_stride, int32_t rows, int32_t count);
 
   // ---- blur (blend_masked.inl, box_lanes.inl)
 
-  // Pulls each byte of count pixels of three bytes towards src by mask / 256, one mask byte a pixel,
-  // rounding toward minus infinity. mask shares no memory with dst.
+  // Pulls each byte of count pixels of three bytes towards src by mask / 256, one mask byte a
+  // pixel, rounding toward minus infinity. mask shares no memory with dst.
   void (*blend_masked)(const uint8_t* src, const uint8_t* mask, uint8_t* dst, int32_t count);
 
   // Brings a row of 32 stretches of so many columns, packed pixels of 1 or 3 channels, into lanes,
@@ -205,16 +205,16 @@ struct RowKernels {
 
   // ---- tone
 
-  // Counts the green bytes of count pixels, spread over eight sets of counts that are to be added up.
-  // The last pixel may end with its green byte.
+  // Counts the green bytes of count pixels, spread over eight sets of counts that are to be added
+  // up. The last pixel may end with its green byte.
   void (*count_green)(const uint8_t* src, int32_t count, uint32_t (*counts)[256]);
 
   // dst[i] = 0.114 blue + (0.299 red + 0.587 green), the additions fused, of count pixels.
   void (*intensities)(const uint8_t* src, float* dst, int32_t count);
 
-  // For rows rows of count pixels: the sums of the intensities of columns x - half ... x + half, the
-  // first and last column repeated; a running sum along the row, in single precision. half is 0 ... 4
-  // and 2 * half < count.
+  // For rows rows of count pixels: the sums of the intensities of columns x - half ... x + half,
+  // the first and last column repeated; a running sum along the row, in single precision. half is 0
+  // ... 4 and 2 * half < count.
   void (*intensity_sums)(const uint8_t* src, ptrdiff_t src_step, int32_t rows, int32_t count,
                          int32_t half, float* sums, ptrdiff_t sums_step);
 
@@ -223,10 +223,10 @@ struct RowKernels {
   void (*slide_sums)(float* sums, const float* leave, const float* enter, float scale,
                      float* blurred, int32_t count);
 
-  // With own = intensity[i], near = blurred[i] (0 ... 1000 or so) and s = own + near + 0.0001, added
-  // in double precision: shift[i] = midtone[j] - own, where j = combined[own] * (own * near + s * s)
-  // / (near * near + s * s), truncated and clamped to 0 ... 511. combined has 256 entries, midtone 512, of
-  // which those from 256 on are equal.
+  // With own = intensity[i], near = blurred[i] (0 ... 1000 or so) and s = own + near + 0.0001,
+  // added in double precision: shift[i] = midtone[j] - own, where j = combined[own] * (own * near +
+  // s * s) / (near * near + s * s), truncated and clamped to 0 ... 511. combined has 256 entries,
+  // midtone 512, of which those from 256 on are equal.
   void (*tone_shifts)(const float* intensity, const float* blurred, const float* combined,
                       const float* midtone, float* shift, int32_t count);
 

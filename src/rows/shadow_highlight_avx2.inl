@@ -1,13 +1,14 @@
-// Replaces rows of shadow_highlight.inl, where the compiler finds neither the shuffles of pixels nor
-// the transposes, and gathers entry by entry: a picture of 12 million pixels takes 14 ms instead of 93.
+// Replaces rows of shadow_highlight.inl, where the compiler finds neither the shuffles of pixels
+// nor the transposes, and gathers entry by entry: a picture of 12 million pixels takes 14 ms
+// instead of 93.
 
 // Eight neighbouring pixels, one channel a vector.
 struct EightPixels {
   __m256 blue, green, red;
 };
 
-// The low lane gets the first four pixels, the high lane the last sixteen bytes, where the other four
-// begin at byte 4.
+// The low lane gets the first four pixels, the high lane the last sixteen bytes, where the other
+// four begin at byte 4.
 static inline EightPixels load_8_pixels(const uint8_t* bgr) {
   const __m256i bytes = _mm256_inserti128_si256(
       _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bgr))),
@@ -35,7 +36,8 @@ static void intensities_avx2(const uint8_t* src, float* dst, int32_t count) {
   intensities(src + 3 * i, dst + i, count - i);
 }
 
-// The intensities of the last columns of eight rows, rows across, each column at its place modulo 32.
+// The intensities of the last columns of eight rows, rows across, each column at its place modulo
+// 32.
 struct ColumnRing {
   alignas(32) float column[32][8];
   __m256 load(int32_t x) const { return _mm256_load_ps(column[x & 31]); }
@@ -59,8 +61,8 @@ static inline void fill_columns(ColumnRing& ring, const uint8_t* const* row, int
   }
 }
 
-// Sums with rows in the lanes, so that each keeps its order of additions. Missing rows of a last band
-// repeat the one above.
+// Sums with rows in the lanes, so that each keeps its order of additions. Missing rows of a last
+// band repeat the one above.
 static void intensity_sums_avx2(const uint8_t* src, ptrdiff_t src_step, int32_t rows, int32_t count,
                                 int32_t half, float* sums, ptrdiff_t sums_step) {
   if (rows < 3 || rows > 8)
@@ -213,9 +215,9 @@ static inline Threefold threefold(__m256i pixels) {
           _mm256_shuffle_epi8(high, third)};
 }
 
-// value + shift, truncated and clamped, is value + floor(shift) clamped: below 0 the clamp hides the
-// difference. Only where the fraction of the shift is so close to 1 that the sum might be rounded up
-// to the next whole number, the sums themselves are formed.
+// value + shift, truncated and clamped, is value + floor(shift) clamped: below 0 the clamp hides
+// the difference. Only where the fraction of the shift is so close to 1 that the sum might be
+// rounded up to the next whole number, the sums themselves are formed.
 static void shift_pixels_avx2(const uint8_t* src, const float* shift, uint8_t* dst, int32_t count) {
   const __m256 most = _mm256_set1_ps(512.0f), least = _mm256_set1_ps(-512.0f);
   const __m256 nearly_one = _mm256_set1_ps(1.0f - 1.0f / 32768);  // a unit of floats below 512

@@ -1,5 +1,5 @@
-// Replaces tone_shifts_avx2, whose look-ups load one entry after the other: 12 million shifts take 2.9
-// ms instead of 5.4.
+// Replaces tone_shifts_avx2, whose look-ups load one entry after the other: 12 million shifts take
+// 2.9 ms instead of 5.4.
 
 // 256 floats as four tables of their bytes: a look-up of 64 bytes costs two permutes, so that 64
 // floats cost eight, where permutes of floats would take 32.

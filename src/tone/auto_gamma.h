@@ -9,9 +9,10 @@
 
 namespace roxe {
 
-// The 256 counts of the green bytes of a region (null: the whole picture). Negative sides count as 0.
-// Beyond that the region is read as given, also past the end of a row, but never past the
-// height * rowBytes bytes of the picture. Null for a malformed record, an empty region or no memory.
+// The 256 counts of the green bytes of a region (null: the whole picture). Negative sides count as
+// 0. Beyond that the region is read as given, also past the end of a row, but never past the
+// height * rowBytes bytes of the picture. Null for a malformed record, an empty region or no
+// memory.
 Block<uint32_t> GetHistogram_RGB24(const PixelArray& src, const PixelRect* rect);
 
 // The gamma, 0.65 ... 1.2, for which the slope of x^gamma, weighted by the histogram, is largest.

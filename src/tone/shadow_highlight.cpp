@@ -24,7 +24,8 @@ int32_t roxeShadowHighlight(const PixelArray* src, PixelArray* dst, uint32_t sha
 namespace roxe {
 namespace {
 
-// Pixels that go through all stages before the next ones do: their floats stay in the nearest cache.
+// Pixels that go through all stages before the next ones do: their floats stay in the nearest
+// cache.
 constexpr int32_t kChunk = 1024;
 
 // Rows whose sums are made together, and rows of sums that are kept: those of a band and the

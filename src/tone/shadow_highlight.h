@@ -1,5 +1,5 @@
-// The stages of roxeShadowHighlight, which runs them on a few rows at a time, and the form that runs
-// them on whole planes of floats.
+// The stages of roxeShadowHighlight, which runs them on a few rows at a time, and the form that
+// runs them on whole planes of floats.
 #ifndef ROXE_TONE_SHADOW_HIGHLIGHT_H_
 #define ROXE_TONE_SHADOW_HIGHLIGHT_H_
 

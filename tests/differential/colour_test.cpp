@@ -159,8 +159,8 @@ TEST(ReferenceColour, Distances) {
   EXPECT_EQ(tables.distance({180, 0, 222}, {180, 0, 200}, 11), 11u);
   EXPECT_EQ(tables.distance({180, 0, 201}, {180, 0, 200}, 1), 0u);  // 1 / 4
   EXPECT_EQ(tables.distance({180, 0, 202}, {180, 0, 200}, 1), 1u);
-  // Near black the opposite hue counts little: both saturations fall to 255 + (250 * -253 >> 8) = 7,
-  // and (7 + 7)^2 / 4 = 49 gives 49 * 1489 >> 14.
+  // Near black the opposite hue counts little: both saturations fall to 255 + (250 * -253 >> 8) =
+  // 7, and (7 + 7)^2 / 4 = 49 gives 49 * 1489 >> 14.
   EXPECT_EQ(tables.distance({360, 255, 2}, {180, 255, 2}, 11), 4u);
 }
 

@@ -1,5 +1,6 @@
 // Random pictures in twice the same memory: the library works in one block, the reference in the
-// other, and afterwards every byte of the blocks must be equal, between and around the pictures too.
+// other, and afterwards every byte of the blocks must be equal, between and around the pictures
+// too.
 #ifndef ROXE_TESTS_DIFFERENTIAL_TWINS_H_
 #define ROXE_TESTS_DIFFERENTIAL_TWINS_H_
 
@@ -112,7 +113,8 @@ class Twins {
     std::memcpy(reference_.data(), library_.data(), size());
   }
 
-  // An offset for bytes of memory: mostly against the guard page after the block, else at its start.
+  // An offset for bytes of memory: mostly against the guard page after the block, else at its
+  // start.
   size_t place(Dice& dice, size_t bytes) const {
     if (bytes > size()) std::abort();
     return dice.one_in(4) ? 0 : size() - bytes;

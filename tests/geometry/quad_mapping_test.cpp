@@ -123,8 +123,8 @@ TEST(CalcParameters, SolvesWithBackSubstitution) {
 }
 
 TEST(CalcParameters, FirstRowThatIsNotZeroBecomesThePivot) {
-  // Rows 0, 1 and 2 are p1 = 5, 3 p0 + 6 p1 = 36 and 100 p0 + p2 = 7: row 1 comes first although row
-  // 2 holds the larger entry.
+  // Rows 0, 1 and 2 are p1 = 5, 3 p0 + 6 p1 = 36 and 100 p0 + p2 = 7: row 1 comes first although
+  // row 2 holds the larger entry.
   Equations e;
   e.values[0] = {0, 1, 0, 0, 0, 0, 0, 0, 5};
   e.values[1] = {3, 6, 0, 0, 0, 0, 0, 0, 36};

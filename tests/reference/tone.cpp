@@ -156,7 +156,8 @@ void set_look_up_table(float* table, int32_t n, const CurvePoint* control, int32
   }
 }
 
-// ------------------------------------------------------------------------------ shadow and highlight
+// ------------------------------------------------------------------------------ shadow and
+// highlight
 
 void lighten_shadow(float* table, int32_t n, uint32_t amount) {
   const float a = static_cast<float>(amount);

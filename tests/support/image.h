@@ -1,6 +1,6 @@
-// Pictures for tests. The last byte of the last row lies against an unmapped page, so that a read or
-// write past it ends the program; so does the page before the first byte. Row padding holds a pattern
-// that must survive.
+// Pictures for tests. The last byte of the last row lies against an unmapped page, so that a read
+// or write past it ends the program; so does the page before the first byte. Row padding holds a
+// pattern that must survive.
 #ifndef ROXE_TESTS_SUPPORT_IMAGE_H_
 #define ROXE_TESTS_SUPPORT_IMAGE_H_
 

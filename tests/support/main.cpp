@@ -1,5 +1,6 @@
-// Runs the suite under one table of rows: roxe_tests [--rows=plain|avx2|avx512|neon] [gtest options].
-// Without --rows the best table of this machine is used. Exit code 77: the machine cannot run it.
+// Runs the suite under one table of rows: roxe_tests [--rows=plain|avx2|avx512|neon] [gtest
+// options]. Without --rows the best table of this machine is used. Exit code 77: the machine cannot
+// run it.
 #include <gtest/gtest.h>
 
 #include <cstdio>

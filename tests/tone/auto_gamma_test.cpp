@@ -219,9 +219,9 @@ TEST(GammaEstimate, OneLevelWinsWhereItsSlopeIsLargest) {
 }
 
 TEST(GammaEstimate, HistogramWeighsTheSlopes) {
-  // Equal weights of 1 / 16 and 1: the slopes sum to 0.65 + 0.65 * 16^0.35 = 2.37 at the lower end and
-  // 1.2 + 1.2 * 16^-0.2 = 1.89 at the upper one, less between. Twice the weight of the bright level
-  // turns it round: 3.02 against 3.09.
+  // Equal weights of 1 / 16 and 1: the slopes sum to 0.65 + 0.65 * 16^0.35 = 2.37 at the lower end
+  // and 1.2 + 1.2 * 16^-0.2 = 1.89 at the upper one, less between. Twice the weight of the bright
+  // level turns it round: 3.02 against 3.09.
   uint32_t histogram[256] = {};
   histogram[15] = histogram[255] = 1000;
   EXPECT_EQ(GetMaximumEntropyEstimateGamma(histogram), 0.65f);

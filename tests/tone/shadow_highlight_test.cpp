@@ -24,7 +24,8 @@ std::vector<float> Curve(void (*make)(float*, int32_t, Amount), Amount amount) {
   return table;
 }
 
-// ---- curves. Expected levels: the curve's own point at t = 1/2, worked out by hand, and its tangent.
+// ---- curves. Expected levels: the curve's own point at t = 1/2, worked out by hand, and its
+// tangent.
 
 TEST(ShadowCurve, AmountZeroIsTheIdentity) {
   EXPECT_EQ(Curve(lighten_shadow, 0u), Identity(256));
@@ -180,16 +181,16 @@ void ExpectAll(const Image& image, Pixel pixel) {
 }
 
 TEST(ShadowHighlight, UniformPictureMovesByItsCurve) {
-  // Intensity 29.9; the shadow curve of 50 gives 78.8 at 29 (by hand, from its points at t = 0.22 and
-  // 0.23), so 78 - 29.9 = 48.1 is added.
+  // Intensity 29.9; the shadow curve of 50 gives 78.8 at 29 (by hand, from its points at t = 0.22
+  // and 0.23), so 78 - 29.9 = 48.1 is added.
   Image image = Red100(12, 11);
   EXPECT_EQ(roxeShadowHighlight(image, image, 50, 0, 0), kRoxeOK);
   ExpectAll(image, {48, 48, 148});
 }
 
 TEST(ShadowHighlight, EvenBlurLengthBrightensTheSurroundings) {
-  // 9 pixels: length 8, surroundings 29.9 * 81 / 64 = 37.84, ratio (29.9 * 37.84 + 67.74^2) / (37.84^2
-  // + 67.74^2) = 0.9501; 78.8 * 0.9501 = 74.9, so 74 - 29.9 = 44.1 is added.
+  // 9 pixels: length 8, surroundings 29.9 * 81 / 64 = 37.84, ratio (29.9 * 37.84 + 67.74^2) /
+  // (37.84^2 + 67.74^2) = 0.9501; 78.8 * 0.9501 = 74.9, so 74 - 29.9 = 44.1 is added.
   Image image = Red100(9, 20);
   EXPECT_EQ(roxeShadowHighlight(image, image, 50, 0, 0), kRoxeOK);
   ExpectAll(image, {44, 44, 144});

@@ -44,8 +44,8 @@ TEST(ToneCurvePolyline, OneHalving) {
 }
 
 TEST(ToneCurvePolyline, TwoHalvingsRepeatTheMiddle) {
-  // Bend 3, log4(22.5) = 2.2. y at 1/4: (27 * 10 + 9 * 21.5 + 30) / 64, at 3/4: (9 * 10 + 27 * 21.5 +
-  // 27 * 30) / 64.
+  // Bend 3, log4(22.5) = 2.2. y at 1/4: (27 * 10 + 9 * 21.5 + 30) / 64, at 3/4: (9 * 10 + 27 * 21.5
+  // + 27 * 30) / 64.
   EXPECT_EQ(Polyline({{0, 0}, {10, 10}, {20, 21.5f}, {30, 30}}), (Points{{0, 0},
                                                                          {7.5f, 7.7109375f},
                                                                          {15, 15.5625f},

@@ -94,8 +94,8 @@ TEST(Variations, OneStepLessDarkIsLighterRowOne) {
 TEST(Variations, FourUnitsAreARowAppliedTwice) {
   Image weak = Bgr({{{0, 64, 255}}});
   roxeVariations(weak, weak, 0, 0, 0, 2, 0);
-  // Darker row 1 twice: 64 -> 60 -> 255 (60 / 255)^1.0425 = 56.4, 255 -> 254 -> 253. The table's own
-  // row 2 would give 58.
+  // Darker row 1 twice: 64 -> 60 -> 255 (60 / 255)^1.0425 = 56.4, 255 -> 254 -> 253. The table's
+  // own row 2 would give 58.
   EXPECT_EQ(weak, Bgr({{{0, 56, 253}}}));
 
   Image strong = Bgr({{{128, 192, 64}, {254, 255, 0}}});
@@ -130,7 +130,8 @@ TEST(Variations, MoreThanSixtyUnitsAreSixty) {
 }
 
 TEST(Variations, SixtyUnitsAreTheFourStrongestRows) {
-  // Bit 4 is row 1 of the table applied 2 times, bits 8, 16 and 32 are 4, 8 and 16 times: 30 in all.
+  // Bit 4 is row 1 of the table applied 2 times, bits 8, 16 and 32 are 4, 8 and 16 times: 30 in
+  // all.
   const uint8_t* row = DARKER_TABLE[1];
   int level = 255;
   for (int i = 0; i < 30; ++i) level = row[level];

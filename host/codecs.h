@@ -22,6 +22,12 @@ struct Decoded {
   std::string description;  // of the stored form: "8 bits, 3 channels"
 };
 
+struct ReadSettings {
+  ReadSettings(Colour background = {}) : background(background) {}
+
+  Colour background;  // shows through transparent pixels
+};
+
 struct WriteSettings {
   int quality = 95;  // JPEG, 1 ... 100
   bool pgm = false;  // of the portable formats, the grey one
@@ -38,9 +44,8 @@ std::optional<FileFormat> format_of_name(std::string_view path);
 // Whether there is a profile for the channels that are written; a note if there is another one.
 bool profile_fits(const Bytes& icc, bool grey, Notes& notes);
 
-// The background shows through transparent pixels.
 Decoded decode_jpeg(const Bytes& file, Notes& notes);
-Decoded decode_png(const Bytes& file, Colour background, Notes& notes);
+Decoded decode_png(const Bytes& file, const ReadSettings& settings, Notes& notes);
 Decoded decode_pnm(const Bytes& file, Notes& notes);
 
 // Grey is written as one channel where the format has it.

@@ -1,6 +1,12 @@
-// The one field of EXIF that the tool understands: the orientation tag of the first directory.
+// What the tool reads and changes in EXIF: a TIFF structure without a container's prefix.
+//
+// Changes are made in place: nothing moves, so that maker notes, which hold positions of their own,
+// and tags that no one knows stay as they are.
 #ifndef ROXE_HOST_EXIF_H_
 #define ROXE_HOST_EXIF_H_
+
+#include <functional>
+#include <string>
 
 #include "picture.h"
 
@@ -9,8 +15,38 @@ namespace host {
 // 1 ... 8; 1 if the tag is absent or the block is malformed.
 int exif_orientation(const Bytes& exif);
 
-// Sets the tag to 1 in place, every other byte stays. Nothing happens if there is no such tag.
+// Sets the tag to 1. Nothing happens if there is no such tag.
 void reset_exif_orientation(Bytes& exif);
+
+// The picture was turned onto its other side: resolutions along x and y change places.
+void swap_exif_axes(Bytes& exif);
+
+// Sets the tags that give the size of the picture, where they are.
+void set_exif_size(Bytes& exif, int32_t width, int32_t height);
+
+// Without its directory of positions and all that it holds.
+void remove_exif_gps(Bytes& exif);
+
+enum class ThumbnailChange { kThereWasNone, kRenewed, kRemoved };
+
+// A JPEG of at most so many bytes and its size in pixels; empty if it cannot be that small.
+struct Thumbnail {
+  Bytes jpeg;
+  int32_t width = 0, height = 0;
+};
+using MakeThumbnail = std::function<Thumbnail(size_t most_bytes)>;
+
+// Replaces the thumbnail by a new one. The block does not grow beyond most_bytes. Where the new
+// thumbnail finds no room, the old one is removed.
+ThumbnailChange renew_exif_thumbnail(Bytes& exif, size_t most_bytes, const MakeThumbnail& make);
+
+// Whether something else in the block begins like a JPEG: a preview among the maker's notes.
+bool holds_another_jpeg(const Bytes& exif);
+
+struct ExifTexts {
+  std::string make, model, date;  // the date as YYYY:MM:DD hh:mm:ss, when the picture was taken
+};
+ExifTexts exif_texts(const Bytes& exif);
 
 }  // namespace host
 

@@ -9,7 +9,7 @@
 namespace host {
 namespace {
 
-Decoded decode(const Bytes& file, Colour background, Notes& notes) {
+Decoded decode(const Bytes& file, const ReadSettings& settings, Notes& notes) {
   if (file.empty()) throw Failure("the file is empty");
   const auto format = format_of_content(file);
   if (!format) {
@@ -21,7 +21,7 @@ Decoded decode(const Bytes& file, Colour background, Notes& notes) {
     case FileFormat::kJpeg:
       return decode_jpeg(file, notes);
     case FileFormat::kPng:
-      return decode_png(file, background, notes);
+      return decode_png(file, settings, notes);
     default:
       return decode_pnm(file, notes);
   }
@@ -39,11 +39,11 @@ void name_the_file(Notes& notes, size_t first, const std::string& path) {
 
 }  // namespace
 
-LoadedPicture load_picture(const std::string& path, Colour background, Notes& notes) {
+LoadedPicture load_picture(const std::string& path, const ReadSettings& settings, Notes& notes) {
   const Bytes file = read_file(path);
   const size_t first_note = notes.size();
   try {
-    Decoded decoded = decode(file, background, notes);
+    Decoded decoded = decode(file, settings, notes);
     name_the_file(notes, first_note, path);
     LoadedPicture loaded{std::move(decoded.picture), std::move(decoded.description)};
     loaded.orientation = exif_orientation(loaded.picture.metadata.exif);

@@ -14,7 +14,7 @@ struct LoadedPicture {
   int orientation = 1;      // that the file had
 };
 
-LoadedPicture load_picture(const std::string& path, Colour background, Notes& notes);
+LoadedPicture load_picture(const std::string& path, const ReadSettings& settings, Notes& notes);
 
 // Throws UsageError for an extension that cannot be written, Failure for a place that cannot.
 void check_target(const std::string& path);

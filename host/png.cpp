@@ -271,7 +271,7 @@ bool write(Writer& writer, const Picture& picture, bool grey, bool with_profile,
 
 }  // namespace
 
-Decoded decode_png(const Bytes& file, Colour background, Notes& notes) {
+Decoded decode_png(const Bytes& file, const ReadSettings& settings, Notes& notes) {
   Reader reader;
   reader.progress.data = file.data();
   reader.progress.size = file.size();
@@ -295,7 +295,7 @@ Decoded decode_png(const Bytes& file, Colour background, Notes& notes) {
 
   std::vector<png_bytep> rows;
   for (int32_t y = 0; y < picture.height(); ++y) rows.push_back(picture.row(y));
-  if (!read_pixels(reader, background, rows.data())) throw refusal();
+  if (!read_pixels(reader, settings.background, rows.data())) throw refusal();
   read_metadata(reader, picture.metadata);
   if (reader.progress.profile_is_damaged && picture.metadata.icc.empty())
     notes.push_back("its colour profile is damaged and is left out");

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "support/rows.h"
 
@@ -101,31 +100,32 @@ void CompareBoxRows(void (*box_row)(const BoxRow<Sum>&, const uint8_t*, const ui
 
   // Means of at most 255, as every picture gives.
   const size_t plane = static_cast<size_t>(columns) * kSumsStep + kLanes;
-  std::vector<Sum> sums(plane * static_cast<size_t>(box.channels));
-  for (Sum& sum : sums) sum = static_cast<Sum>(below(600));
-  std::vector<uint32_t> multipliers(static_cast<size_t>(columns) * kLanes);
-  for (uint32_t& multiplier : multipliers) multiplier = random() % 100;
-  uint32_t starts[3][kLanes], expected_starts[3][kLanes];
-  for (auto& channel : starts)
-    for (uint32_t& start : channel) start = (1u << 23) + random() % (1u << 23);
-  std::memcpy(expected_starts, starts, sizeof starts);
-  std::vector<Sum> expected_sums = sums;
+  const size_t planes = static_cast<size_t>(box.channels);
+  const Guarded<Sum> sums(plane * planes), expected_sums(plane * planes);
+  for (size_t i = 0; i < plane * planes; ++i)
+    sums[i] = expected_sums[i] = static_cast<Sum>(below(600));
+  const Guarded<uint32_t[kLanes]> multipliers(static_cast<size_t>(columns));
+  for (size_t i = 0; i < static_cast<size_t>(columns); ++i)
+    for (uint32_t& multiplier : multipliers[i]) multiplier = random() % 100;
+  const Guarded<uint32_t[kLanes]> starts(planes), expected_starts(planes);
+  for (size_t i = 0; i < planes * kLanes; ++i)
+    starts[0][i] = expected_starts[0][i] = (1u << 23) + random() % (1u << 23);
 
   box.sums_size = static_cast<ptrdiff_t>(plane);
-  box.multipliers = reinterpret_cast<const uint32_t(*)[kLanes]>(multipliers.data());
+  box.multipliers = multipliers.of();
   const size_t bytes = static_cast<size_t>(box.channels * columns * kLanes);
   const RandomBytes entering(random, bytes), leaving(random, bytes);
   const GuardedMemory dst(bytes), expected(bytes);
   for (const bool writes : {false, true}) {
-    box.sums = expected_sums.data() + kLanes;
-    box.starts = expected_starts;
+    box.sums = expected_sums.of() + kLanes;
+    box.starts = expected_starts.of();
     plain(box, entering.data(), leaving.data(), writes ? expected.data() : nullptr);
-    box.sums = sums.data() + kLanes;
-    box.starts = starts;
+    box.sums = sums.of() + kLanes;
+    box.starts = starts.of();
     box_row(box, entering.data(), leaving.data(), writes ? dst.data() : nullptr);
     ASSERT_EQ(Bytes(dst), Bytes(expected));
-    ASSERT_EQ(sums, expected_sums);
-    ASSERT_EQ(std::memcmp(starts, expected_starts, sizeof starts), 0);
+    ASSERT_EQ(Bytes(sums), Bytes(expected_sums));
+    ASSERT_EQ(Bytes(starts), Bytes(expected_starts));
   }
 }
 

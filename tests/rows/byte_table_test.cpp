@@ -27,8 +27,8 @@ TEST(Rows, LookUpBgrHasATableForEachChannel) {
 
 TEST(Rows, LookUpsAreTheSameOnEveryTable) {
   std::mt19937 random(1);
-  const RandomBytes tables(random, 3 * 256);
-  const uint8_t *blue = tables.data(), *green = blue + 256, *red = green + 256;
+  const RandomBytes blue_table(random, 256), green_table(random, 256), red_table(random, 256);
+  const uint8_t *blue = blue_table.data(), *green = green_table.data(), *red = red_table.data();
   for (const roxe::RowKernels* rows : RunnableTables()) {
     for (int32_t count = 0; count <= kLongestTestRow; ++count) {
       const RandomBytes src(random, 3 * static_cast<size_t>(count));

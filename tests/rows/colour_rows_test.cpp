@@ -1,10 +1,11 @@
 // The rows of colour on every table against the plain ones: every count and several offsets, in
-// place and apart, against guard pages; and all colours there are.
+// place and apart, beside guard pages; and all colours there are.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -29,10 +30,10 @@ struct Setting {
 Setting Mask(const ColourSelection& selection) {
   std::vector<int32_t> weight(256);
   roxe::create_blur_table(weight.data(), 256, selection.limit);
-  std::vector<uint8_t> level;
-  for (const int32_t w : weight) level.push_back(static_cast<uint8_t>((w * 255) >> 16));
+  const auto level = std::make_shared<Guarded<uint8_t>>(256);
+  for (size_t i = 0; i < 256; ++i) (*level)[i] = static_cast<uint8_t>((weight[i] * 255) >> 16);
   return {"mask", [=](const RowKernels& rows, const uint8_t* src, uint8_t* dst, int32_t count) {
-            rows.draw_selection(selection, level.data(), src, dst, count);
+            rows.draw_selection(selection, level->data(), src, dst, count);
           }};
 }
 
@@ -55,12 +56,13 @@ Setting Replacement(const ColourSelection& selection, int32_t hue, int32_t satur
 Setting Balance(const std::vector<float>& matrix) {
   const roxe::Block<float> forward = roxe::CreatesRGB2LinearRGBIndex();
   const roxe::Block<uint8_t> inverse = roxe::CreateLinearRGB2sRGBIndex();
-  const std::vector<uint8_t> encoded(inverse.get(), inverse.get() + 4097);
-  std::vector<int32_t> linear;
-  for (size_t i = 0; i < 256; ++i) linear.push_back(static_cast<int32_t>(forward[i] * 4096.0f));
+  const auto encoded = std::make_shared<Guarded<uint8_t>>(4097);
+  const auto linear = std::make_shared<Guarded<int32_t>>(256);
+  std::copy_n(inverse.get(), 4097, encoded->of());
+  for (size_t i = 0; i < 256; ++i) (*linear)[i] = static_cast<int32_t>(forward[i] * 4096.0f);
   return {"balance", [=](const RowKernels& rows, const uint8_t* src, uint8_t* dst, int32_t count) {
             const roxe::WhiteBalance balance =
-                roxe::make_white_balance(matrix.data(), linear.data(), encoded.data());
+                roxe::make_white_balance(matrix.data(), linear->of(), encoded->of());
             rows.balance_white(balance, src, dst, count);
           }};
 }
@@ -124,26 +126,23 @@ void ExpectSameOnEveryTable(const Setting& setting, int32_t count, std::mt19937&
   }
 }
 
+// Source and destination at every offset from the widest vector's alignment, each on its own way.
 void ExpectSameAtEveryOffset(const Setting& setting, std::mt19937& random) {
   constexpr int32_t kCount = 130;
-  for (size_t offset = 0; offset < 64; offset += 7) {
-    const RandomBytes src(random, 3 * kCount + offset);
-    std::vector<uint8_t> expected(src.size(), 77);
-    setting.run(roxe::kPlainRows, src.data() + offset, expected.data() + offset, kCount);
+  constexpr size_t kOffsets = 64, kBytes = 3 * kCount + kOffsets;
+  alignas(kOffsets) uint8_t src[kBytes], dst[kBytes], expected[kBytes];
+  MakeScene(random, src, kCount + kOffsets / 3);
+  for (size_t offset = 0; offset < kOffsets; ++offset) {
+    const size_t dst_offset = offset * 29 % kOffsets;
+    std::memset(expected, 77, kBytes);
+    setting.run(roxe::kPlainRows, src + offset, expected + dst_offset, kCount);
     for (const RowKernels* rows : RunnableTables()) {
-      const GuardedMemory dst(src.size());
-      std::fill_n(dst.data(), dst.size(), static_cast<uint8_t>(77));
-      // The end of GuardedMemory is where a page begins: the start moves with the offset.
-      setting.run(*rows, src.data() + offset, dst.data() + offset, kCount);
-      ASSERT_EQ(Bytes(dst), expected) << setting.name << ' ' << rows->name << ' ' << offset;
+      std::memset(dst, 77, kBytes);
+      setting.run(*rows, src + offset, dst + dst_offset, kCount);
+      ASSERT_EQ(std::memcmp(dst, expected, kBytes), 0)
+          << setting.name << ' ' << rows->name << ' ' << offset;
     }
   }
-}
-
-// A page is unmapped before the first byte as well: rows of whole pages begin there.
-void ExpectSameAtTheStartOfAPage(const Setting& setting, std::mt19937& random) {
-  constexpr int32_t kCount = 4096;
-  ExpectSameOnEveryTable(setting, kCount, random);
 }
 
 void ExpectSame(const std::vector<Setting>& settings) {
@@ -153,7 +152,6 @@ void ExpectSame(const std::vector<Setting>& settings) {
       ExpectSameOnEveryTable(setting, count, random);
     ExpectSameOnEveryTable(setting, 1000, random);
     ExpectSameAtEveryOffset(setting, random);
-    ExpectSameAtTheStartOfAPage(setting, random);
   }
 }
 

@@ -7,11 +7,11 @@
 namespace {
 
 struct Counts {
-  uint32_t of[8][256] = {};
+  Guarded<uint32_t[256]> sets{8};
+  uint32_t (*of)[256] = sets.of();
   std::vector<uint32_t> sums() const {
     std::vector<uint32_t> all(256);
-    for (const auto& set : of)
-      for (size_t v = 0; v < 256; ++v) all[v] += set[v];
+    for (size_t i = 0; i < 8 * 256; ++i) all[i % 256] += of[i / 256][i % 256];
     return all;
   }
 };

@@ -21,8 +21,8 @@ ProjectiveSource SourceOf(const Image& src, const Mapping& m) {
           m.p[6]};
 }
 
-// Draws a band of rows x count pixels with every table into rows that end at a guard page, the last
-// one without padding, and compares all bytes.
+// Draws a band of rows x count pixels with every table into rows beside a guard page, the last one
+// without padding, and compares all bytes.
 void ExpectAsPlain(const ProjectiveSource& source, const Mapping& m, int32_t rows, int32_t count,
                    ptrdiff_t padding, std::mt19937& random) {
   ProjectiveSums starts[roxe::kProjectiveBand];

@@ -42,7 +42,7 @@ void ExpectAsPlain(const RotationWalk& walk, int32_t count, std::mt19937& random
 TEST(Rows, RotationIsTheSameOnEveryTableInAllDirections) {
   std::mt19937 random(2);
   for (int32_t count = 0; count <= kLongestTestRow; ++count) {
-    // Small enough that long walks leave it at both ends; packed rows end at a guard page.
+    // Small enough that long walks leave it at both ends; packed rows lie beside a guard page.
     Image src(kRoxeFormatRGB24, 60 + count % 7, 50 + count % 5, count % 2 ? 0 : 260);
     src.randomise(random);
     for (int degrees = 0; degrees < 360; degrees += 15)

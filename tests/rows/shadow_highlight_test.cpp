@@ -7,14 +7,12 @@
 
 namespace {
 
-// count floats that end at a guard page.
-struct Floats : GuardedMemory {
-  explicit Floats(int32_t count) : GuardedMemory(4 * static_cast<size_t>(count)) {}
+struct Floats : Guarded<float> {
+  explicit Floats(int32_t count) : Guarded(static_cast<size_t>(count)) {}
   Floats(std::mt19937& random, int32_t count, float low, float high) : Floats(count) {
     for (int32_t i = 0; i < count; ++i)
       of()[i] = low + (high - low) * static_cast<float>(random() % 100003) / 100003.0f;
   }
-  float* of() const { return reinterpret_cast<float*>(data()); }
 };
 
 struct ToneTables {
@@ -45,18 +43,18 @@ TEST(Rows, IntensitiesAreTheSameOnEveryTable) {
 }
 
 TEST(ExhaustiveRows, IntensitiesOfAllColours) {
-  uint8_t src[3 * 256];
-  float expected[256], dst[256];
+  const Guarded<uint8_t> src(3 * 256);
+  const Floats expected(256), dst(256);
   for (int blue = 0; blue < 256; ++blue)
     for (int green = 0; green < 256; ++green) {
-      for (int red = 0; red < 256; ++red) {
+      for (size_t red = 0; red < 256; ++red) {
         src[3 * red] = static_cast<uint8_t>(blue);
         src[3 * red + 1] = static_cast<uint8_t>(green);
         src[3 * red + 2] = static_cast<uint8_t>(red);
       }
-      roxe::kPlainRows.intensities(src, expected, 256);
-      roxe::Rows().intensities(src, dst, 256);
-      ASSERT_EQ(std::memcmp(dst, expected, sizeof dst), 0) << blue << ' ' << green;
+      roxe::kPlainRows.intensities(src.of(), expected.of(), 256);
+      roxe::Rows().intensities(src.of(), dst.of(), 256);
+      ASSERT_EQ(std::memcmp(dst.of(), expected.of(), dst.size()), 0) << blue << ' ' << green;
     }
 }
 

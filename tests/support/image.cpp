@@ -15,7 +15,7 @@ GuardedMemory::GuardedMemory(size_t size) : size_(size) {
   if (mapping_ == MAP_FAILED) std::abort();
   uint8_t* first = static_cast<uint8_t*>(mapping_) + page;
   if (usable > 0 && mprotect(first, usable, PROT_READ | PROT_WRITE) != 0) std::abort();
-  data_ = first + (usable - size);
+  data_ = starts_at_page ? first : first + (usable - size);
 }
 
 GuardedMemory::~GuardedMemory() { munmap(mapping_, mapped_); }

@@ -1,6 +1,6 @@
-// Pictures for tests. The last byte of the last row lies against an unmapped page, so that a read
-// or write past it ends the program; so does the page before the first byte. Row padding holds a
-// pattern that must survive.
+// Pictures for tests. They lie against an unmapped page, so that a read or write past it ends the
+// program: with their last byte, or, in a run with --pages=start, with their first. Row padding
+// holds a pattern that must survive.
 #ifndef ROXE_TESTS_SUPPORT_IMAGE_H_
 #define ROXE_TESTS_SUPPORT_IMAGE_H_
 
@@ -13,9 +13,13 @@
 
 #include "roxe.h"
 
-// Memory between two unmapped pages; data() + size() is the start of the second.
+// Memory between two unmapped pages, as close as it gets to one of them.
 class GuardedMemory {
  public:
+  // Whether data() is the end of the first unmapped page; else data() + size() is the start of the
+  // second. For the whole run: every comparison is made in one of each kind.
+  static inline bool starts_at_page = false;
+
   explicit GuardedMemory(size_t size);
   ~GuardedMemory();
   GuardedMemory(const GuardedMemory&) = delete;

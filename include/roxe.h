@@ -15,6 +15,8 @@
 // - Source and destination may be the same record.
 // - Results are truncated, not rounded.
 // - Colours passed as separate arguments come in the order of the pixel bytes: blue, green, red.
+// - The rounding, masks, flags and flushing of floating-point arithmetic that the host has chosen
+//   have no effect and are afterwards what they were, and so is errno.
 // - A record of an unknown format counts as verified whatever its other fields hold; where its
 //   pixels are null an operation returns its normal status and touches nothing.
 #ifndef ROXE_H_

@@ -5,6 +5,7 @@
 
 #include "blur/box_blur.h"
 #include "blur/gaussian_stream.h"
+#include "frame/default_environment.h"
 #include "frame/pixel_array.h"
 #include "frame/runtime.h"
 #include "roxe.h"
@@ -99,6 +100,16 @@ int32_t soften_rows(const PixelArray& src, PixelArray& dst, const PixelArray* ma
   return kRoxeOK;
 }
 
+int32_t soften(const PixelArray& src, PixelArray& dst, const PixelArray* mask, int32_t radius,
+               int32_t mask_radius) {
+  if (!streams(src, dst, mask)) return soften_whole(src, dst, mask, radius, mask_radius);
+  // The source blended with itself is the source.
+  if (radius <= 1) return soften_whole(src, dst, nullptr, radius, mask_radius);
+  // In place the source is already blurred when it is blended, so that the mask has no effect.
+  if (src.pixels == dst.pixels) mask = nullptr;
+  return soften_rows(src, dst, mask, radius, mask_radius);
+}
+
 }  // namespace
 
 int32_t GaussianBlurA(const PixelArray* src, PixelArray* dst, int32_t radius) {
@@ -138,11 +149,6 @@ int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const PixelArray* 
     const int64_t mask_bytes = int64_t{mask->width} * mask->height;
     if (mask_bytes > UINT32_MAX) return kRoxeErrInvalid;
   }
-  if (!roxe::streams(*src, *dst, mask))
-    return roxe::soften_whole(*src, *dst, mask, radius, maskRadius);
-  // The source blended with itself is the source.
-  if (radius <= 1) return roxe::soften_whole(*src, *dst, nullptr, radius, maskRadius);
-  // In place the source is already blurred when it is blended, so that the mask has no effect.
-  if (src->pixels == dst->pixels) mask = nullptr;
-  return roxe::soften_rows(*src, *dst, mask, radius, maskRadius);
+  return roxe::in_default_environment(
+      [&] { return roxe::soften(*src, *dst, mask, radius, maskRadius); });
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "colour/linear_light.h"
+#include "frame/default_environment.h"
 #include "frame/numbers.h"
 #include "frame/pixel_array.h"
 #include "frame/runtime.h"
@@ -14,11 +15,13 @@ int32_t roxeColorTemperature(const PixelArray* src, PixelArray* dst, int32_t tem
                              int32_t tint) {
   if (const int32_t status = roxeVerifyPixelArray(src)) return status;
   if (const int32_t status = roxeVerifyPixelArray(dst)) return status;
-  float matrix[9];
-  if (!GetStdColorTemperatureMatrix(temperature, tint, matrix)) return kRoxeErrParam;
+  return in_default_environment([&]() -> int32_t {
+    float matrix[9];
+    if (!GetStdColorTemperatureMatrix(temperature, tint, matrix)) return kRoxeErrParam;
 
-  ApplyStdColorTemperatureMatrix(*src, *dst, matrix);
-  return kRoxeOK;
+    ApplyStdColorTemperatureMatrix(*src, *dst, matrix);
+    return kRoxeOK;
+  });
 }
 
 namespace roxe {

@@ -2,6 +2,7 @@
 
 #include "colour/colour_distance.h"
 #include "colour/replace_colour.h"
+#include "frame/default_environment.h"
 #include "frame/numbers.h"
 #include "frame/pixel_array.h"
 #include "rows/rows.h"
@@ -11,14 +12,15 @@ using namespace roxe;
 int32_t roxeColorTint(const PixelArray* src, PixelArray* dst, uint32_t blue, uint32_t green,
                       uint32_t red, uint32_t tolerance) {
   if (!src || !dst) return kRoxeOK;
-  clr_accent(*src, *dst, blue, green, red, static_cast<float>(tolerance));
+  in_default_environment(
+      [&] { clr_accent(*src, *dst, blue, green, red, static_cast<float>(tolerance)); });
   return kRoxeOK;
 }
 
 int32_t roxeColorTintMask(const PixelArray* src, PixelArray* mask, uint32_t blue, uint32_t green,
                           uint32_t red, uint32_t tolerance) {
   if (!src || !mask) return kRoxeOK;
-  replace_clr_mask(*src, *mask, blue, green, red, tolerance);
+  in_default_environment([&] { replace_clr_mask(*src, *mask, blue, green, red, tolerance); });
   return kRoxeOK;
 }
 

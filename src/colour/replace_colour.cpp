@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "colour/colour_distance.h"
+#include "frame/default_environment.h"
 #include "frame/numbers.h"
 #include "frame/pixel_array.h"
 #include "frame/runtime.h"
@@ -14,14 +15,16 @@ int32_t roxeReplaceColor(const PixelArray* src, PixelArray* dst, uint32_t blue, 
                          uint32_t red, uint32_t tolerance, int32_t hueShift,
                          int32_t saturationShift, int32_t valueShift) {
   if (!src || !dst) return kRoxeOK;
-  replace_clr(*src, *dst, blue, green, red, tolerance, hueShift, saturationShift, valueShift);
+  in_default_environment([&] {
+    replace_clr(*src, *dst, blue, green, red, tolerance, hueShift, saturationShift, valueShift);
+  });
   return kRoxeOK;
 }
 
 int32_t roxeReplaceColorMask(const PixelArray* src, PixelArray* mask, uint32_t blue, uint32_t green,
                              uint32_t red, uint32_t tolerance) {
   if (!src || !mask) return kRoxeOK;
-  replace_clr_mask(*src, *mask, blue, green, red, tolerance);
+  in_default_environment([&] { replace_clr_mask(*src, *mask, blue, green, red, tolerance); });
   return kRoxeOK;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "frame/default_environment.h"
 #include "frame/numbers.h"
 #include "frame/pixel_array.h"
 #include "geometry/quad_mapping.h"
@@ -59,16 +60,18 @@ int32_t roxeAffineTransform(const PixelArray* src, PixelArray* dst, Quad* quad, 
   if (rect.bottom <= 0 || rect.right <= 0) return kRoxeErrParam;
   if (rect.top >= dst->height || rect.left >= dst->width) return kRoxeErrParam;
 
-  Quad corners = {rect.left,  rect.top,    rect.right, rect.top,
-                  rect.right, rect.bottom, rect.left,  rect.bottom};
-  if (dstQuad)
-    corners = *dstQuad;
-  else
-    SortToAntiClockwise(quad);
-  const AffineParameters parameters = GetAffineParameters(quad, &corners);
-  if (!parameters) return kRoxeErrParam;
-  if (!ApplyParameters(*src, *dst, parameters.get(), 0, 0, rect.left, rect.top, rect.right,
-                       rect.bottom))
-    return kRoxeErrFailed;
-  return kRoxeOK;
+  return in_default_environment([&]() -> int32_t {
+    Quad corners = {rect.left,  rect.top,    rect.right, rect.top,
+                    rect.right, rect.bottom, rect.left,  rect.bottom};
+    if (dstQuad)
+      corners = *dstQuad;
+    else
+      SortToAntiClockwise(quad);
+    const AffineParameters parameters = GetAffineParameters(quad, &corners);
+    if (!parameters) return kRoxeErrParam;
+    if (!ApplyParameters(*src, *dst, parameters.get(), 0, 0, rect.left, rect.top, rect.right,
+                         rect.bottom))
+      return kRoxeErrFailed;
+    return kRoxeOK;
+  });
 }

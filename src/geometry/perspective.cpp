@@ -1,3 +1,4 @@
+#include "frame/default_environment.h"
 #include "frame/numbers.h"
 #include "geometry/xrml.h"
 #include "geometry/quad_mapping.h"
@@ -42,11 +43,13 @@ int32_t roxeGetPerspectiveDistortionCorrectionSize(Quad* quad, int32_t, int32_t,
   if (three_on_one_line(given)) return 0;
   if (!xrmlIsConvexQuadrilateral(quad)) return 0;
 
-  SortToAntiClockwise(quad);
-  const Point p[4] = {
-      {quad->x0, quad->y0}, {quad->x1, quad->y1}, {quad->x2, quad->y2}, {quad->x3, quad->y3}};
-  if (outWidth) *outWidth = mean_edge(p[0], p[1], p[2], p[3]);
-  if (outHeight) *outHeight = mean_edge(p[1], p[2], p[0], p[3]);
+  in_default_environment([&] {
+    SortToAntiClockwise(quad);
+    const Point p[4] = {
+        {quad->x0, quad->y0}, {quad->x1, quad->y1}, {quad->x2, quad->y2}, {quad->x3, quad->y3}};
+    if (outWidth) *outWidth = mean_edge(p[0], p[1], p[2], p[3]);
+    if (outHeight) *outHeight = mean_edge(p[1], p[2], p[0], p[3]);
+  });
   return 1;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "frame/default_environment.h"
 #include "frame/numbers.h"
 #include "frame/pixel_array.h"
 #include "frame/runtime.h"
@@ -101,12 +102,14 @@ int32_t roxeRotateImage(const PixelArray* src, int32_t srcCentreX, int32_t srcCe
   if (const int32_t status = roxeVerifyPixelArray(dst)) return status;
   if (src->format != kRoxeFormatRGB24) return kRoxeOK;
 
-  // The inverse rotation; the destination centre maps onto the source centre.
-  const float c = XRCos(angle), s = XRSin(angle);
-  const float src_x = static_cast<float>(srcCentreX), src_y = static_cast<float>(srcCentreY);
-  const float dst_x = static_cast<float>(dstCentreX), dst_y = static_cast<float>(dstCentreY);
-  const float map[6] = {c,  s, fused(-s, dst_y, fused(-c, dst_x, src_x)),
-                        -s, c, fused(-c, dst_y, fused(s, dst_x, src_y))};
-  RotateImage_RGB24(*src, *dst, map);
+  in_default_environment([&] {
+    // The inverse rotation; the destination centre maps onto the source centre.
+    const float c = XRCos(angle), s = XRSin(angle);
+    const float src_x = static_cast<float>(srcCentreX), src_y = static_cast<float>(srcCentreY);
+    const float dst_x = static_cast<float>(dstCentreX), dst_y = static_cast<float>(dstCentreY);
+    const float map[6] = {c,  s, fused(-s, dst_y, fused(-c, dst_x, src_x)),
+                          -s, c, fused(-c, dst_y, fused(s, dst_x, src_y))};
+    RotateImage_RGB24(*src, *dst, map);
+  });
   return kRoxeOK;
 }

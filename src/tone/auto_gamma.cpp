@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "frame/default_environment.h"
 #include "frame/numbers.h"
 #include "frame/pixel_array.h"
 #include "rows/rows.h"
@@ -13,12 +14,14 @@ int32_t roxeAutoGamma(const PixelArray* src, PixelArray* dst, const PixelRect* r
   if (const int32_t status = roxeVerifyPixelArray(dst)) return status;
   if (src->format != kRoxeFormatRGB24) return kRoxeOK;
 
-  Block<uint32_t> histogram = GetHistogram_RGB24(*src, rect);
-  if (!histogram) return kRoxeErrInvalid;
-  const double gamma = GetMaximumEntropyEstimateGamma(histogram.get());
-  histogram.reset();
+  return in_default_environment([&]() -> int32_t {
+    Block<uint32_t> histogram = GetHistogram_RGB24(*src, rect);
+    if (!histogram) return kRoxeErrInvalid;
+    const double gamma = GetMaximumEntropyEstimateGamma(histogram.get());
+    histogram.reset();
 
-  return ApplyGamma_RGB24(*src, *dst, gamma) ? kRoxeOK : kRoxeErrInvalid;
+    return ApplyGamma_RGB24(*src, *dst, gamma) ? kRoxeOK : kRoxeErrInvalid;
+  });
 }
 
 namespace roxe {

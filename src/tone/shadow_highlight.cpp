@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "blur/plane_blur.h"
+#include "frame/default_environment.h"
 #include "frame/numbers.h"
 #include "frame/pixel_array.h"
 #include "frame/runtime.h"
@@ -17,7 +18,7 @@ int32_t roxeShadowHighlight(const PixelArray* src, PixelArray* dst, uint32_t sha
   // Pictures that overlap row against row need every intensity before the first pixel is written.
   const bool in_step = same_rows(*src, *dst) || !overlap_24(*src, *dst);
   const auto operation = in_step ? shadow_highlight_streamed : shadow_highlight;
-  operation(*src, *dst, shadow, highlight, midtone);
+  in_default_environment([&] { operation(*src, *dst, shadow, highlight, midtone); });
   return kRoxeOK;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "frame/default_environment.h"
 #include "frame/numbers.h"
 #include "frame/pixel_array.h"
 #include "rows/rows.h"
@@ -11,7 +12,7 @@ using namespace roxe;
 
 int32_t roxeVariations(const PixelArray* src, PixelArray* dst, int32_t red, int32_t green,
                        int32_t blue, int32_t dark, int32_t level) {
-  VariationsImage(src, dst, red, green, blue, dark, level);
+  in_default_environment([&] { VariationsImage(src, dst, red, green, blue, dark, level); });
   return kRoxeOK;
 }
 

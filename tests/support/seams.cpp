@@ -1,6 +1,7 @@
 #include "support/seams.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <map>
@@ -55,7 +56,10 @@ namespace roxe {
 const RowKernels& Rows() { return *rows_in_use; }
 
 void* platform_allocate(size_t size) {
-  if (++memory.allocations == memory.fail_at) return nullptr;
+  if (++memory.allocations == memory.fail_at) {
+    errno = ENOMEM;
+    return nullptr;
+  }
   void* block = std::calloc(1, size);
   if (!block) return nullptr;
   memory.blocks[block] = size;

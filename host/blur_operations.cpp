@@ -1,8 +1,8 @@
+#include "drawing.h"
 #include "errors.h"
 #include "operation.h"
 #include "options.h"
 #include "picture_file.h"
-#include "status.h"
 
 namespace host {
 namespace {
@@ -42,18 +42,18 @@ class SoftFocus : public Operation {
     mask_ = brightness(mask);
   }
 
-  std::string apply(Picture& picture, Colour background) const override {
+  Outcome apply(Picture& picture, Colour background) const override {
     if (!mask_.empty() && (mask_width_ != picture.width() || mask_height_ != picture.height()))
       throw Failure("the mask " + mask_path_ + " has " + size_text(mask_width_, mask_height_) +
                     " pixels but the picture has " + picture.size_text());
-    Picture result(picture.width(), picture.height(), background);
-    const PixelArray from = picture.record();
-    PixelArray to = result.record();
     const PixelArray mask = {kRoxeFormatGray8, mask_width_, mask_height_, mask_width_,
                              const_cast<uint8_t*>(mask_.data())};
-    expect_ok(roxeSoftFocus(&from, &to, mask_.empty() ? nullptr : &mask, radius_, mask_radius_));
-    picture.replace_pixels(std::move(result));
-    return mask_.empty() ? "soft focus" : "soft focus where the mask is dark";
+    // In place the mask would have no effect.
+    const bool changed = draw_into(
+        picture, size_of(picture), background, [&](const PixelArray* from, PixelArray* to) {
+          return roxeSoftFocus(from, to, mask_.empty() ? nullptr : &mask, radius_, mask_radius_);
+        });
+    return {mask_.empty() ? "soft focus" : "soft focus where the mask is dark", changed};
   }
 
  private:

@@ -1,6 +1,6 @@
+#include "drawing.h"
 #include "operation.h"
 #include "options.h"
-#include "status.h"
 #include "text.h"
 
 namespace host {
@@ -48,18 +48,20 @@ class ReplaceColour : public Operation {
         ->type_name("PCT");
   }
 
-  std::string apply(Picture& picture, Colour) const override {
-    PixelArray pixels = picture.record();
+  Outcome apply(Picture& picture, Colour) const override {
     const Colour c = selection_.reference();
     if (selection_.mask_only()) {
       prepare_for_mask(picture);
-      expect_ok(
-          roxeReplaceColorMask(&pixels, &pixels, c.blue, c.green, c.red, selection_.tolerance()));
-      return "selected " + selection_.text();
+      draw_in_place(picture, [&](const PixelArray* from, PixelArray* to) {
+        return roxeReplaceColorMask(from, to, c.blue, c.green, c.red, selection_.tolerance());
+      });
+      return {"selected " + selection_.text()};
     }
-    expect_ok(roxeReplaceColor(&pixels, &pixels, c.blue, c.green, c.red, selection_.tolerance(),
-                               hue_, saturation_, value_));
-    return "replaced " + selection_.text();
+    const bool changed = draw_in_place(picture, [&](const PixelArray* from, PixelArray* to) {
+      return roxeReplaceColor(from, to, c.blue, c.green, c.red, selection_.tolerance(), hue_,
+                              saturation_, value_);
+    });
+    return {"replaced " + selection_.text(), changed};
   }
 
  private:
@@ -71,17 +73,19 @@ class Tint : public Operation {
  public:
   void add_options(CLI::App& app) override { selection_.add_options(app); }
 
-  std::string apply(Picture& picture, Colour) const override {
-    PixelArray pixels = picture.record();
+  Outcome apply(Picture& picture, Colour) const override {
     const Colour c = selection_.reference();
     if (selection_.mask_only()) {
       prepare_for_mask(picture);
-      expect_ok(
-          roxeColorTintMask(&pixels, &pixels, c.blue, c.green, c.red, selection_.tolerance()));
-      return "selected " + selection_.text();
+      draw_in_place(picture, [&](const PixelArray* from, PixelArray* to) {
+        return roxeColorTintMask(from, to, c.blue, c.green, c.red, selection_.tolerance());
+      });
+      return {"selected " + selection_.text()};
     }
-    expect_ok(roxeColorTint(&pixels, &pixels, c.blue, c.green, c.red, selection_.tolerance()));
-    return "kept " + selection_.text() + " in colour";
+    const bool changed = draw_in_place(picture, [&](const PixelArray* from, PixelArray* to) {
+      return roxeColorTint(from, to, c.blue, c.green, c.red, selection_.tolerance());
+    });
+    return {"kept " + selection_.text() + " in colour", changed};
   }
 
  private:
@@ -96,11 +100,13 @@ class Temperature : public Operation {
     add_whole_number(app, "--tint", tint_, -100, 100, "-100 (greener) to 100 (more magenta)");
   }
 
-  std::string apply(Picture& picture, Colour) const override {
-    PixelArray pixels = picture.record();
-    expect_ok(roxeColorTemperature(&pixels, &pixels, temperature_, tint_));
-    return "balanced to temperature " + std::to_string(temperature_) + ", tint " +
-           std::to_string(tint_);
+  Outcome apply(Picture& picture, Colour) const override {
+    const bool changed = draw_in_place(picture, [&](const PixelArray* from, PixelArray* to) {
+      return roxeColorTemperature(from, to, temperature_, tint_);
+    });
+    return {"balanced to temperature " + std::to_string(temperature_) + ", tint " +
+                std::to_string(tint_),
+            changed};
   }
 
  private:

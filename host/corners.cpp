@@ -85,14 +85,18 @@ Quad convex_quad(const std::vector<Point>& corners, CornerOrder order, std::stri
   return {at(0).x, at(0).y, at(1).x, at(1).y, at(2).x, at(2).y, at(3).x, at(3).y};
 }
 
-void require_near(const std::vector<Point>& corners, const Picture& picture,
-                  std::string_view what) {
-  const int64_t width = picture.width(), height = picture.height();
+void require_near(const std::vector<Point>& corners, Size picture, std::string_view what) {
+  const int64_t width = picture.width, height = picture.height;
   for (size_t i = 0; i < corners.size(); ++i)
     if (corners[i].x < -width || corners[i].x > 2 * width || corners[i].y < -height ||
         corners[i].y > 2 * height)
       throw UsageError(std::string(what) + ": corner " + named(corners, i) +
-                       " lies far outside the picture of " + picture.size_text() + " pixels");
+                       " lies far outside the picture of " + size_text(width, height) + " pixels");
+}
+
+Quad shifted(const Quad& quad, int32_t by) {
+  return {quad.x0 + by, quad.y0 + by, quad.x1 + by, quad.y1 + by,
+          quad.x2 + by, quad.y2 + by, quad.x3 + by, quad.y3 + by};
 }
 
 }  // namespace host

@@ -18,7 +18,9 @@ enum class CornerOrder { kAny, kAroundTheOutline };
 Quad convex_quad(const std::vector<Point>& corners, CornerOrder order, std::string_view what);
 
 // Corners a little outside a picture are useful, corners beyond its next neighbours a mistake.
-void require_near(const std::vector<Point>& corners, const Picture& picture, std::string_view what);
+void require_near(const std::vector<Point>& corners, Size picture, std::string_view what);
+
+Quad shifted(const Quad& quad, int32_t by);  // to the right and down
 
 }  // namespace host
 

@@ -4,17 +4,17 @@
 #include <numbers>
 
 #include "corners.h"
+#include "drawing.h"
 #include "errors.h"
 #include "operation.h"
 #include "options.h"
-#include "status.h"
 #include "text.h"
 
 namespace host {
 namespace {
 
 std::string turned(double angle) {
-  if (angle == 0) return "not turned";
+  if (std::remainder(angle, 360.0) == 0) return "not turned";
   return "turned " + degrees(angle) + (angle > 0 ? " clockwise" : " anticlockwise");
 }
 
@@ -36,23 +36,34 @@ class Rotate : public Operation {
     add_text(app, "--about", "X,Y", "the point that stays in place (default: the centre)",
              [this](const std::string& text) { about_ = points(text, 1, "--about"); });
     app.add_flag("--expand", expand_, "make the picture larger, so that nothing is cut off");
+    add_edges(app, edges_);
   }
 
-  std::string apply(Picture& picture, Colour background) const override {
+  Outcome apply(Picture& picture, Colour background) const override {
+    const double angle = std::remainder(angle_, 360.0);
+    const double quarters = angle / 90;
+    if (edges_ == Edges::kRepeat && about_.empty() && quarters == std::trunc(quarters)) {
+      // The EXIF orientations that ask for 0, 90, 180 and 270 degrees clockwise.
+      constexpr int kOrientations[] = {1, 6, 3, 8};
+      make_upright(picture, kOrientations[static_cast<int>(quarters + 4) % 4]);
+      return {turned(angle_), quarters != 0};
+    }
+
     const Point centre =
         about_.empty() ? Point{picture.width() / 2, picture.height() / 2} : about_[0];
     if (!about_.empty()) require_inside(picture, centre, "--about");
-    const double radians = std::remainder(angle_, 360.0) * std::numbers::pi / 180;
+    const double radians = angle * std::numbers::pi / 180;
     Canvas canvas{picture.width(), picture.height(), centre};
     if (expand_) canvas = expanded(picture, centre, radians);
 
-    Picture result(canvas.width, canvas.height, background);
-    const PixelArray from = picture.record();
-    PixelArray to = result.record();
-    expect_ok(roxeRotateImage(&from, centre.x, centre.y, static_cast<float>(radians), &to,
-                              canvas.centre.x, canvas.centre.y));
-    picture.replace_pixels(std::move(result));
-    return turned(angle_) + " about " + to_text(centre);
+    const int32_t shift = shift_of(edges_);
+    const auto rotate = [&](const PixelArray* from, PixelArray* to) {
+      return roxeRotateImage(from, centre.x + shift, centre.y + shift, static_cast<float>(radians),
+                             to, canvas.centre.x, canvas.centre.y);
+    };
+    const bool changed =
+        draw_into(picture, {canvas.width, canvas.height}, background, rotate, edges_);
+    return {turned(angle_) + " about " + to_text(centre), changed};
   }
 
  private:
@@ -84,6 +95,7 @@ class Rotate : public Operation {
   double angle_ = 0;
   std::vector<Point> about_;
   bool expand_ = false;
+  Edges edges_ = Edges::kRepeat;
 };
 
 // -------------------------------------------------------------------------------------- straighten
@@ -95,6 +107,7 @@ class Straighten : public Operation {
              "two points of a line that should be level or upright, such as the horizon",
              [this](const std::string& text) { line_ = points(text, 2, "--line"); })
         ->required();
+    add_edges(app, edges_);
   }
 
   void check() override {
@@ -102,28 +115,30 @@ class Straighten : public Operation {
       throw UsageError("--line needs two different points, and both are " + to_text(line_[0]));
   }
 
-  std::string apply(Picture& picture, Colour background) const override {
+  Outcome apply(Picture& picture, Colour background) const override {
     const auto [first, second] = std::pair(line_[0], line_[1]);
     require_inside(picture, first, "the point");
     require_inside(picture, second, "the point");
     // The operation leaves its destination alone in this case; the picture stays as it is.
-    if (first.x == second.x) return "not turned: the line is already upright";
-    if (first.y == second.y) return "not turned: the line is already level";
+    if (first.x == second.x) return {"not turned: the line is already upright", false};
+    if (first.y == second.y) return {"not turned: the line is already level", false};
 
-    Picture result(picture.width(), picture.height(), background);
-    const PixelArray from = picture.record();
-    PixelArray to = result.record();
-    expect_ok(roxeuAutoStraightenImage(&from, first.x, first.y, second.x, second.y, &to));
-    picture.replace_pixels(std::move(result));
+    const int32_t shift = shift_of(edges_);
+    const auto straighten = [&](const PixelArray* from, PixelArray* to) {
+      return roxeuAutoStraightenImage(from, first.x + shift, first.y + shift, second.x + shift,
+                                      second.y + shift, to);
+    };
+    const bool changed = draw_into(picture, size_of(picture), background, straighten, edges_);
 
     const double dx = second.x - first.x, dy = second.y - first.y;
     const bool upright = std::abs(dy) > std::abs(dx);
     const double angle = std::atan(upright ? dx / dy : -dy / dx) * 180 / std::numbers::pi;
-    return turned(angle) + ", so that the line is " + (upright ? "upright" : "level");
+    return {turned(angle) + ", so that the line is " + (upright ? "upright" : "level"), changed};
   }
 
  private:
   std::vector<Point> line_;
+  Edges edges_ = Edges::kRepeat;
 };
 
 // ------------------------------------------------------------------------------------- perspective
@@ -142,6 +157,7 @@ class Perspective : public Operation {
              [this](const std::string& text) { fit_ = size(text, "--fit"); })
         ->excludes(exact);
     app.add_flag("--dry-run", dry_run_, "print the natural size and write nothing");
+    add_edges(app, edges_);
   }
 
   void check() override {
@@ -150,10 +166,6 @@ class Perspective : public Operation {
     if (!roxeGetPerspectiveDistortionCorrectionSize(&sorted, 0, 0, 1, &natural_.width,
                                                     &natural_.height))
       throw UsageError("--corners: no rectangle seen in perspective has these corners");
-    // The proportions are compared as 32-bit products.
-    if (int64_t{natural_.width} * fit_.height > INT32_MAX ||
-        int64_t{natural_.height} * fit_.width > INT32_MAX)
-      throw UsageError("--fit is too large for these corners; use --size");
     if (fit_.width > 0 && (fitted().width < 1 || fitted().height < 1))
       throw UsageError("--fit is too narrow for the natural size of these corners, " +
                        size_text(natural_.width, natural_.height) + " pixels");
@@ -161,40 +173,40 @@ class Perspective : public Operation {
 
   bool only_reports() const override { return dry_run_; }
 
-  std::string apply(Picture& picture, Colour background) const override {
-    require_near(corners_, picture, "--corners");
-    if (dry_run_) return "natural size: " + size_text(natural_.width, natural_.height) + " pixels";
+  Outcome apply(Picture& picture, Colour background) const override {
+    require_near(corners_, size_of(picture), "--corners");
+    if (dry_run_)
+      return {"natural size: " + size_text(natural_.width, natural_.height) + " pixels", false};
 
-    const Size drawn = fit_.width > 0 ? fitted() : size_.width > 0 ? size_ : natural_;
-    Picture result(drawn.width, drawn.height, background);
-    const PixelArray from = picture.record();
-    PixelArray to = result.record();
-    Quad quad = quad_;
-    if (size_.width > 0) {
-      expect_ok(roxeAffineTransform(&from, &to, &quad, nullptr, {0, 0, size_.width, size_.height}));
-    } else {
-      const Size frame = fit_.width > 0 ? fit_ : natural_;
+    // At its natural size the library leaves nothing of the rectangle out.
+    const bool natural = size_.width == 0 && fit_.width == 0;
+    const Size drawn = natural ? natural_ : fit_.width > 0 ? fitted() : size_;
+    const PixelRect rect = {0, 0, drawn.width, drawn.height};
+    const auto draw = [&](const PixelArray* from, PixelArray* to) -> int32_t {
+      Quad quad = shifted(quad_, shift_of(edges_));
+      if (!natural) return roxeAffineTransform(from, to, &quad, nullptr, rect);
       constexpr int32_t kDrawn = 2;  // this operation's own word for success
-      if (roxePerspectiveDistortionCorrection(&from, &to, &quad, 0, 0,
-                                              {0, 0, frame.width, frame.height}) != kDrawn)
-        throw Failure("the operation could not draw these corners");
-    }
-    picture.replace_pixels(std::move(result));
-    return "drew the corners upright";
+      const int32_t status = roxePerspectiveDistortionCorrection(from, to, &quad, 0, 0, rect);
+      return status == kDrawn ? kRoxeOK : kRoxeErrFailed;
+    };
+    const bool changed = draw_into(picture, drawn, background, draw, edges_);
+    return {"drew the corners upright", changed};
   }
 
  private:
-  // What the operation leaves of the frame that it is given; it draws from the top left corner.
+  // The largest size of the natural proportions within --fit.
   Size fitted() const {
-    if (natural_.width * fit_.height > natural_.height * fit_.width)
-      return {fit_.width, natural_.height * fit_.width / natural_.width};
-    return {natural_.width * fit_.height / natural_.height, fit_.height};
+    const int64_t across = int64_t{natural_.height} * fit_.width;
+    const int64_t down = int64_t{natural_.width} * fit_.height;
+    if (down > across) return {fit_.width, static_cast<int32_t>(across / natural_.width)};
+    return {static_cast<int32_t>(down / natural_.height), fit_.height};
   }
 
   bool dry_run_ = false;
   std::vector<Point> corners_;
   Quad quad_ = {};
   Size natural_, size_, fit_;
+  Edges edges_ = Edges::kRepeat;
 };
 
 // -------------------------------------------------------------------------------------------- warp
@@ -210,6 +222,7 @@ class Warp : public Operation {
         ->required();
     add_text(app, "--size", "WxH", "size of the result (default: that of the picture)",
              [this](const std::string& text) { size_ = size(text, "--size"); });
+    add_edges(app, edges_);
   }
 
   void check() override {
@@ -217,23 +230,23 @@ class Warp : public Operation {
     to_quad_ = convex_quad(to_, CornerOrder::kAroundTheOutline, "--to");
   }
 
-  std::string apply(Picture& picture, Colour background) const override {
-    const Size drawn = size_.width > 0 ? size_ : Size{picture.width(), picture.height()};
-    Picture result(drawn.width, drawn.height, background);
-    require_near(from_, picture, "--from");
-    require_near(to_, result, "--to");
-    const PixelArray from = picture.record();
-    PixelArray to = result.record();
-    Quad quad = from_quad_;
-    expect_ok(roxeAffineTransform(&from, &to, &quad, &to_quad_, {0, 0, drawn.width, drawn.height}));
-    picture.replace_pixels(std::move(result));
-    return "warped";
+  Outcome apply(Picture& picture, Colour background) const override {
+    const Size drawn = size_.width > 0 ? size_ : size_of(picture);
+    require_near(from_, size_of(picture), "--from");
+    require_near(to_, drawn, "--to");
+    const auto warp = [&](const PixelArray* from, PixelArray* to) {
+      Quad quad = shifted(from_quad_, shift_of(edges_));
+      return roxeAffineTransform(from, to, &quad, &to_quad_, {0, 0, drawn.width, drawn.height});
+    };
+    const bool changed = draw_into(picture, drawn, background, warp, edges_);
+    return {"warped", changed};
   }
 
  private:
   std::vector<Point> from_, to_;
   Quad from_quad_ = {}, to_quad_ = {};
   Size size_;
+  Edges edges_ = Edges::kRepeat;
 };
 
 }  // namespace

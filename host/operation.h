@@ -15,6 +15,12 @@ class App;
 
 namespace host {
 
+// What an operation did to a picture.
+struct Outcome {
+  std::string sentence;  // "turned 2.45 degrees clockwise"
+  bool changed = true;   // whether the size or any pixel is another than before
+};
+
 class Operation {
  public:
   virtual ~Operation() = default;
@@ -24,9 +30,9 @@ class Operation {
   virtual void check() {}
   // Whether apply only computes what it returns, and there is no picture to write.
   virtual bool only_reports() const { return false; }
-  // Changes the picture and says what was done: "turned 2.45 degrees clockwise". Uncovered pixels
-  // take the background. May run for several pictures at a time.
-  virtual std::string apply(Picture& picture, Colour background) const = 0;
+  // Changes the picture and says what was done. Uncovered pixels take the background. May run for
+  // several pictures at a time.
+  virtual Outcome apply(Picture& picture, Colour background) const = 0;
 };
 
 struct OperationEntry {

@@ -18,6 +18,7 @@ struct Point {
 struct Size {
   int32_t width = 0, height = 0;
 };
+inline Size size_of(const Picture& picture) { return {picture.width(), picture.height()}; }
 
 int32_t whole_number(std::string_view text, int32_t low, int32_t high, std::string_view what);
 double decimal_number(std::string_view text, int32_t low, int32_t high, std::string_view what);

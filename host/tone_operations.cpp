@@ -1,7 +1,7 @@
+#include "drawing.h"
 #include "errors.h"
 #include "operation.h"
 #include "options.h"
-#include "status.h"
 #include "text.h"
 
 namespace host {
@@ -14,11 +14,12 @@ class AutoGamma : public Operation {
              [this](const std::string& text) { set_region(text); });
   }
 
-  std::string apply(Picture& picture, Colour) const override {
-    PixelArray pixels = picture.record();
+  Outcome apply(Picture& picture, Colour) const override {
     if (region_.empty()) {
-      expect_ok(roxeAutoGamma(&pixels, &pixels, nullptr));
-      return "corrected the exposure";
+      const bool changed = draw_in_place(picture, [](const PixelArray* from, PixelArray* to) {
+        return roxeAutoGamma(from, to, nullptr);
+      });
+      return {"corrected the exposure", changed};
     }
     const int64_t right = int64_t{region_[0]} + region_[2];
     const int64_t bottom = int64_t{region_[1]} + region_[3];
@@ -27,8 +28,10 @@ class AutoGamma : public Operation {
                        picture.size_text() + " pixels");
     const PixelRect rect = {region_[0], region_[1], static_cast<int32_t>(right),
                             static_cast<int32_t>(bottom)};
-    expect_ok(roxeAutoGamma(&pixels, &pixels, &rect));
-    return "corrected the exposure by the region " + region_text_;
+    const bool changed = draw_in_place(picture, [&](const PixelArray* from, PixelArray* to) {
+      return roxeAutoGamma(from, to, &rect);
+    });
+    return {"corrected the exposure by the region " + region_text_, changed};
   }
 
  private:
@@ -52,12 +55,14 @@ class ShadowHighlight : public Operation {
                      "contrast of the midtones, -100 to 100");
   }
 
-  std::string apply(Picture& picture, Colour) const override {
-    PixelArray pixels = picture.record();
-    expect_ok(roxeShadowHighlight(&pixels, &pixels, static_cast<uint32_t>(shadow_),
-                                  static_cast<uint32_t>(highlight_), midtone_));
-    return "opened shadows by " + std::to_string(shadow_) + ", tamed highlights by " +
-           std::to_string(highlight_) + ", midtones " + std::to_string(midtone_);
+  Outcome apply(Picture& picture, Colour) const override {
+    const bool changed = draw_in_place(picture, [&](const PixelArray* from, PixelArray* to) {
+      return roxeShadowHighlight(from, to, static_cast<uint32_t>(shadow_),
+                                 static_cast<uint32_t>(highlight_), midtone_);
+    });
+    return {"opened shadows by " + std::to_string(shadow_) + ", tamed highlights by " +
+                std::to_string(highlight_) + ", midtones " + std::to_string(midtone_),
+            changed};
   }
 
  private:
@@ -78,11 +83,13 @@ class Variations : public Operation {
                      "size of a step, 0 (fine) to 6 (coarse) (default: 2)");
   }
 
-  std::string apply(Picture& picture, Colour) const override {
-    PixelArray pixels = picture.record();
-    expect_ok(roxeVariations(&pixels, &pixels, red_, green_, blue_, dark_, level_));
-    return "took away red " + std::to_string(red_) + ", green " + std::to_string(green_) +
-           ", blue " + std::to_string(blue_) + ", light " + std::to_string(dark_);
+  Outcome apply(Picture& picture, Colour) const override {
+    const bool changed = draw_in_place(picture, [&](const PixelArray* from, PixelArray* to) {
+      return roxeVariations(from, to, red_, green_, blue_, dark_, level_);
+    });
+    return {"took away red " + std::to_string(red_) + ", green " + std::to_string(green_) +
+                ", blue " + std::to_string(blue_) + ", light " + std::to_string(dark_),
+            changed};
   }
 
  private:

@@ -30,7 +30,7 @@ class OperationCommand : public Command {
 
     Notes notes;
     Picture picture = load_picture(input_, options_.background, notes).picture;
-    const std::string done = operation_->apply(picture, options_.background);
+    const std::string done = operation_->apply(picture, options_.background).sentence;
     if (writes) save_picture(picture, output_, options_.settings, notes);
     for (const std::string& note : notes) complain("note: " + note);
     if (writes)

@@ -278,8 +278,7 @@ ROXE_API int32_t roxeColorTintMask(const PixelArray* src, PixelArray* mask, uint
 // channels spill into the others.
 //
 // Returns 2 or 1 from roxeVerifyPixelArray, src first; kRoxeErrParam if the gains cannot be made;
-// otherwise kRoxeOK, also when memory for the tables cannot be had: dst is then untouched.
-// Allocates 6145 bytes, whatever the size of the pictures.
+// otherwise kRoxeOK. Allocates nothing.
 ROXE_API int32_t roxeColorTemperature(const PixelArray* src, PixelArray* dst, int32_t temperature,
                                       int32_t tint);
 

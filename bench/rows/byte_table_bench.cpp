@@ -12,11 +12,11 @@ const bench::Registration byte_tables([] {
   for (size_t i = 0; i < table.size(); ++i) table[i] = static_cast<uint8_t>(255 - i / 3);
   for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<uint8_t>(i * 151);
   bench::row("look_up", [](const roxe::RowKernels& rows) {
-    rows.look_up(table.data(), src.data(), dst.data(), 3 * kCount);
+    rows.look_up(table.data(), {src.data(), 0, dst.data(), 0, 1, kCount});
   });
   bench::row("look_up_bgr", [](const roxe::RowKernels& rows) {
-    rows.look_up_bgr(table.data(), table.data() + 256, table.data() + 512, src.data(), dst.data(),
-                     kCount);
+    rows.look_up_bgr(table.data(), table.data() + 256, table.data() + 512,
+                     {src.data(), 0, dst.data(), 0, 1, kCount});
   });
 });
 

@@ -12,6 +12,8 @@ namespace {
 
 #include "rows/cone_distance.inl"
 
+uint32_t reciprocal(uint32_t limit) { return limit == 0 ? 0 : 16384 / limit; }
+
 float canberra_term(double a, double b) {
   const double sum = std::fabs(a + b);
   return sum > 0.001 ? static_cast<float>(std::fabs(a - b) / sum) : 0.0f;
@@ -30,7 +32,7 @@ void init_cylindrical_metric(uint32_t* fade_table, uint32_t fade_count, uint32_t
     const float radians = static_cast<float>(i) * 3.1415927f / 180.0f;
     cos_table[i] = static_cast<uint32_t>(truncate_to_int32(32768.0f * XRCos(radians)));
   }
-  for (uint32_t i = 0; i < reciprocal_count; ++i) reciprocal_table[i] = i == 0 ? 0 : 16384 / i;
+  for (uint32_t i = 0; i < reciprocal_count; ++i) reciprocal_table[i] = reciprocal(i);
 }
 
 uint32_t cylindrical_metric(int32_t hue, int32_t saturation, uint32_t value, int32_t ref_hue,
@@ -39,20 +41,18 @@ uint32_t cylindrical_metric(int32_t hue, int32_t saturation, uint32_t value, int
                             const uint32_t* fade_table, const uint32_t* cos_table) {
   return cone_distance({hue, saturation, static_cast<int32_t>(value)},
                        {ref_hue, ref_saturation, static_cast<int32_t>(ref_value)}, limit,
-                       limit_squared, limit_reciprocal, fade_table, cos_table);
+                       limit_squared, limit_reciprocal, fade_table,
+                       reinterpret_cast<const int32_t*>(cos_table));
 }
 
 ColourSelection colours_near(uint32_t blue, uint32_t green, uint32_t red, uint32_t limit) {
   ColourSelection selection;
-  uint32_t reciprocal[kReciprocalEntries];
-  init_cylindrical_metric(selection.fade, kFadeEntries, selection.cosine, kCosineEntries,
-                          reciprocal, kReciprocalEntries);
   Hsv& reference = selection.reference;
   XRDRGB2HSV(std::min(red, 255u), std::min(green, 255u), std::min(blue, 255u), &reference.hue,
              &reference.saturation, &reference.value);
   selection.limit = limit;
   selection.limit_squared = limit * limit;
-  selection.limit_reciprocal = reciprocal[limit];
+  selection.limit_reciprocal = reciprocal(limit);
   return selection;
 }
 

@@ -2,11 +2,9 @@
 
 #include <algorithm>
 
-#include "colour/linear_light.h"
 #include "frame/default_environment.h"
 #include "frame/numbers.h"
 #include "frame/pixel_array.h"
-#include "frame/runtime.h"
 #include "rows/rows.h"
 
 using namespace roxe;
@@ -32,24 +30,6 @@ void set_diagonal(float* matrix, float red, float green, float blue) {
   matrix[0] = red;
   matrix[4] = green;
   matrix[8] = blue;
-}
-
-// Returns whether every stretch of sixteen entries from 128 on rises by at most four steps of one.
-bool split_into_steps(WhiteBalance& balance) {
-  constexpr uint8_t kNever = 255;
-  const uint8_t* encoded = balance.encoded;
-  for (int32_t i = 0; i < 256; ++i) {
-    balance.base[i] = encoded[16 * i];
-    int32_t steps = 0;
-    for (auto& step : balance.step) step[i] = kNever;
-    for (int32_t k = 1; k < 16 && i >= 8; ++k) {
-      const int32_t rise = encoded[16 * i + k] - encoded[16 * i + k - 1];
-      if (rise == 0) continue;
-      if (rise != 1 || steps == 4) return false;
-      balance.step[steps++][i] = static_cast<uint8_t>(k);
-    }
-  }
-  return encoded[4096] == encoded[4080];
 }
 
 }  // namespace
@@ -80,30 +60,17 @@ int32_t GetStdColorTemperatureMatrix(int32_t temperature, int32_t tint, float* m
   return 1;
 }
 
-WhiteBalance make_white_balance(const float* matrix, const int32_t* linear,
-                                const uint8_t* encoded) {
-  WhiteBalance balance;
-  for (size_t i = 0; i < 9; ++i) balance.matrix[i] = truncate_to_int32(matrix[i] * 4096.0f);
-  balance.linear = linear;
-  balance.encoded = encoded;
-  balance.has_steps = split_into_steps(balance);
-  return balance;
+ColourMatrix fixed_point(const float* matrix) {
+  ColourMatrix fixed;
+  for (size_t i = 0; i < 9; ++i) fixed.entry[i] = truncate_to_int32(matrix[i] * 4096.0f);
+  return fixed;
 }
 
 void ApplyStdColorTemperatureMatrix(const PixelArray& src, const PixelArray& dst,
                                     const float* matrix) {
-  const Block<float> forward = CreatesRGB2LinearRGBIndex();
-  const Block<uint8_t> encoded = CreateLinearRGB2sRGBIndex();
-  const Block<int32_t> linear = make_block<int32_t>(kLinearEntries);
-  if (!forward || !encoded || !linear) return;
-
-  for (size_t i = 0; i < kLinearEntries; ++i) linear[i] = truncate_to_int32(forward[i] * 4096.0f);
-  const WhiteBalance balance = make_white_balance(matrix, linear.get(), encoded.get());
-
+  const ColourMatrix fixed = fixed_point(matrix);
   const RowKernels& rows = Rows();
-  map_rows_24(src, dst, [&](const uint8_t* src_row, uint8_t* dst_row, int32_t count) {
-    rows.balance_white(balance, src_row, dst_row, count);
-  });
+  map_24(src, dst, [&](const PixelBand& band) { rows.balance_white(fixed, band); });
 }
 
 }  // namespace roxe

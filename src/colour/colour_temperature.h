@@ -13,11 +13,10 @@ namespace roxe {
 // settings are clamped to -100 ... 100. Returns 0 if matrix is null, else 1.
 int32_t GetStdColorTemperatureMatrix(int32_t temperature, int32_t tint, float* matrix);
 
-// What a row needs: the nine entries in fixed point, and the tables (256 and 4097 entries), which
-// are referred to and also split into steps.
-WhiteBalance make_white_balance(const float* matrix, const int32_t* linear, const uint8_t* encoded);
+// The nine entries as a row takes them, truncated.
+ColourMatrix fixed_point(const float* matrix);
 
-// Any matrix will do. Without memory for its tables nothing is touched.
+// Any matrix will do.
 void ApplyStdColorTemperatureMatrix(const PixelArray& src, const PixelArray& dst,
                                     const float* matrix);
 

@@ -34,9 +34,7 @@ void clr_accent(const PixelArray& src, const PixelArray& dst, uint32_t blue, uin
   const ColourSelection selection = colours_near(blue, green, red, steps);
 
   const RowKernels& rows = Rows();
-  map_rows_24(src, dst, [&](const uint8_t* src_row, uint8_t* dst_row, int32_t count) {
-    rows.accent_colour(selection, src_row, dst_row, count);
-  });
+  map_24(src, dst, [&](const PixelBand& band) { rows.accent_colour(selection, band); });
 }
 
 }  // namespace roxe

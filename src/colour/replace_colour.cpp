@@ -76,9 +76,7 @@ void replace_clr(const PixelArray& src, const PixelArray& dst, uint32_t blue, ui
   create_blur_table(shift.weight, kWeights, steps);
 
   const RowKernels& rows = Rows();
-  map_rows_24(src, dst, [&](const uint8_t* src_row, uint8_t* dst_row, int32_t count) {
-    rows.replace_colour(selection, shift, src_row, dst_row, count);
-  });
+  map_24(src, dst, [&](const PixelBand& band) { rows.replace_colour(selection, shift, band); });
 }
 
 void replace_clr_mask(const PixelArray& src, const PixelArray& mask, uint32_t blue, uint32_t green,
@@ -91,9 +89,7 @@ void replace_clr_mask(const PixelArray& src, const PixelArray& mask, uint32_t bl
   for (uint32_t i = 0; i < kWeights; ++i) level[i] = static_cast<uint8_t>((weight[i] * 255) >> 16);
 
   const RowKernels& rows = Rows();
-  map_rows_24(src, mask, [&](const uint8_t* src_row, uint8_t* mask_row, int32_t count) {
-    rows.draw_selection(selection, level, src_row, mask_row, count);
-  });
+  map_24(src, mask, [&](const PixelBand& band) { rows.draw_selection(selection, level, band); });
 }
 
 }  // namespace roxe

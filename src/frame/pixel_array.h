@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "frame/pixel_band.h"
 #include "roxe.h"
 
 namespace roxe {
@@ -39,22 +40,31 @@ inline bool same_rows(const PixelArray& a, const PixelArray& b) {
   return a.pixels == b.pixels && a.rowBytes == b.rowBytes;
 }
 
-// Calls row(src_row, dst_row, count) for the area that two records used as 24-bit both hold, top to
-// bottom. The two rows of a call are the same or disjoint: pictures that overlap in any other way
-// are handed over pixel by pixel (count 1), so that later pixels see what earlier ones wrote.
-template <class Row>
-void map_rows_24(const PixelArray& src, const PixelArray& dst, const Row& row) {
+// Calls map(band) for the area that two records used as 24-bit both hold. Pictures that overlap
+// without being the same are handed over pixel by pixel, each a band of its own, top to bottom and
+// left to right, so that later pixels see what earlier ones wrote.
+template <class Map>
+void map_24(const PixelArray& src, const PixelArray& dst, const Map& map) {
   const int32_t columns = std::min(columns_24(src), columns_24(dst));
   const int32_t rows = std::min(rows_of(src), rows_of(dst));
-  if (columns == 0) return;  // rows of a record without pixels have no address
-  const bool pixel_by_pixel = !same_rows(src, dst) && overlap_24(src, dst);
-  const int32_t step = pixel_by_pixel ? 1 : columns;
-  for (int32_t y = 0; y < rows; ++y) {
-    const uint8_t* src_row = row_of(src, y);
-    uint8_t* dst_row = row_of(dst, y);
-    for (int32_t x = 0; x < columns; x += step)
-      row(src_row + 3 * static_cast<ptrdiff_t>(x), dst_row + 3 * static_cast<ptrdiff_t>(x), step);
+  if (columns == 0 || rows == 0) return;  // rows of a record without pixels have no address
+  if (same_rows(src, dst) || !overlap_24(src, dst)) {
+    map(PixelBand{src.pixels, src.rowBytes, dst.pixels, dst.rowBytes, rows, columns});
+    return;
   }
+  for (int32_t y = 0; y < rows; ++y) {
+    for (ptrdiff_t x = 0; x < 3 * static_cast<ptrdiff_t>(columns); x += 3)
+      map(PixelBand{row_of(src, y) + x, 0, row_of(dst, y) + x, 0, 1, 1});
+  }
+}
+
+// The same row by row: calls row(src_row, dst_row, count).
+template <class Row>
+void map_rows_24(const PixelArray& src, const PixelArray& dst, const Row& row) {
+  map_24(src, dst, [&](const PixelBand& band) {
+    for (ptrdiff_t y = 0; y < band.rows; ++y)
+      row(band.src + y * band.src_step, band.dst + y * band.dst_step, band.count);
+  });
 }
 
 }  // namespace roxe

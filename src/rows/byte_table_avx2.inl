@@ -36,16 +36,18 @@ static inline __m256i look_up_32(const ShuffleTable& table, __m256i index) {
   return _mm256_xor_si256(from_low, from_high);
 }
 
-static void look_up_avx2(const uint8_t* table, const uint8_t* src, uint8_t* dst, int32_t count) {
-  int32_t i = 0;
-  if (count >= 64) {
-    const ShuffleTable shuffles = shuffle_table(table);
-    for (; i + 32 <= count; i += 32) {
+static void look_up_avx2(const uint8_t* table, const PixelBand& band) {
+  if (band.count < 32) return look_up(table, band);
+  const ShuffleTable shuffles = shuffle_table(table);
+  for_each_row(band, [&](const uint8_t* src, uint8_t* dst, int32_t count) {
+    const ptrdiff_t bytes = 3 * static_cast<ptrdiff_t>(count);
+    ptrdiff_t i = 0;
+    for (; i + 32 <= bytes; i += 32) {
       const __m256i index = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src + i));
       _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i), look_up_32(shuffles, index));
     }
-  }
-  look_up(table, src + i, dst + i, count - i);
+    for (; i < bytes; ++i) dst[i] = table[src[i]];
+  });
 }
 
 // Selects the bytes first, first + 3 and so on.
@@ -62,12 +64,13 @@ static inline __m256i blend3(__m256i a, __m256i b, __m256i from_b, __m256i c, __
 // In three neighbouring vectors each channel has each byte position once. Blending therefore sorts
 // the channels into three vectors, in some order of pixels that the blends back undo.
 static void look_up_bgr_avx2(const uint8_t* blue, const uint8_t* green, const uint8_t* red,
-                             const uint8_t* src, uint8_t* dst, int32_t count) {
-  int32_t i = 0;
-  if (count >= 64) {
-    const ShuffleTable blues = shuffle_table(blue), greens = shuffle_table(green),
-                       reds = shuffle_table(red);
-    const __m256i at0 = every_third_byte(0), at1 = every_third_byte(1), at2 = every_third_byte(2);
+                             const PixelBand& band) {
+  if (band.count < 64) return look_up_bgr(blue, green, red, band);
+  const ShuffleTable blues = shuffle_table(blue), greens = shuffle_table(green),
+                     reds = shuffle_table(red);
+  const __m256i at0 = every_third_byte(0), at1 = every_third_byte(1), at2 = every_third_byte(2);
+  for_each_row(band, [&](const uint8_t* src, uint8_t* dst, int32_t count) {
+    int32_t i = 0;
     for (; i + 32 <= count; i += 32) {
       const __m256i* from = reinterpret_cast<const __m256i*>(src + 3 * i);
       const __m256i a = _mm256_loadu_si256(from), b = _mm256_loadu_si256(from + 1),
@@ -81,6 +84,6 @@ static void look_up_bgr_avx2(const uint8_t* blue, const uint8_t* green, const ui
       _mm256_storeu_si256(to + 1, blend3(p, q, at2, r, at0));
       _mm256_storeu_si256(to + 2, blend3(p, q, at0, r, at1));
     }
-  }
-  look_up_bgr(blue, green, red, src + 3 * i, dst + 3 * i, count - i);
+    look_up_bgr(blue, green, red, {src + 3 * i, 0, dst + 3 * i, 0, 1, count - i});
+  });
 }

@@ -25,19 +25,22 @@ static inline __mmask64 first_bytes(int32_t n) {
 
 // Vectors are loaded from aligned addresses: across the ends of cache lines they cost half as much
 // again. Stores do not mind.
-static void look_up_avx512(const uint8_t* table, const uint8_t* src, uint8_t* dst, int32_t count) {
+static void look_up_avx512(const uint8_t* table, const PixelBand& band) {
   const PermuteTable permutes = permute_table(table);
-  const auto look_up_few = [&](int32_t few) {
-    const __mmask64 mask = first_bytes(few);
-    const __m512i index = _mm512_maskz_loadu_epi8(mask, src);
-    _mm512_mask_storeu_epi8(dst, mask, look_up_64(permutes, index));
-    src += few, dst += few, count -= few;
-  };
-  const int32_t head = static_cast<int32_t>(-reinterpret_cast<uintptr_t>(src) % 64);
-  look_up_few(head < count ? head : count);
-  for (; count >= 64; count -= 64, src += 64, dst += 64)
-    _mm512_storeu_si512(dst, look_up_64(permutes, _mm512_loadu_si512(src)));
-  look_up_few(count);
+  for_each_row(band, [&](const uint8_t* src, uint8_t* dst, int32_t pixels) {
+    ptrdiff_t count = 3 * static_cast<ptrdiff_t>(pixels);
+    const auto look_up_few = [&](int32_t few) {
+      const __mmask64 mask = first_bytes(few);
+      const __m512i index = _mm512_maskz_loadu_epi8(mask, src);
+      _mm512_mask_storeu_epi8(dst, mask, look_up_64(permutes, index));
+      src += few, dst += few, count -= few;
+    };
+    const int32_t head = static_cast<int32_t>(-reinterpret_cast<uintptr_t>(src) % 64);
+    look_up_few(head < count ? head : static_cast<int32_t>(count));
+    for (; count >= 64; count -= 64, src += 64, dst += 64)
+      _mm512_storeu_si512(dst, look_up_64(permutes, _mm512_loadu_si512(src)));
+    look_up_few(static_cast<int32_t>(count));
+  });
 }
 
 // Bytes of b and c where their masks say so, else of a. Bit by bit: blends that load under a mask
@@ -49,42 +52,44 @@ static inline __m512i blend3(__m512i a, __m512i b, __m512i from_b, __m512i c, __
 // In three neighbouring vectors each channel has each byte position once. Blending therefore sorts
 // the channels into three vectors, in some order of pixels that the blends back undo.
 static void look_up_bgr_avx512(const uint8_t* blue, const uint8_t* green, const uint8_t* red,
-                               const uint8_t* src, uint8_t* dst, int32_t count) {
+                               const PixelBand& band) {
   const PermuteTable blues = permute_table(blue), greens = permute_table(green),
                      reds = permute_table(red);
   const uint64_t third = 0x9249249249249249u;  // bits 0, 3, 6 ...
   const __m512i at0 = _mm512_movm_epi8(third), at1 = _mm512_movm_epi8(third << 1),
                 at2 = _mm512_movm_epi8(third << 2);
-  const auto look_up_192 = [&](__m512i& a, __m512i& b, __m512i& c) {
-    // Blue lies at bytes 0, 3 ... of a, at 2, 5 ... of b and at 1, 4 ... of c.
-    const __m512i p = look_up_64(blues, blend3(a, b, at2, c, at1));
-    const __m512i q = look_up_64(greens, blend3(a, b, at0, c, at2));
-    const __m512i r = look_up_64(reds, blend3(a, b, at1, c, at0));
-    a = blend3(p, q, at1, r, at2);
-    b = blend3(p, q, at0, r, at1);
-    c = blend3(p, q, at2, r, at0);
-  };
-  const auto look_up_few = [&](int32_t few) {  // 0 ... 64 pixels
-    const __mmask64 in_a = first_bytes(3 * few), in_b = first_bytes(3 * few - 64),
-                    in_c = first_bytes(3 * few - 128);
-    __m512i a = _mm512_maskz_loadu_epi8(in_a, src), b = _mm512_maskz_loadu_epi8(in_b, src + 64),
-            c = _mm512_maskz_loadu_epi8(in_c, src + 128);
-    look_up_192(a, b, c);
-    _mm512_mask_storeu_epi8(dst, in_a, a);
-    _mm512_mask_storeu_epi8(dst + 64, in_b, b);
-    _mm512_mask_storeu_epi8(dst + 128, in_c, c);
-    src += 3 * few, dst += 3 * few, count -= few;
-  };
-  // As many pixels as lead to an aligned address: 3 * 43 = 129 is 1 modulo 64.
-  const int32_t head = static_cast<int32_t>(-reinterpret_cast<uintptr_t>(src) * 43 % 64);
-  look_up_few(head < count ? head : count);
-  for (; count >= 64; count -= 64, src += 192, dst += 192) {
-    __m512i a = _mm512_loadu_si512(src), b = _mm512_loadu_si512(src + 64),
-            c = _mm512_loadu_si512(src + 128);
-    look_up_192(a, b, c);
-    _mm512_storeu_si512(dst, a);
-    _mm512_storeu_si512(dst + 64, b);
-    _mm512_storeu_si512(dst + 128, c);
-  }
-  look_up_few(count);
+  for_each_row(band, [&](const uint8_t* src, uint8_t* dst, int32_t count) {
+    const auto look_up_192 = [&](__m512i& a, __m512i& b, __m512i& c) {
+      // Blue lies at bytes 0, 3 ... of a, at 2, 5 ... of b and at 1, 4 ... of c.
+      const __m512i p = look_up_64(blues, blend3(a, b, at2, c, at1));
+      const __m512i q = look_up_64(greens, blend3(a, b, at0, c, at2));
+      const __m512i r = look_up_64(reds, blend3(a, b, at1, c, at0));
+      a = blend3(p, q, at1, r, at2);
+      b = blend3(p, q, at0, r, at1);
+      c = blend3(p, q, at2, r, at0);
+    };
+    const auto look_up_few = [&](int32_t few) {  // 0 ... 64 pixels
+      const __mmask64 in_a = first_bytes(3 * few), in_b = first_bytes(3 * few - 64),
+                      in_c = first_bytes(3 * few - 128);
+      __m512i a = _mm512_maskz_loadu_epi8(in_a, src), b = _mm512_maskz_loadu_epi8(in_b, src + 64),
+              c = _mm512_maskz_loadu_epi8(in_c, src + 128);
+      look_up_192(a, b, c);
+      _mm512_mask_storeu_epi8(dst, in_a, a);
+      _mm512_mask_storeu_epi8(dst + 64, in_b, b);
+      _mm512_mask_storeu_epi8(dst + 128, in_c, c);
+      src += 3 * few, dst += 3 * few, count -= few;
+    };
+    // As many pixels as lead to an aligned address: 3 * 43 = 129 is 1 modulo 64.
+    const int32_t head = static_cast<int32_t>(-reinterpret_cast<uintptr_t>(src) * 43 % 64);
+    look_up_few(head < count ? head : count);
+    for (; count >= 64; count -= 64, src += 192, dst += 192) {
+      __m512i a = _mm512_loadu_si512(src), b = _mm512_loadu_si512(src + 64),
+              c = _mm512_loadu_si512(src + 128);
+      look_up_192(a, b, c);
+      _mm512_storeu_si512(dst, a);
+      _mm512_storeu_si512(dst + 64, b);
+      _mm512_storeu_si512(dst + 128, c);
+    }
+    look_up_few(count);
+  });
 }

@@ -81,20 +81,17 @@ static inline bool turn_is_far(int64_t limit_squared, int64_t saturation, int64_
 static inline void prepare(WideSelection& wide, const ColourSelection& selection) {
   uint8_t fade[48];
   // Entry 0 is 256, but black has no saturation to be pulled: 255 does as well.
-  for (int32_t i = 0; i < 48; ++i)
-    fade[i] = static_cast<uint8_t>(selection.fade[i] > 255 ? 255 : selection.fade[i]);
+  for (int32_t i = 0; i < 48; ++i) fade[i] = static_cast<uint8_t>(kFade[i] > 255 ? 255 : kFade[i]);
   prepare(wide.fade, fade, 48);
-  wide.reference_saturation = effective_saturation(selection.reference, selection.fade);
-  for (int32_t i = 0; i < 361; ++i)
-    wide.cosine[i] = wide.reference_saturation * static_cast<int32_t>(selection.cosine[i]);
+  wide.reference_saturation = effective_saturation(selection.reference, kFade);
+  for (int32_t i = 0; i < 361; ++i) wide.cosine[i] = wide.reference_saturation * kCosine[i];
   wide.hue = selection.reference.hue;
   wide.value = selection.reference.value;
   wide.limit = static_cast<int32_t>(selection.limit);
   wide.limit_squared = static_cast<int32_t>(selection.limit_squared);
   wide.limit_reciprocal = static_cast<int32_t>(selection.limit_reciprocal);
   const auto far = [&](int32_t turn) {
-    return turn_is_far(wide.limit_squared, wide.reference_saturation,
-                       static_cast<int32_t>(selection.cosine[turn]));
+    return turn_is_far(wide.limit_squared, wide.reference_saturation, kCosine[turn]);
   };
   wide.far_turn = -1;
   while (wide.far_turn < 180 && far(179 - wide.far_turn) && far(181 + wide.far_turn))
@@ -288,26 +285,27 @@ static inline void prepare(MeasureAvx2& metric, const ColourSelection& selection
 // Walks a row in blocks: measures each and hands it to finish(src, dst, block, count). The rest of
 // the row is filled up with black to a whole vector.
 template <Keep keep, class Measure, class Finish>
-static inline void walk_blocks(const Measure& metric, const uint8_t* src, uint8_t* dst,
-                               int32_t count, const Finish& finish) {
+static inline void walk_blocks(const Measure& metric, const PixelBand& band, const Finish& finish) {
   constexpr int32_t kPixels = Measure::kPixels;
   SelectionBlock block;
-  while (count >= kPixels) {
-    const int32_t part = count < kSelectionBlock ? count / kPixels * kPixels : kSelectionBlock;
-    metric.template measure<keep>(src, block, part);
-    finish(src, dst, block, part);
-    src += 3 * part;
-    dst += 3 * part;
-    count -= part;
-  }
-  if (count > 0) {
-    const size_t bytes = 3 * static_cast<size_t>(count);
-    uint8_t pixels[3 * kPixels] = {};
-    __builtin_memcpy(pixels, src, bytes);
-    metric.template measure<keep>(pixels, block, kPixels);
-    finish(pixels, pixels, block, kPixels);
-    __builtin_memcpy(dst, pixels, bytes);
-  }
+  for_each_row(band, [&](const uint8_t* src, uint8_t* dst, int32_t count) {
+    while (count >= kPixels) {
+      const int32_t part = count < kSelectionBlock ? count / kPixels * kPixels : kSelectionBlock;
+      metric.template measure<keep>(src, block, part);
+      finish(src, dst, block, part);
+      src += 3 * part;
+      dst += 3 * part;
+      count -= part;
+    }
+    if (count > 0) {
+      const size_t bytes = 3 * static_cast<size_t>(count);
+      uint8_t pixels[3 * kPixels] = {};
+      __builtin_memcpy(pixels, src, bytes);
+      metric.template measure<keep>(pixels, block, kPixels);
+      finish(pixels, pixels, block, kPixels);
+      __builtin_memcpy(dst, pixels, bytes);
+    }
+  });
 }
 
 constexpr int32_t kFewPixels = 16;  // too few to prepare anything for
@@ -326,16 +324,14 @@ static inline __m256i toward_grey(__m256i channel, __m256i grey, __m256i fade) {
 }
 
 template <class Measure>
-static inline void accent_colour_wide(const ColourSelection& selection, const uint8_t* src,
-                                      uint8_t* dst, int32_t count) {
-  if (count < kFewPixels) return accent_colour(selection, src, dst, count);
+static inline void accent_colour_wide(const ColourSelection& selection, const PixelBand& band) {
+  if (band.count < kFewPixels) return accent_colour(selection, band);
   Measure metric;
   prepare(metric, selection);
   const __m256i limit = all_bytes(static_cast<int32_t>(selection.limit));
   const __m256i reciprocal = all_words(static_cast<int32_t>(selection.limit_reciprocal));
   walk_blocks<Keep::kChannels>(
-      metric, src, dst, count,
-      [&](const uint8_t*, uint8_t* to, const SelectionBlock& block, int32_t part) {
+      metric, band, [&](const uint8_t*, uint8_t* to, const SelectionBlock& block, int32_t part) {
         for (int32_t i = 0; i < part; i += 32) {
           const __m256i blue = load_256(block.blue + i), green = load_256(block.green + i);
           const __m256i red = load_256(block.red + i);
@@ -492,16 +488,15 @@ static inline void replace_32(const WideShift& shift, const SelectionBlock& bloc
 
 template <class Measure>
 static inline void replace_colour_wide(const ColourSelection& selection, const ColourShift& shift,
-                                       const uint8_t* src, uint8_t* dst, int32_t count) {
-  if (count < kFewPixels || !fits_words(shift))
-    return replace_colour(selection, shift, src, dst, count);
+                                       const PixelBand& band) {
+  if (band.count < kFewPixels || !fits_words(shift)) return replace_colour(selection, shift, band);
   Measure metric;
   prepare(metric, selection);
   WideShift wide_shift;
   prepare(wide_shift, shift, static_cast<int32_t>(selection.limit));
   const __m256i limit = all_bytes(static_cast<int32_t>(selection.limit));
   walk_blocks<Keep::kChannelsAndHsv>(
-      metric, src, dst, count,
+      metric, band,
       [&](const uint8_t* from, uint8_t* to, const SelectionBlock& block, int32_t part) {
         for (int32_t i = 0; i < part; i += 32) {
           const __m256i distance = load_256(block.distance + i);
@@ -514,16 +509,14 @@ static inline void replace_colour_wide(const ColourSelection& selection, const C
 }
 
 [[maybe_unused]] static void draw_selection_avx2(const ColourSelection& selection,
-                                                 const uint8_t* level, const uint8_t* src,
-                                                 uint8_t* dst, int32_t count) {
-  if (count < kFewPixels) return draw_selection(selection, level, src, dst, count);
+                                                 const uint8_t* level, const PixelBand& band) {
+  if (band.count < kFewPixels) return draw_selection(selection, level, band);
   MeasureAvx2 metric;
   prepare(metric, selection);
   ShortTable<16> levels;
   prepare(levels, level, static_cast<int32_t>(selection.limit) + 1);
   walk_blocks<Keep::kNothing>(
-      metric, src, dst, count,
-      [&](const uint8_t*, uint8_t* to, const SelectionBlock& block, int32_t part) {
+      metric, band, [&](const uint8_t*, uint8_t* to, const SelectionBlock& block, int32_t part) {
         for (int32_t i = 0; i < part; i += 32) {
           const __m256i grey = look_up_short(levels, load_256(block.distance + i));
           store_planes(to + 3 * i, {grey, grey, grey});
@@ -532,12 +525,11 @@ static inline void replace_colour_wide(const ColourSelection& selection, const C
 }
 
 [[maybe_unused]] static void accent_colour_avx2(const ColourSelection& selection,
-                                                const uint8_t* src, uint8_t* dst, int32_t count) {
-  accent_colour_wide<MeasureAvx2>(selection, src, dst, count);
+                                                const PixelBand& band) {
+  accent_colour_wide<MeasureAvx2>(selection, band);
 }
 
 [[maybe_unused]] static void replace_colour_avx2(const ColourSelection& selection,
-                                                 const ColourShift& shift, const uint8_t* src,
-                                                 uint8_t* dst, int32_t count) {
-  replace_colour_wide<MeasureAvx2>(selection, shift, src, dst, count);
+                                                 const ColourShift& shift, const PixelBand& band) {
+  replace_colour_wide<MeasureAvx2>(selection, shift, band);
 }

@@ -23,12 +23,12 @@ static inline void prepare(MeasureAvx512& metric, const ColourSelection& selecti
   metric.limit = static_cast<int32_t>(selection.limit);
   metric.limit_squared = static_cast<int32_t>(selection.limit_squared);
   metric.limit_reciprocal = static_cast<int32_t>(selection.limit_reciprocal);
-  metric.reference_saturation = effective_saturation(selection.reference, selection.fade);
+  metric.reference_saturation = effective_saturation(selection.reference, kFade);
 
   uint8_t bytes[3][384] = {};
   // Entry 0 is 256, but black has no saturation to be pulled: 255 does as well.
   for (int32_t i = 0; i < 64; ++i)
-    bytes[0][i] = static_cast<uint8_t>(selection.fade[i] > 255 ? 255 : selection.fade[i]);
+    bytes[0][i] = static_cast<uint8_t>(kFade[i] > 255 ? 255 : kFade[i]);
   metric.fade = _mm512_loadu_si512(bytes[0]);
 
   for (int32_t i = 0; i < 256; ++i)
@@ -39,7 +39,7 @@ static inline void prepare(MeasureAvx512& metric, const ColourSelection& selecti
       _mm512_broadcast_i32x4(_mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes[2])));
 
   for (int32_t i = 0; i < 361; ++i) {
-    const int32_t product = metric.reference_saturation * static_cast<int32_t>(selection.cosine[i]);
+    const int32_t product = metric.reference_saturation * kCosine[i];
     for (int32_t k = 0; k < 3; ++k) bytes[k][i] = static_cast<uint8_t>(product >> (8 * k));
   }
   for (int32_t k = 0; k < 3; ++k) {
@@ -212,14 +212,13 @@ inline void MeasureAvx512::measure(const uint8_t* src, SelectionBlock& block, in
 }
 
 static void draw_selection_avx512(const ColourSelection& selection, const uint8_t* level,
-                                  const uint8_t* src, uint8_t* dst, int32_t count) {
-  if (count < kFewPixels) return draw_selection(selection, level, src, dst, count);
+                                  const PixelBand& band) {
+  if (band.count < kFewPixels) return draw_selection(selection, level, band);
   MeasureAvx512 metric;
   prepare(metric, selection);
   const PermuteTable levels = permute_table(level);
   walk_blocks<Keep::kNothing>(
-      metric, src, dst, count,
-      [&](const uint8_t*, uint8_t* to, const SelectionBlock& block, int32_t part) {
+      metric, band, [&](const uint8_t*, uint8_t* to, const SelectionBlock& block, int32_t part) {
         for (int32_t i = 0; i < part; i += 64) {
           const __m512i grey = look_up_64(levels, _mm512_loadu_si512(block.distance + i));
           store_planes_512(to + 3 * i, {{grey, grey, grey}});
@@ -227,12 +226,11 @@ static void draw_selection_avx512(const ColourSelection& selection, const uint8_
       });
 }
 
-static void accent_colour_avx512(const ColourSelection& selection, const uint8_t* src, uint8_t* dst,
-                                 int32_t count) {
-  accent_colour_wide<MeasureAvx512>(selection, src, dst, count);
+static void accent_colour_avx512(const ColourSelection& selection, const PixelBand& band) {
+  accent_colour_wide<MeasureAvx512>(selection, band);
 }
 
 static void replace_colour_avx512(const ColourSelection& selection, const ColourShift& shift,
-                                  const uint8_t* src, uint8_t* dst, int32_t count) {
-  replace_colour_wide<MeasureAvx512>(selection, shift, src, dst, count);
+                                  const PixelBand& band) {
+  replace_colour_wide<MeasureAvx512>(selection, shift, band);
 }

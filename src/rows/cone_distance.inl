@@ -11,11 +11,11 @@ static inline int32_t effective_saturation(Hsv colour, const uint32_t* fade) {
 // the chord is as long as limit or longer. The largest product is 255 * 255 * 32768, below 2^31.
 static inline uint32_t cone_distance(Hsv pixel, Hsv reference, uint32_t limit,
                                      uint32_t limit_squared, uint32_t limit_reciprocal,
-                                     const uint32_t* fade, const uint32_t* cosine) {
+                                     const uint32_t* fade, const int32_t* cosine) {
   const int32_t s1 = effective_saturation(pixel, fade);
   const int32_t s2 = effective_saturation(reference, fade);
   const int32_t turn = reference.hue - pixel.hue;
-  const int32_t cosine_of_turn = static_cast<int32_t>(cosine[turn < 0 ? -turn : turn]);
+  const int32_t cosine_of_turn = cosine[turn < 0 ? -turn : turn];
   const int32_t rise = pixel.value - reference.value;
   const int32_t chord = rise * rise + s2 * s2 + s1 * s1 - ((s2 * s1 * cosine_of_turn) >> 14);
 

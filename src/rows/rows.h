@@ -3,7 +3,8 @@
 // A row is a function over pointers and counts: no image record, no status, no allocation. All
 // tables give the same bytes; the comment of an entry is the contract of all its bodies. Unless an
 // entry says otherwise, any two of the rows that it is given are the same row or disjoint, and
-// exactly count elements are read and written.
+// exactly count elements are read and written. What takes a band does all its rows in one call, so
+// that tables which belong to the call are prepared once.
 #ifndef ROXE_ROWS_ROWS_H_
 #define ROXE_ROWS_ROWS_H_
 
@@ -11,6 +12,7 @@
 #include <cstdint>
 
 #include "frame/numbers.h"
+#include "frame/pixel_band.h"
 
 namespace roxe {
 
@@ -115,8 +117,6 @@ struct ColourSelection {
   Hsv reference;
   uint32_t limit;                            // steps of distance that are inside, 1 ... 201
   uint32_t limit_squared, limit_reciprocal;  // the latter in 1 / 16384
-  uint32_t fade[256];    // by value: how far the saturation is pulled toward it, 1 / 256
-  uint32_t cosine[361];  // by degree, two's complement in 1 / 32768
 };
 
 // What a replacement adds at full weight, and the weight of each distance in 1 / 65536: 65536 at
@@ -126,29 +126,22 @@ struct ColourShift {
   int32_t weight[256];
 };
 
-// A colour matrix for linear light, in 1 / 4096, and the transfer functions around it.
-struct WhiteBalance {
-  int32_t matrix[9];       // row-major, for the column (red, green, blue)
-  const int32_t* linear;   // by byte: linear light 0 ... 4096
-  const uint8_t* encoded;  // by linear light 0 ... 4096: the byte
-
-  // The same as encoded in tables of bytes: from 128 on, encoded[16 * i + k] is base[i] and one
-  // more for each j with step[j][i] <= k. Entry 4096 is the last base.
-  bool has_steps;  // whether encoded can be had in this way
-  uint8_t base[256], step[4][256];
+// A colour matrix for linear light, in 1 / 4096, row-major, for the column (red, green, blue).
+struct ColourMatrix {
+  int32_t entry[9];
 };
 
 struct RowKernels {
   const char* name;  // "plain", "avx2", "avx512", "neon"
 
-  // ---- byte tables (byte_table.inl)
+  // ---- byte tables of 256 entries (byte_table.inl)
 
-  // dst[i] = table[src[i]] for count bytes; table has 256 entries.
-  void (*look_up)(const uint8_t* table, const uint8_t* src, uint8_t* dst, int32_t count);
+  // Replaces each byte of the pixels by its entry.
+  void (*look_up)(const uint8_t* table, const PixelBand& band);
 
-  // The same for count pixels of three bytes, with one table for each byte of a pixel.
+  // The same with one table for each byte of a pixel.
   void (*look_up_bgr)(const uint8_t* blue, const uint8_t* green, const uint8_t* red,
-                      const uint8_t* src, uint8_t* dst, int32_t count);
+                      const PixelBand& band);
 
   // ---- geometry (rotation.inl, projective.inl)
 
@@ -184,24 +177,22 @@ struct RowKernels {
   void (*box_row_32)(const BoxRow<uint32_t>& box, const uint8_t* entering, const uint8_t* leaving,
                      uint8_t* dst);
 
-  // ---- colour (colour_selection.inl, white_balance.inl); rows of count pixels of three bytes
+  // ---- colour (colour_selection.inl, white_balance.inl)
 
   // Writes level[distance] to the three bytes of each pixel; level has 256 entries.
-  void (*draw_selection)(const ColourSelection& selection, const uint8_t* level, const uint8_t* src,
-                         uint8_t* dst, int32_t count);
+  void (*draw_selection)(const ColourSelection& selection, const uint8_t* level,
+                         const PixelBand& band);
 
   // Shifts hue, saturation and value of the pixels inside the selection; copies the others.
   void (*replace_colour)(const ColourSelection& selection, const ColourShift& shift,
-                         const uint8_t* src, uint8_t* dst, int32_t count);
+                         const PixelBand& band);
 
   // Moves the pixels inside the selection toward grey in proportion to their distance; makes the
   // others grey.
-  void (*accent_colour)(const ColourSelection& selection, const uint8_t* src, uint8_t* dst,
-                        int32_t count);
+  void (*accent_colour)(const ColourSelection& selection, const PixelBand& band);
 
   // Applies the matrix in linear light, caps the brightness and spills strong channels.
-  void (*balance_white)(const WhiteBalance& balance, const uint8_t* src, uint8_t* dst,
-                        int32_t count);
+  void (*balance_white)(const ColourMatrix& matrix, const PixelBand& band);
 
   // ---- tone
 

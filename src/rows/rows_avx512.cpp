@@ -9,6 +9,7 @@ namespace {
 
 #include "rows/vectors_avx2.inl"
 #include "rows/transpose_avx2.inl"
+#include "rows/each_row.inl"
 #include "rows/byte_table.inl"
 #include "rows/byte_table_avx512.inl"
 
@@ -28,6 +29,7 @@ namespace {
 #include "rows/blend_masked_avx2.inl"
 
 // colour
+#include "rows/colour_tables.inl"
 #include "rows/hsv.inl"
 #include "rows/cone_distance.inl"
 #include "rows/colour_selection.inl"

@@ -7,6 +7,7 @@
 namespace roxe {
 namespace {
 
+#include "rows/each_row.inl"
 #include "rows/byte_table.inl"
 
 // geometry
@@ -18,6 +19,7 @@ namespace {
 #include "rows/box_lanes.inl"
 
 // colour
+#include "rows/colour_tables.inl"
 #include "rows/hsv.inl"
 #include "rows/cone_distance.inl"
 #include "rows/colour_selection.inl"

@@ -74,10 +74,10 @@ static inline void encode(const EncodedTable& table, const LightBlock& block, ui
 // Words hold what follows from gains below 3 in red and green and below 16 in blue. The gain of red
 // is not too small either: where red stays below 2 and blue spills, 16 * red is then below 65536
 // and red * blue below 2^13 * 4096.
-static inline bool fits_words(const WhiteBalance& balance) {
+static inline bool fits_words(const ColourMatrix& balance) {
   for (int32_t i = 0; i < 9; ++i)
-    if (i % 4 != 0 && balance.matrix[i] != 0) return false;
-  const int32_t red = balance.matrix[0], green = balance.matrix[4], blue = balance.matrix[8];
+    if (i % 4 != 0 && balance.entry[i] != 0) return false;
+  const int32_t red = balance.entry[0], green = balance.entry[4], blue = balance.entry[8];
   return red >= 128 && red < 3 * 4096 && green >= 0 && green < 3 * 4096 && blue >= 0 &&
          blue < 16 * 4096;
 }
@@ -121,15 +121,15 @@ static inline __m256i strong_gain(__m256i blue4, __m256i gain) {
 }
 
 // What the plain row does between its tables, for sixteen pixels.
-static inline void balance_words(const WhiteBalance& balance, LightBlock& block, int32_t i) {
+static inline void balance_words(const ColourMatrix& balance, LightBlock& block, int32_t i) {
   const __m256i zero = _mm256_setzero_si256(), one = all_words(1);
   const __m256i blue4 = load_256(block.blue + i), green4 = load_256(block.green + i);
   const __m256i red4 = load_256(block.red + i);
-  __m256i red = _mm256_mulhi_epu16(red4, all_words(4 * balance.matrix[0]));
-  __m256i green = _mm256_mulhi_epu16(green4, all_words(4 * balance.matrix[4]));
-  __m256i blue = balance.matrix[8] < 4 * 4096
-                     ? _mm256_mulhi_epu16(blue4, all_words(4 * balance.matrix[8]))
-                     : strong_gain(blue4, all_words(balance.matrix[8]));
+  __m256i red = _mm256_mulhi_epu16(red4, all_words(4 * balance.entry[0]));
+  __m256i green = _mm256_mulhi_epu16(green4, all_words(4 * balance.entry[4]));
+  __m256i blue = balance.entry[8] < 4 * 4096
+                     ? _mm256_mulhi_epu16(blue4, all_words(4 * balance.entry[8]))
+                     : strong_gain(blue4, all_words(balance.entry[8]));
 
   const Dwords in = luminance_of(red4, green4, blue4, 14);
   const Dwords out = luminance_of(red, green, blue, 12);
@@ -182,27 +182,30 @@ static inline void balance_words(const WhiteBalance& balance, LightBlock& block,
        _mm256_add_epi16(red, _mm256_and_si256(to_red, _mm256_or_si256(green_spills, blue_spills))));
 }
 
-static void balance_white_avx2(const WhiteBalance& balance, const uint8_t* src, uint8_t* dst,
-                               int32_t count) {
-  if (count >= 16 && fits_words(balance)) {
-    LinearTable linear;
-    linear.zero = 0;
-    for (int32_t i = 0; i < 256; ++i)
-      linear.entry[i] = 4 * static_cast<uint64_t>(balance.linear[i]);
-    EncodedTable encoded;
-    encoded.zero = 0;
-    for (int32_t i = 0; i <= 4096; ++i) encoded.entry[i] = balance.encoded[i];
+struct LightTables {
+  LinearTable linear;
+  EncodedTable encoded;
+  constexpr LightTables() : linear(), encoded() {
+    for (int32_t i = 0; i < 256; ++i) linear.entry[i] = uint64_t{4} * kLinearLight[i];
+    for (int32_t i = 0; i <= 4096; ++i) encoded.entry[i] = encoded_light.byte[i];
+  }
+};
+static constexpr LightTables light_tables;
 
-    LightBlock block;
+[[maybe_unused]] static void balance_white_avx2(const ColourMatrix& balance,
+                                                const PixelBand& band) {
+  if (!fits_words(balance)) return balance_white(balance, band);
+  LightBlock block;
+  for_each_row(band, [&](const uint8_t* src, uint8_t* dst, int32_t count) {
     while (count >= 16) {
       const int32_t part = count < kLightBlock ? count & ~15 : kLightBlock;
-      linearise(linear, src, block, part);
+      linearise(light_tables.linear, src, block, part);
       for (int32_t i = 0; i < part; i += 16) balance_words(balance, block, i);
-      encode(encoded, block, dst, part);
+      encode(light_tables.encoded, block, dst, part);
       src += 3 * part;
       dst += 3 * part;
       count -= part;
     }
-  }
-  balance_white(balance, src, dst, count);
+    balance_white(balance, {src, 0, dst, 0, 1, count});
+  });
 }

@@ -6,11 +6,11 @@ struct LinearPermutes {
   PermuteTable low, high;
 };
 
-static inline LinearPermutes linear_permutes(const int32_t* linear) {
+static inline LinearPermutes linear_permutes() {
   uint8_t low[256], high[256];
   for (int32_t i = 0; i < 256; ++i) {
-    low[i] = static_cast<uint8_t>(4 * linear[i]);
-    high[i] = static_cast<uint8_t>(linear[i] >> 6);
+    low[i] = static_cast<uint8_t>(4 * kLinearLight[i]);
+    high[i] = static_cast<uint8_t>(kLinearLight[i] >> 6);
   }
   return {permute_table(low), permute_table(high)};
 }
@@ -33,11 +33,28 @@ struct EncodedPermutes {
   __m512i first[2];  // entries 0 ... 127
 };
 
-static inline EncodedPermutes encoded_permutes(const WhiteBalance& balance) {
-  return {permute_table(balance.base),
-          {permute_table(balance.step[0]), permute_table(balance.step[1]),
-           permute_table(balance.step[2]), permute_table(balance.step[3])},
-          {_mm512_loadu_si512(balance.encoded), _mm512_loadu_si512(balance.encoded + 64)}};
+// From 128 on, entry 16 * i + k is base[i] and one more for each j with step[j][i] <= k. Entry 4096
+// is the last base.
+struct EncodedSteps {
+  uint8_t base[256], step[4][256];
+  constexpr EncodedSteps() : base(), step() {
+    for (int32_t i = 0; i < 256; ++i) {
+      base[i] = encoded_light.byte[16 * i];
+      int32_t steps = 0;
+      for (auto& one : step) one[i] = 255;
+      for (int32_t k = 1; k < 16 && i >= 8; ++k)
+        if (encoded_light.byte[16 * i + k] != encoded_light.byte[16 * i + k - 1])
+          step[steps++][i] = static_cast<uint8_t>(k);
+    }
+  }
+};
+static constexpr EncodedSteps encoded_steps;
+
+static inline EncodedPermutes encoded_permutes() {
+  return {permute_table(encoded_steps.base),
+          {permute_table(encoded_steps.step[0]), permute_table(encoded_steps.step[1]),
+           permute_table(encoded_steps.step[2]), permute_table(encoded_steps.step[3])},
+          {_mm512_loadu_si512(encoded_light.byte), _mm512_loadu_si512(encoded_light.byte + 64)}};
 }
 
 // 64 words of linear light, 0 ... 4096, to bytes.
@@ -91,16 +108,16 @@ static inline __m512i strong_gain_512(__m512i blue4, __m512i gain) {
 }
 
 // balance_words for 32 pixels: the same steps, and the bounds that it relies on.
-static inline void balance_words_512(const WhiteBalance& balance, LightBlock& block, int32_t i) {
+static inline void balance_words_512(const ColourMatrix& balance, LightBlock& block, int32_t i) {
   const __m512i zero = _mm512_setzero_si512(), one = words_512(1);
   const __m512i blue4 = _mm512_loadu_si512(block.blue + i);
   const __m512i green4 = _mm512_loadu_si512(block.green + i);
   const __m512i red4 = _mm512_loadu_si512(block.red + i);
-  __m512i red = _mm512_mulhi_epu16(red4, words_512(4 * balance.matrix[0]));
-  __m512i green = _mm512_mulhi_epu16(green4, words_512(4 * balance.matrix[4]));
-  __m512i blue = balance.matrix[8] < 4 * 4096
-                     ? _mm512_mulhi_epu16(blue4, words_512(4 * balance.matrix[8]))
-                     : strong_gain_512(blue4, words_512(balance.matrix[8]));
+  __m512i red = _mm512_mulhi_epu16(red4, words_512(4 * balance.entry[0]));
+  __m512i green = _mm512_mulhi_epu16(green4, words_512(4 * balance.entry[4]));
+  __m512i blue = balance.entry[8] < 4 * 4096
+                     ? _mm512_mulhi_epu16(blue4, words_512(4 * balance.entry[8]))
+                     : strong_gain_512(blue4, words_512(balance.entry[8]));
 
   const Dwords512 in = luminance_512(red4, green4, blue4, 14);
   const Dwords512 out = luminance_512(red, green, blue, 12);
@@ -149,7 +166,7 @@ static inline void balance_words_512(const WhiteBalance& balance, LightBlock& bl
   keep(block.red, _mm512_mask_add_epi16(red, green_spills | blue_spills, red, to_red));
 }
 
-static inline void balance_64_multiple(const WhiteBalance& balance, const LinearPermutes& linear,
+static inline void balance_64_multiple(const ColourMatrix& balance, const LinearPermutes& linear,
                                        const EncodedPermutes& encoded, const uint8_t* src,
                                        uint8_t* dst, int32_t count) {
   LightBlock block;
@@ -161,26 +178,24 @@ static inline void balance_64_multiple(const WhiteBalance& balance, const Linear
                        encode_64(encoded, block.red + i)}});
 }
 
-static void balance_white_avx512(const WhiteBalance& balance, const uint8_t* src, uint8_t* dst,
-                                 int32_t count) {
-  if (count < 16 || !balance.has_steps || !fits_words(balance)) {
-    balance_white_avx2(balance, src, dst, count);
-    return;
-  }
-  const LinearPermutes linear = linear_permutes(balance.linear);
-  const EncodedPermutes encoded = encoded_permutes(balance);
-  while (count >= 64) {
-    const int32_t part = count < kLightBlock ? count & ~63 : kLightBlock;
-    balance_64_multiple(balance, linear, encoded, src, dst, part);
-    src += 3 * part;
-    dst += 3 * part;
-    count -= part;
-  }
-  if (count > 0) {  // the rest, filled up with black
-    const size_t bytes = 3 * static_cast<size_t>(count);
-    uint8_t pixels[192] = {};
-    __builtin_memcpy(pixels, src, bytes);
-    balance_64_multiple(balance, linear, encoded, pixels, pixels, 64);
-    __builtin_memcpy(dst, pixels, bytes);
-  }
+static void balance_white_avx512(const ColourMatrix& balance, const PixelBand& band) {
+  if (band.count < 16 || !fits_words(balance)) return balance_white(balance, band);
+  const LinearPermutes linear = linear_permutes();
+  const EncodedPermutes encoded = encoded_permutes();
+  for_each_row(band, [&](const uint8_t* src, uint8_t* dst, int32_t count) {
+    while (count >= 64) {
+      const int32_t part = count < kLightBlock ? count & ~63 : kLightBlock;
+      balance_64_multiple(balance, linear, encoded, src, dst, part);
+      src += 3 * part;
+      dst += 3 * part;
+      count -= part;
+    }
+    if (count > 0) {  // the rest, filled up with black
+      const size_t bytes = 3 * static_cast<size_t>(count);
+      uint8_t pixels[192] = {};
+      __builtin_memcpy(pixels, src, bytes);
+      balance_64_multiple(balance, linear, encoded, pixels, pixels, 64);
+      __builtin_memcpy(dst, pixels, bytes);
+    }
+  });
 }

@@ -83,9 +83,7 @@ int32_t ApplyGamma_RGB24(const PixelArray& src, const PixelArray& dst, double ga
   }
 
   const RowKernels& rows = Rows();
-  map_rows_24(src, dst, [&](const uint8_t* src_row, uint8_t* dst_row, int32_t count) {
-    rows.look_up(table.get(), src_row, dst_row, 3 * count);
-  });
+  map_24(src, dst, [&](const PixelBand& band) { rows.look_up(table.get(), band); });
   return 1;
 }
 

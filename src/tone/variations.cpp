@@ -27,8 +27,8 @@ void VariationsImage(const PixelArray* src, const PixelArray* dst, int32_t red, 
   if (!tables) return;
 
   const RowKernels& rows = Rows();
-  map_rows_24(*src, *dst, [&](const uint8_t* src_row, uint8_t* dst_row, int32_t count) {
-    rows.look_up_bgr(blue_curve, green_curve, red_curve, src_row, dst_row, count);
+  map_24(*src, *dst, [&](const PixelBand& band) {
+    rows.look_up_bgr(blue_curve, green_curve, red_curve, band);
   });
 }
 

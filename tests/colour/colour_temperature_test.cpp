@@ -155,20 +155,12 @@ TEST(ColourTemperature, WorksInPlace) {
   }
 }
 
-TEST(ColourTemperature, WithoutMemoryNothingIsTouchedAndNothingIsKept) {
+TEST(ColourTemperature, NeedsNoMemory) {
   Image image = Bgr({{{100, 150, 200}}});
-  const Image before(image);
-  for (int64_t n = 1; n <= 3; ++n) {
-    const AllocationWatch watch(n);
-    EXPECT_EQ(roxeColorTemperature(image, image, 30, 0), kRoxeOK);
-    EXPECT_EQ(watch.live_blocks(), 0);
-    EXPECT_EQ(image, before);
-  }
   const AllocationWatch watch;
   EXPECT_EQ(roxeColorTemperature(image, image, 30, 0), kRoxeOK);
-  EXPECT_EQ(watch.allocations(), 3);
-  EXPECT_EQ(watch.peak_bytes(), 1024u + 4097u + 1024u);
-  EXPECT_EQ(watch.live_blocks(), 0);
+  EXPECT_EQ(watch.allocations(), 0);
+  EXPECT_EQ(image, Bgr({{{88, 142, 227}}}));
 }
 
 }  // namespace

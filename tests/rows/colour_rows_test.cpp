@@ -11,7 +11,6 @@
 
 #include "colour/colour_distance.h"
 #include "colour/colour_temperature.h"
-#include "colour/linear_light.h"
 #include "colour/replace_colour.h"
 #include "support/rows.h"
 
@@ -33,13 +32,13 @@ Setting Mask(const ColourSelection& selection) {
   const auto level = std::make_shared<Guarded<uint8_t>>(256);
   for (size_t i = 0; i < 256; ++i) (*level)[i] = static_cast<uint8_t>((weight[i] * 255) >> 16);
   return {"mask", [=](const RowKernels& rows, const uint8_t* src, uint8_t* dst, int32_t count) {
-            rows.draw_selection(selection, level->data(), src, dst, count);
+            rows.draw_selection(selection, level->data(), {src, 0, dst, 0, 1, count});
           }};
 }
 
 Setting Accent(const ColourSelection& selection) {
   return {"accent", [=](const RowKernels& rows, const uint8_t* src, uint8_t* dst, int32_t count) {
-            rows.accent_colour(selection, src, dst, count);
+            rows.accent_colour(selection, {src, 0, dst, 0, 1, count});
           }};
 }
 
@@ -49,21 +48,14 @@ Setting Replacement(const ColourSelection& selection, int32_t hue, int32_t satur
   roxe::create_blur_table(shift.weight, 256, selection.limit);
   return {"replacement",
           [=](const RowKernels& rows, const uint8_t* src, uint8_t* dst, int32_t count) {
-            rows.replace_colour(selection, shift, src, dst, count);
+            rows.replace_colour(selection, shift, {src, 0, dst, 0, 1, count});
           }};
 }
 
 Setting Balance(const std::vector<float>& matrix) {
-  const roxe::Block<float> forward = roxe::CreatesRGB2LinearRGBIndex();
-  const roxe::Block<uint8_t> inverse = roxe::CreateLinearRGB2sRGBIndex();
-  const auto encoded = std::make_shared<Guarded<uint8_t>>(4097);
-  const auto linear = std::make_shared<Guarded<int32_t>>(256);
-  std::copy_n(inverse.get(), 4097, encoded->of());
-  for (size_t i = 0; i < 256; ++i) (*linear)[i] = static_cast<int32_t>(forward[i] * 4096.0f);
+  const roxe::ColourMatrix fixed = roxe::fixed_point(matrix.data());
   return {"balance", [=](const RowKernels& rows, const uint8_t* src, uint8_t* dst, int32_t count) {
-            const roxe::WhiteBalance balance =
-                roxe::make_white_balance(matrix.data(), linear->of(), encoded->of());
-            rows.balance_white(balance, src, dst, count);
+            rows.balance_white(fixed, {src, 0, dst, 0, 1, count});
           }};
 }
 

@@ -66,9 +66,9 @@ TEST(ReplaceColour, FadesWithTheDistance) {
 TEST(ReplaceColour, ToleranceNoneChangesOnlyTheNearest) {
   const Pixel reference = {90, 200, 10}, other = {90, 200, 60};
   EXPECT_EQ(Mask({reference, other}, reference, 0), Bgr({{{255, 255, 255}, {0, 0, 0}}}));
-  const Image replaced = Replaced({reference, other}, reference, 0, 90, 0, 0);
-  EXPECT_NE(replaced.pixel(0, 0)[0], 90);
-  EXPECT_EQ(replaced.pixel(1, 0)[2], 60);
+  // hsv (146, 242, 200) turned to 236: the sector before blue, 14 / 15 through it; the chroma is
+  // 200 * 242 / 255 = 189.8, so red is 10.2 and green 200 - 189.8 * 14 / 15 = 22.9.
+  EXPECT_EQ(Replaced({reference, other}, reference, 0, 90, 0, 0), Bgr({{{200, 22, 10}, other}}));
 }
 
 TEST(ReplaceColour, WithoutShiftsTheReferenceTakesTheWayThroughHsv) {

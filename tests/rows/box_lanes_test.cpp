@@ -109,7 +109,8 @@ void CompareBoxRows(void (*box_row)(const BoxRow<Sum>&, const uint8_t*, const ui
     for (uint32_t& multiplier : multipliers[i]) multiplier = random() % 100;
   const Guarded<uint32_t[kLanes]> starts(planes), expected_starts(planes);
   for (size_t i = 0; i < planes * kLanes; ++i)
-    starts[0][i] = expected_starts[0][i] = (1u << 23) + random() % (1u << 23);
+    starts[i / kLanes][i % kLanes] = expected_starts[i / kLanes][i % kLanes] =
+        (1u << 23) + random() % (1u << 23);
 
   box.sums_size = static_cast<ptrdiff_t>(plane);
   box.multipliers = multipliers.of();

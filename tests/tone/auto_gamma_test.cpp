@@ -213,9 +213,9 @@ TEST(GammaEstimate, ExtremesWinAtTheEnds) {
 
 TEST(GammaEstimate, OneLevelWinsWhereItsSlopeIsLargest) {
   // The slope g x^(g - 1) is largest at g = -1 / ln x: 0.697 for 61 / 256, 0.998 for 94 / 256.
-  EXPECT_NEAR(GammaOfOneLevel(60), 0.70, 0.00001);
-  EXPECT_NEAR(GammaOfOneLevel(93), 1.00, 0.00001);
-  EXPECT_NE(GammaOfOneLevel(93), 1.0);  // the steps miss 1 by their rounding
+  // The steps of 0.01 miss both by their rounding.
+  EXPECT_EQ(GammaOfOneLevel(60), 0x1.666664p-1);  // 0.70 less 7e-8, after 5 steps
+  EXPECT_EQ(GammaOfOneLevel(93), 0x1.fffff4p-1);  // 1.00 less 4e-7, after 35
 }
 
 TEST(GammaEstimate, HistogramWeighsTheSlopes) {

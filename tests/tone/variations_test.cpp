@@ -125,8 +125,12 @@ TEST(Variations, MoreThanSixtyUnitsAreSixty) {
   EXPECT_EQ(curve(100), curve(60));
   EXPECT_EQ(curve(-61), curve(-60));
   EXPECT_EQ(curve(INT64_C(1) << 40), curve(60));
-  EXPECT_NE(curve(-59), curve(-60));
-  EXPECT_NE(curve(-60), curve(60));
+  // 60 are thirty times row 1 of the table, 59 are 29 times row 1 and then row 0. Darker, row 1
+  // takes 1 from 255 twenty-five times and then 2 from 230: 220; after 29 times it is 222, of which
+  // row 0 makes 221. Lighter, it adds 1 to 16 sixteen times and 2 to 32 fourteen times: 60.
+  EXPECT_EQ(curve(-60)[255], 220);
+  EXPECT_EQ(curve(-59)[255], 221);
+  EXPECT_EQ(curve(60)[16], 60);
 }
 
 TEST(Variations, SixtyUnitsAreTheFourStrongestRows) {

@@ -18,8 +18,10 @@ static inline int32_t wrap_sub(int32_t a, int32_t b) {
 static inline int32_t wrap_mul(int32_t a, int32_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
 }
-// The magnitude of INT32_MIN is itself.
-static inline int32_t wrap_abs(int32_t a) { return a < 0 ? wrap_sub(0, a) : a; }
+// 2^31 for INT32_MIN.
+static inline uint32_t magnitude(int32_t a) {
+  return a < 0 ? 0 - static_cast<uint32_t>(a) : static_cast<uint32_t>(a);
+}
 
 // a * b + c with a single rounding.
 static inline float fused(float a, float b, float c) { return __builtin_fmaf(a, b, c); }

@@ -66,7 +66,7 @@ void SortToAntiClockwise(Quad* quad) {
 
   // A diamond: the corner that will be shown at the top left comes first.
   const float product = cosine[0] * cosine[1];
-  if (product >= 0 && wrap_abs(wrap_sub(p[0].y, p[1].y)) > wrap_abs(wrap_sub(p[0].x, p[1].x))) {
+  if (product >= 0 && magnitude(wrap_sub(p[0].y, p[1].y)) > magnitude(wrap_sub(p[0].x, p[1].x))) {
     if (cosine[0] >= 0)
       std::rotate(p, p + 3, p + 4);
     else

@@ -48,12 +48,13 @@ float xrmlGetClosestAngleWithCoorAxis(int32_t x1, int32_t y1, int32_t x2, int32_
   };
   if (dy < 0) negate_both();
   // Either quotient is rounded to single precision before the arc tangent.
-  if (wrap_abs(dy) > wrap_abs(dx)) {
+  if (magnitude(dy) > magnitude(dx)) {
     const float slope = static_cast<float>(dx) / static_cast<float>(dy);
     return XRATan(slope);
   }
   if (dx < 0) negate_both();
-  const float slope = static_cast<float>(wrap_sub(0, dy)) / static_cast<float>(dx);
+  // -dy as a float: both may still be -2^31, of which the integer is its own negation.
+  const float slope = -static_cast<float>(dy) / static_cast<float>(dx);
   return XRATan(slope);
 }
 

@@ -56,6 +56,16 @@ TEST(SortCorners, SlopeOf45DegreesDoesNotTurn) {
             (std::vector<int32_t>{10, 0, 110, 100, 100, 111, 0, 11}));
 }
 
+TEST(SortCorners, TheMagnitudeOfTheLowestDifferenceIsTheLargest) {
+  // Upright diagonals. The upper corners lie 2^31 apart along x and 1 along y: not steep.
+  constexpr int32_t kFar = 1 << 30;
+  EXPECT_EQ(Sorted({-kFar, 0, kFar, 1, -kFar, 100, kFar, 100}),
+            (std::vector<int32_t>{-kFar, 0, kFar, 1, -kFar, 100, kFar, 100}));
+  // 2^31 apart along y and 1 along x: steep, the last corner comes first.
+  EXPECT_EQ(Sorted({0, -kFar, 1, kFar, 0, 0, 1, kFar + 100}),
+            (std::vector<int32_t>{1, kFar + 100, 0, -kFar, 1, kFar, 0, 0}));
+}
+
 TEST(SortCorners, CoincidentDiagonalEndsAreNotANumberAndStay) {
   // Corners 0 and 2 coincide: corner 2 counts as upper; nothing compares as greater.
   EXPECT_EQ(Sorted({5, 5, 0, 0, 5, 5, 10, 10}), (std::vector<int32_t>{0, 0, 5, 5, 5, 5, 10, 10}));

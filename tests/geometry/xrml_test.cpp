@@ -54,10 +54,17 @@ TEST(ClosestAngle, QuotientIsRoundedBeforeTheArcTangent) {
 TEST(ClosestAngle, DifferencesWrap) {
   // INT32_MAX - INT32_MIN wraps to -1, and 0 - 10 is -10: dx = 1, dy = 10, atan(0.1)
   EXPECT_EQ(xrmlGetClosestAngleWithCoorAxis(INT32_MAX, 0, INT32_MIN, 10), 0.09966865249f);
-  // The magnitude of INT32_MIN wraps to itself, less than 1: the line counts as nearer to vertical.
-  EXPECT_EQ(xrmlGetClosestAngleWithCoorAxis(INT32_MIN, 1, 0, 0), -1.57079637f);
-  // So does its negation: dy stays INT32_MIN through all signs. atan(-2^31 / 926044741)
-  EXPECT_FLOAT_EQ(xrmlGetClosestAngleWithCoorAxis(926044742, INT32_MIN, 1, 0), -1.1636664f);
+}
+
+TEST(ClosestAngle, TheMagnitudeOfTheLowestDifferenceIsTheLargest) {
+  // Nearer to horizontal; dx stays -2^31 when both are negated: atan(1 / -2^31)
+  EXPECT_EQ(xrmlGetClosestAngleWithCoorAxis(INT32_MIN, 1, 0, 0), -0x1p-31f);
+  // Nearer to vertical; dy stays: atan(-926044736 / -2^31) = atan(0.43122318)
+  EXPECT_EQ(xrmlGetClosestAngleWithCoorAxis(926044742, INT32_MIN, 1, 0), 0x1.a0e6aap-2f);
+  // Both are the lowest, or the other is as large once rounded: atan(-1)
+  EXPECT_EQ(xrmlGetClosestAngleWithCoorAxis(INT32_MIN, INT32_MIN, 0, 0), -0.78539818525314331f);
+  EXPECT_EQ(xrmlGetClosestAngleWithCoorAxis(INT32_MIN, INT32_MAX, 0, 0), -0.78539818525314331f);
+  EXPECT_EQ(xrmlGetClosestAngleWithCoorAxis(INT32_MAX, INT32_MIN, 0, 0), 0.78539818525314331f);
 }
 
 TEST(IntersectOfLines, CrossingIsTruncated) {

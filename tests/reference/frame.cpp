@@ -61,7 +61,7 @@ int32_t plus(int32_t a, int32_t b) { return low_32_bits(static_cast<int64_t>(a) 
 int32_t minus(int32_t a, int32_t b) { return low_32_bits(static_cast<int64_t>(a) - b); }
 int32_t times(int32_t a, int32_t b) { return low_32_bits(static_cast<int64_t>(a) * b); }
 int32_t negative(int32_t a) { return minus(0, a); }
-int32_t magnitude(int32_t a) { return a < 0 ? negative(a) : a; }
+uint32_t magnitude(int32_t a) { return static_cast<uint32_t>(a < 0 ? negative(a) : a); }
 
 int32_t columns_inside(const PixelArray& image, int32_t bytes_per_pixel) {
   if (image.pixels == nullptr || image.width <= 0 || image.rowBytes <= 0) return 0;

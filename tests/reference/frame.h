@@ -39,7 +39,7 @@ int32_t plus(int32_t a, int32_t b);
 int32_t minus(int32_t a, int32_t b);
 int32_t times(int32_t a, int32_t b);
 int32_t negative(int32_t a);
-int32_t magnitude(int32_t a);  // of the lowest integer: itself
+uint32_t magnitude(int32_t a);  // of the lowest integer: 2^31
 
 // Columns of an image that lie inside its rows, 0 for an image without memory. Rows that are too
 // short for the width count as narrower.

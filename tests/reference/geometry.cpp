@@ -49,7 +49,7 @@ float xrmlGetClosestAngleWithCoorAxis(int32_t x1, int32_t y1, int32_t x2, int32_
     dx = negative(dx);
     dy = negative(dy);
   }
-  const float quotient = to_float(negative(dy)) / to_float(dx);
+  const float quotient = -to_float(dy) / to_float(dx);
   return XRATan(static_cast<double>(quotient));
 }
 

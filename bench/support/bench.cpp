@@ -9,20 +9,16 @@
 #include <random>
 #include <vector>
 
-#include "rows/processor.h"
+#include "rows/tables.h"
 
 namespace {
 
 const roxe::RowKernels* rows_in_use = &roxe::kPlainRows;
 
 std::vector<const roxe::RowKernels*> runnable_tables() {
-  std::vector<const roxe::RowKernels*> tables = {&roxe::kPlainRows};
-#if defined(__x86_64__)
-  if (roxe::processor_has_avx2()) tables.push_back(&roxe::kAvx2Rows);
-  if (roxe::processor_has_avx512()) tables.push_back(&roxe::kAvx512Rows);
-#elif defined(__aarch64__)
-  tables.push_back(&roxe::kNeonRows);
-#endif
+  std::vector<const roxe::RowKernels*> tables;
+  for (const roxe::RowTable& table : roxe::kRowTables)
+    if (table.is_runnable()) tables.push_back(table.rows);
   return tables;
 }
 

@@ -1,85 +1,48 @@
 #include <immintrin.h>
 
 #include "frame/numbers.h"
-#include "rows/lanes.h"
+#include "rows/loop_hint.h"
 #include "rows/rows.h"
 
 namespace roxe {
 namespace {
+#include "rows/rows_plain.inl"
 
+namespace narrow {
+constexpr int32_t kBytes = 32;
+#include "rows/simd/avx2.inl"
+#include "rows/rows_narrow.inl"
+}  // namespace narrow
+using narrow::from_lanes_wide;
+using narrow::intensities_wide;
+using narrow::intensity_sums_wide;
+using narrow::to_lanes_wide;
+
+constexpr int32_t kBytes = 64;
+#include "rows/simd/avx512.inl"
+#include "rows/rows_wide.inl"
+
+namespace by_hand {
 #include "rows/vectors_avx2.inl"
-#include "rows/transpose_avx2.inl"
-#include "rows/each_row.inl"
-#include "rows/byte_table.inl"
 #include "rows/byte_table_avx512.inl"
-
-// geometry
-#include "rows/projective.inl"
-#include "rows/rotation.inl"
-#include "rows/rotation_avx2.inl"
-#include "rows/projective_avx2.inl"
-#include "rows/rotation_avx512.inl"
-#include "rows/projective_avx512.inl"
-
-// blur
-#include "rows/blend_masked.inl"
-#include "rows/box_lanes.inl"
-#include "rows/box_lanes_avx2.inl"
-#include "rows/box_lanes_avx512.inl"
-#include "rows/blend_masked_avx2.inl"
-
-// colour
-#include "rows/colour_tables.inl"
-#include "rows/hsv.inl"
-#include "rows/cone_distance.inl"
-#include "rows/colour_selection.inl"
 #include "rows/planes_avx2.inl"
 #include "rows/colour_selection_avx2.inl"
 #include "rows/planes_avx512.inl"
 #include "rows/colour_selection_avx512.inl"
-#include "rows/white_balance.inl"
 #include "rows/white_balance_avx2.inl"
 #include "rows/white_balance_avx512.inl"
-
-// tone
-#include "rows/histogram.inl"
-#include "rows/shadow_highlight.inl"
-#include "rows/shadow_highlight_avx2.inl"
-#include "rows/shadow_highlight_avx512.inl"
-
+}  // namespace by_hand
 }  // namespace
 
-constexpr RowKernels kAvx512Rows = {
-    .name = "avx512",
-
-    .look_up = look_up_avx512,
-    .look_up_bgr = look_up_bgr_avx512,
-
-    // geometry
-    .rotate = rotate_avx512,
-    .resample_band = resample_band_avx512,
-
-    // blur
-    .blend_masked = blend_masked_avx2,
-    .to_lanes = to_lanes_avx2,
-    .from_lanes = from_lanes_avx2,
-    .box_row_16 = box_row_16_avx512,
-    .box_row_32 = box_row_32_avx2,
-
-    // colour
-    .draw_selection = draw_selection_avx512,
-    .replace_colour = replace_colour_avx512,
-    .accent_colour = accent_colour_avx512,
-    .balance_white = balance_white_avx512,
-
-    // tone
-    .count_green = count_green,
-    .intensities = intensities_avx2,
-    .intensity_sums = intensity_sums_avx2,
-    .slide_sums = slide_sums,
-    .tone_shifts = tone_shifts_avx512,
-    .midtone_shifts = midtone_shifts_avx2,
-    .shift_pixels = shift_pixels_avx2,
-};
+constexpr RowKernels kAvx512Rows = [] {
+  RowKernels rows = wide_rows("avx512");
+  rows.look_up = by_hand::look_up_avx512;
+  rows.look_up_bgr = by_hand::look_up_bgr_avx512;
+  rows.draw_selection = by_hand::draw_selection_avx512;
+  rows.replace_colour = by_hand::replace_colour_avx512;
+  rows.accent_colour = by_hand::accent_colour_avx512;
+  rows.balance_white = by_hand::balance_white_avx512;
+  return rows;
+}();
 
 }  // namespace roxe

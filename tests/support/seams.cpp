@@ -7,7 +7,7 @@
 #include <map>
 
 #include "frame/platform_memory.h"
-#include "rows/processor.h"
+#include "rows/tables.h"
 
 namespace {
 
@@ -23,13 +23,9 @@ Memory memory;
 }  // namespace
 
 std::vector<const roxe::RowKernels*> RunnableTables() {
-  std::vector<const roxe::RowKernels*> tables = {&roxe::kPlainRows};
-#if defined(__x86_64__)
-  if (roxe::processor_has_avx2()) tables.push_back(&roxe::kAvx2Rows);
-  if (roxe::processor_has_avx512()) tables.push_back(&roxe::kAvx512Rows);
-#elif defined(__aarch64__)
-  tables.push_back(&roxe::kNeonRows);
-#endif
+  std::vector<const roxe::RowKernels*> tables;
+  for (const roxe::RowTable& table : roxe::kRowTables)
+    if (table.is_runnable()) tables.push_back(table.rows);
   return tables;
 }
 

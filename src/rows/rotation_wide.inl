@@ -1,0 +1,135 @@
+// Replaces the plain walk of rotation.inl where pixels lie inside the source: kDwords pixels at a
+// time. Each pixel is fetched as two 8-byte loads, two neighbours and the two below; pixels that lie
+// in one row of the source are fetched together.
+
+// Elements first ... last - 1 of a row.
+struct RowRange {
+  int64_t first, last;
+};
+
+// Narrows range to the elements i with low <= start + i * step < high.
+static RowRange narrowed(RowRange range, int64_t start, int64_t step, int64_t low, int64_t high) {
+  if (range.first >= range.last) return range;
+  const auto is_inside = [&](int64_t i) {
+    const int64_t value = start + i * step;
+    return low <= value && value < high;
+  };
+  if (is_inside(range.first) && is_inside(range.last - 1)) return range;
+  if (step == 0) return {0, 0};
+  if (step < 0) return narrowed(range, -start, -step, 1 - high, 1 - low);
+  const auto steps_up = [&](int64_t distance) {  // rounded up
+    return distance > 0 ? (distance - 1) / step + 1 : distance / step;
+  };
+  const int64_t first = steps_up(low - start), last = steps_up(high - start);
+  return {first > range.first ? first : range.first, last < range.last ? last : range.last};
+}
+
+// The elements of a walk that lie strictly between the first and the last column and row.
+static RowRange inside_of_source(const RotationWalk& walk, int32_t count) {
+  const auto narrow = [](RowRange range, FixedCoordinate at, int64_t step, int64_t size) {
+    return narrowed(range, at.whole * int64_t{65536} + at.fraction, step, 65536,
+                    (size - 1) * 65536);
+  };
+  RowRange range = {0, count};
+  range = narrow(range, walk.x, walk.step_x, walk.src_columns);
+  return narrow(range, walk.y, walk.step_y, walk.src_rows);
+}
+
+constexpr int32_t kRotationStretch = 512;  // pixels whose offsets are computed before sampling
+
+// Above 8 degrees pixels that make a vector seldom lie in one row of the source. Steps to the right
+// are nearly whole pixels: the last pixel of a vector is then as many pixels from the first only
+// where all lie in one row, however short rows are.
+static bool is_nearly_level(const RotationWalk& walk) {
+  return walk.step_x > 60000 && walk.step_y < 9216 && walk.step_y > -9216;
+}
+
+// Pixels anywhere. Each is loaded from two bytes before it, which lie in the same row since column
+// 0 is never sampled; the two bytes after its neighbour need not.
+static inline Corners corners_apart(const uint8_t* src, ptrdiff_t stride, const int32_t* offsets) {
+  const uint8_t* upper = src - 2;
+  const uint8_t* lower = upper + stride;
+  Corners corners;
+  for (int k = 0; k < 4; ++k)
+    corners.pixel[k] = shuffle(two_rows(upper, lower, offsets + k), corner_order());
+  return corners;
+}
+
+// What sampling needs of each pixel of a stretch.
+struct StretchPositions {
+  alignas(64) int32_t offsets[kRotationStretch];  // in bytes from the first pixel
+  alignas(64) uint32_t down[kRotationStretch], across[kRotationStretch];  // CornerWeights
+};
+
+// Positions are relative to the first pixel, so that they fit 32 bits. Fills whole vectors, and
+// eight offsets where there is one.
+static inline void fill_positions(const RotationWalk& walk, int32_t count, StretchPositions& at) {
+  const auto first = [](int32_t fraction, int32_t step) {
+    return numbers() * static_cast<uint32_t>(step) + static_cast<uint32_t>(fraction);
+  };
+  const uint32_t step_x = static_cast<uint32_t>(kDwords * walk.step_x);
+  const uint32_t step_y = static_cast<uint32_t>(kDwords * walk.step_y);
+  const uint32_t stride = static_cast<uint32_t>(walk.src_stride);
+  Dwords x = first(walk.x.fraction, walk.step_x), y = first(walk.y.fraction, walk.step_y);
+  for (int32_t i = 0; i < ((count + 7) & -8); i += kDwords) {
+    const Dwords column = (Dwords)((SignedDwords)x >> 16), row = (Dwords)((SignedDwords)y >> 16);
+    store(at.offsets + i, row * stride + (column + column + column));
+    const CornerWeights weights = weights_of(x, y);
+    store(at.down + i, weights.down);
+    store(at.across + i, weights.across);
+    x += step_x;
+    y += step_y;
+  }
+}
+
+// Samples count pixels, at most kRotationStretch and all inside the source.
+static void rotate_stretch(const RotationWalk& walk, uint8_t* dst, int32_t count) {
+  if (count < kDwords) {
+    rotate(walk, dst, count);
+    return;
+  }
+  const uint8_t* src = walk.src + walk.y.whole * walk.src_stride + 3 * ptrdiff_t{walk.x.whole};
+  const ptrdiff_t stride = walk.src_stride, ahead = walk.ahead, dst_ahead = walk.dst_ahead;
+  const int32_t ahead_lane = walk.ahead_lane;
+  const bool nearly_level = is_nearly_level(walk);
+  // All positions first: sampling at once would wait for the offsets to be stored and loaded.
+  StretchPositions at;
+  fill_positions(walk, count, at);
+  const auto sample = [&](int32_t i) __attribute__((always_inline)) {
+    const int32_t* offsets = at.offsets + i;
+    for (int32_t k = 0; k < kDwords; k += 8) {
+      if (kDwords < 8 && i % 8 != 0) break;  // once for eight pixels
+      __builtin_prefetch(src + ahead + offsets[k + ahead_lane]);
+      __builtin_prefetch(dst + 3 * (i + k) + dst_ahead);
+    }
+    const bool side_by_side =
+        nearly_level && offsets[kDwords - 1] - offsets[0] == 3 * (kDwords - 1);
+    const Corners corners = side_by_side ? corners_side_by_side(src + offsets[0], stride)
+                                         : corners_apart(src, stride, offsets);
+    const CornerWeights weights = {load<Dwords>(at.down + i), load<Dwords>(at.across + i)};
+    return bytes_of_mixes(
+        mix_corners<0>(corners.pixel[0], weights), mix_corners<1>(corners.pixel[1], weights),
+        mix_corners<2>(corners.pixel[2], weights), mix_corners<3>(corners.pixel[3], weights));
+  };
+  int32_t i = 0;
+  for (; i + 2 * kDwords <= count; i += kDwords) store_mixes_and_4_bytes(dst + 3 * i, sample(i));
+  store_mixes(dst + 3 * i, sample(i));
+  // The last ones, again with those before that they share.
+  if (i + kDwords != count) store_mixes(dst + 3 * (count - kDwords), sample(count - kDwords));
+}
+
+// Cuts what lies inside the source into stretches. Rows so long that the bytes of a stretch of them
+// exceed 32 bits are left to the plain row.
+static void rotate_wide(const RotationWalk& walk, uint8_t* dst, int32_t count) {
+  constexpr ptrdiff_t kLongestRow = 1 << 21;
+  const RowRange inside = inside_of_source(walk, count);
+  for (int64_t i = inside.first; i < inside.last; i += kRotationStretch) {
+    const int64_t left = inside.last - i;
+    RotationWalk stretch = walk;
+    stretch.x = advanced(walk.x, walk.step_x, static_cast<int32_t>(i));
+    stretch.y = advanced(walk.y, walk.step_y, static_cast<int32_t>(i));
+    (walk.src_stride <= kLongestRow ? rotate_stretch : rotate)(
+        stretch, dst + 3 * i,
+        static_cast<int32_t>(left < kRotationStretch ? left : kRotationStretch));
+  }
+}

@@ -1,0 +1,18 @@
+#include <wasm_simd128.h>
+
+#include "frame/numbers.h"
+#include "rows/loop_hint.h"
+#include "rows/rows.h"
+
+namespace roxe {
+namespace {
+constexpr int32_t kBytes = 16;
+#include "rows/rows_plain.inl"
+#include "rows/simd/wasm.inl"
+#include "rows/rows_narrow.inl"
+#include "rows/rows_wide.inl"
+}  // namespace
+
+constexpr RowKernels kWasmRows = wide_rows("wasm");
+
+}  // namespace roxe

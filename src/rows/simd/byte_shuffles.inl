@@ -1,0 +1,17 @@
+// Byte tables as shuffles of sixteen entries: what is beyond a part gives 0.
+struct ShortTable {
+  Bytes part[16];
+  int32_t parts;
+};
+static inline ShortTable short_table(const uint8_t* table, int32_t entries) {
+  ShortTable t;
+  t.parts = (entries + 15) / 16;
+  for (int32_t i = 0; i < t.parts; ++i) t.part[i] = in_all_blocks(table + 16 * i);
+  return t;
+}
+static inline Bytes look_up(const ShortTable& table, Bytes index) {
+  Bytes result = {};
+  for (int32_t i = 0; i < table.parts; ++i, index -= all_bytes(16))
+    result |= shuffle_or_zero(table.part[i], index);
+  return result;
+}

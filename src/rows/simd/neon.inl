@@ -1,0 +1,198 @@
+// NEON of AArch64: one block.
+#include "rows/simd/types.inl"
+#include "rows/simd/vector_masks.inl"
+
+// Vectors as the intrinsics name them.
+using U8 = uint8x16_t;
+using U16 = uint16x8_t;
+using S16 = int16x8_t;
+using U32 = uint32x4_t;
+using S32 = int32x4_t;
+using U64 = uint64x2_t;
+using F32 = float32x4_t;
+using F64 = float64x2_t;
+
+static Bytes interleave_low(Bytes a, Bytes b) { return (Bytes)vzip1q_u8((U8)a, (U8)b); }
+static Bytes interleave_high(Bytes a, Bytes b) { return (Bytes)vzip2q_u8((U8)a, (U8)b); }
+static Words interleave_low(Words a, Words b) { return (Words)vzip1q_u16((U16)a, (U16)b); }
+static Words interleave_high(Words a, Words b) { return (Words)vzip2q_u16((U16)a, (U16)b); }
+static Dwords interleave_low(Dwords a, Dwords b) { return (Dwords)vzip1q_u32((U32)a, (U32)b); }
+static Dwords interleave_high(Dwords a, Dwords b) { return (Dwords)vzip2q_u32((U32)a, (U32)b); }
+static Dwords low_qwords(Dwords a, Dwords b) { return (Dwords)vzip1q_u64((U64)a, (U64)b); }
+static Dwords high_qwords(Dwords a, Dwords b) { return (Dwords)vzip2q_u64((U64)a, (U64)b); }
+static Words low_differences(Bytes a, Bytes b) {
+  return (Words)vsubl_u8(vget_low_u8((U8)a), vget_low_u8((U8)b));
+}
+static Words high_differences(Bytes a, Bytes b) { return (Words)vsubl_high_u8((U8)a, (U8)b); }
+static Bytes pack(Words a, Words b) { return (Bytes)vqmovun_high_s16(vqmovun_s16((S16)a), (S16)b); }
+static Words pack(SignedDwords a, SignedDwords b) {
+  return (Words)vqmovun_high_s32(vqmovun_s32((S32)a), (S32)b);
+}
+static Words pack_signed(SignedDwords a, SignedDwords b) {
+  return (Words)vqmovn_high_s32(vqmovn_s32((S32)a), (S32)b);
+}
+static Bytes shuffle(Bytes table, Bytes index) { return (Bytes)vqtbl1q_u8((U8)table, (U8)index); }
+static Bytes shuffle_or_zero(Bytes a, Bytes index) { return shuffle(a, index); }
+
+static Bytes min(Bytes a, Bytes b) { return (Bytes)vminq_u8((U8)a, (U8)b); }
+static Bytes max(Bytes a, Bytes b) { return (Bytes)vmaxq_u8((U8)a, (U8)b); }
+static Bytes add_saturating(Bytes a, Bytes b) { return (Bytes)vqaddq_u8((U8)a, (U8)b); }
+static Bytes subtract_saturating(Bytes a, Bytes b) { return (Bytes)vqsubq_u8((U8)a, (U8)b); }
+static Words min(Words a, Words b) { return (Words)vminq_u16((U16)a, (U16)b); }
+static Words max(Words a, Words b) { return (Words)vmaxq_u16((U16)a, (U16)b); }
+static SignedWords min(SignedWords a, SignedWords b) {
+  return (SignedWords)vminq_s16((S16)a, (S16)b);
+}
+static SignedWords max(SignedWords a, SignedWords b) {
+  return (SignedWords)vmaxq_s16((S16)a, (S16)b);
+}
+static SignedWords add_saturating(SignedWords a, SignedWords b) {
+  return (SignedWords)vqaddq_s16((S16)a, (S16)b);
+}
+static SignedWords magnitude(SignedWords a) { return (SignedWords)vabsq_s16((S16)a); }
+static Words mul_high(Words a, Words b) {
+  const U32 low = vmull_u16(vget_low_u16((U16)a), vget_low_u16((U16)b));
+  const U32 high = vmull_high_u16((U16)a, (U16)b);
+  return (Words)vuzp2q_u16(vreinterpretq_u16_u32(low), vreinterpretq_u16_u32(high));
+}
+static SignedWords mul_high(SignedWords a, SignedWords b) {
+  const S32 low = vmull_s16(vget_low_s16((S16)a), vget_low_s16((S16)b)),
+            high = vmull_high_s16((S16)a, (S16)b);
+  return (SignedWords)vuzp2q_s16(vreinterpretq_s16_s32(low), vreinterpretq_s16_s32(high));
+}
+static Dwords pair_sums(Words a, Words b) {
+  const S32 low = vmull_s16(vget_low_s16((S16)a), vget_low_s16((S16)b)),
+            high = vmull_high_s16((S16)a, (S16)b);
+  return (Dwords)vpaddq_s32(low, high);
+}
+static Dwords max(Dwords a, Dwords b) { return (Dwords)vmaxq_u32((U32)a, (U32)b); }
+static bool any_above(Dwords a, Dwords b) { return vmaxvq_u32(vcgtq_u32((U32)a, (U32)b)) != 0; }
+static Floats min(Floats a, Floats b) { return (Floats)vminq_f32((F32)a, (F32)b); }
+static Floats max(Floats a, Floats b) { return (Floats)vmaxq_f32((F32)a, (F32)b); }
+static Floats floor(Floats a) { return (Floats)vrndmq_f32((F32)a); }
+
+static ByteMask equal(Bytes a, Bytes b) { return (ByteMask)vceqq_u8((U8)a, (U8)b); }
+static ByteMask at_most(Bytes a, Bytes b) { return (ByteMask)vcleq_u8((U8)a, (U8)b); }
+static WordMask equal(Words a, Words b) { return (WordMask)vceqq_u16((U16)a, (U16)b); }
+static WordMask at_most(Words a, Words b) { return (WordMask)vcleq_u16((U16)a, (U16)b); }
+static WordMask greater(SignedWords a, SignedWords b) {
+  return (WordMask)vcgtq_s16((S16)a, (S16)b);
+}
+static FloatMask equal(Floats a, Floats b) { return (FloatMask)vceqq_f32((F32)a, (F32)b); }
+static FloatMask greater(Floats a, Floats b) { return (FloatMask)vcgtq_f32((F32)a, (F32)b); }
+static FloatMask not_at_most(Floats a, Floats b) { return ~(FloatMask)vcleq_f32((F32)a, (F32)b); }
+static bool all(ByteMask m) { return vminvq_u8((U8)m) == 255; }
+static bool any(FloatMask m) { return vmaxvq_u32((U32)m) != 0; }
+static Bytes select(ByteMask where, Bytes a, Bytes b) {
+  return (Bytes)vbslq_u8((U8)where, (U8)a, (U8)b);
+}
+static Words select(WordMask where, Words a, Words b) {
+  return (Words)vbslq_u16((U16)where, (U16)a, (U16)b);
+}
+
+static Floats to_floats(SignedDwords a) { return (Floats)vcvtq_f32_s32((S32)a); }
+static Floats to_floats(Doubles first, Doubles last) {
+  return (Floats)vcvt_high_f32_f64(vcvt_f32_f64((F64)first), (F64)last);
+}
+static Doubles first_doubles(Floats v) { return (Doubles)vcvt_f64_f32(vget_low_f32((F32)v)); }
+static Doubles last_doubles(Floats v) { return (Doubles)vcvt_high_f64_f32((F32)v); }
+static SignedDwords truncate(Floats a) { return (SignedDwords)vcvtq_s32_f32((F32)a); }
+static SignedDwords truncate_small(Floats a) { return truncate(a); }
+static SignedDwords rounded(Floats a) { return (SignedDwords)vcvtnq_s32_f32((F32)a); }
+static SignedDwords widen_first(SignedWords v) {
+  return (SignedDwords)vmovl_s16(vget_low_s16((S16)v));
+}
+static SignedDwords widen_last(SignedWords v) { return (SignedDwords)vmovl_high_s16((S16)v); }
+
+static Bytes load_2_pairs(const uint8_t* a, const uint8_t* b) {
+  return (Bytes)vcombine_u8(vld1_u8(a), vld1_u8(b));
+}
+#include "rows/simd/one_block.inl"
+#include "rows/simd/loaded_floats.inl"
+
+// 256 entries in sixteen vectors, four to a look-up; an index beyond the four leaves what it finds.
+struct ByteTable {
+  uint8x16x4_t part[4];
+};
+static inline ByteTable byte_table(const uint8_t* table) {
+  return {{vld1q_u8_x4(table), vld1q_u8_x4(table + 64), vld1q_u8_x4(table + 128),
+           vld1q_u8_x4(table + 192)}};
+}
+static inline Bytes look_up(const ByteTable& t, Bytes index) {
+  U8 i = (U8)index, found = vqtbl4q_u8(t.part[0], i);
+  for (int k = 1; k < 4; ++k) {
+    i = vsubq_u8(i, vdupq_n_u8(64));
+    found = vqtbx4q_u8(found, t.part[k], i);
+  }
+  return (Bytes)found;
+}
+using ShortTable = ByteTable;
+static inline ShortTable short_table(const uint8_t* table, int32_t) { return byte_table(table); }
+
+static inline Planes load_planes(const uint8_t* bgr) {
+  const uint8x16x3_t v = vld3q_u8(bgr);
+  return {(Bytes)v.val[0], (Bytes)v.val[1], (Bytes)v.val[2]};
+}
+static inline void store_planes(uint8_t* bgr, const Planes& planes) {
+  vst3q_u8(bgr, {{(U8)planes.blue, (U8)planes.green, (U8)planes.red}});
+}
+
+// Corners are the pixel and its right neighbour in the upper row, then in the lower one.
+static Bytes corner_order() {
+  return Bytes{2, 3, 4, 255, 5, 6, 7, 255, 10, 11, 12, 255, 13, 14, 15, 255};
+}
+// Down, the position in 16.16, of which the weight is the second byte; across, words 256 - weight,
+// weight.
+static CornerWeights weights_of(Dwords x, Dwords y) {
+  const Dwords weight = x >> 8 & 255;
+  return {y, (weight << 16) + (256 - weight)};
+}
+// Dwords whose upper words are the bytes.
+template <int k>
+static inline Dwords mix_corners(Bytes corners, const CornerWeights& weights) {
+  const U8 v = (U8)corners, down = vdupq_laneq_u8((U8)weights.down, 4 * k + 1);
+  const U16 across = (U16)weights.across;
+  U16 column = vmlsl_u8(vshll_n_u8(vget_low_u8(v), 8), vget_low_u8(v), vget_low_u8(down));
+  column = vmlal_high_u8(column, v, down);
+  return (Dwords)vmlal_high_laneq_u16(vmull_laneq_u16(vget_low_u16(column), across, 2 * k), column,
+                                      across, 2 * k + 1);
+}
+static inline Bytes bytes_of_mixes(Dwords p0, Dwords p1, Dwords p2, Dwords p3) {
+  const U16 low = vuzp2q_u16((U16)p0, (U16)p1), high = vuzp2q_u16((U16)p2, (U16)p3);
+  return (Bytes)vuzp1q_u8((U8)low, (U8)high);
+}
+static constexpr uint8_t kPixelOrder[16] = {0,  1,  2,  4,  5,   6,   8,   9,
+                                            10, 12, 13, 14, 128, 128, 128, 128};
+static inline Corners corners_side_by_side(const uint8_t* upper, ptrdiff_t stride) {
+  const uint8_t* lower = upper + stride;
+  const uint8x16x2_t rows = {vld1q_u8(upper - 1), vld1q_u8(lower - 1)};
+  const Bytes order = {1, 2, 3, 128, 4, 5, 6, 128, 17, 18, 19, 128, 20, 21, 22, 128};
+  Corners corners;
+  for (int k = 0; k < 4; ++k)
+    corners.pixel[k] = (Bytes)vqtbl2q_u8(rows, (U8)(order + static_cast<uint8_t>(3 * k)));
+  return corners;
+}
+static inline PixelPairs bytes_of_pairs(Bytes a, Bytes b) {
+  // Bytes . . blue green, and red and the neighbour's blue green red. No look-up in two vectors at
+  // once: g++ copies both for each.
+  const Bytes low = (Bytes)vuzp1q_u32((U32)a, (U32)b), high = (Bytes)vuzp2q_u32((U32)a, (U32)b);
+  const auto byte = [](Bytes v, uint8_t k) {
+    const Bytes order = {0, 128, 128, 128, 4, 128, 128, 128, 8, 128, 128, 128, 12, 128, 128, 128};
+    return (Dwords)shuffle(v, order + k);
+  };
+  return {byte(low, 2),  (Dwords)low >> 24, byte(high, 0),
+          byte(high, 1), byte(high, 2),     (Dwords)high >> 24};
+}
+static Floats fused(Floats a, Floats b, Floats c) {
+  return (Floats)vfmaq_f32((F32)c, (F32)a, (F32)b);
+}
+#include "rows/simd/mixes_fused.inl"
+#include "rows/simd/block_stores.inl"
+
+template <class Order>
+static inline Bytes top_bytes(Dwords a, Dwords b, Dwords c, Dwords d, Order) {
+  const U16 low = vuzp2q_u16((U16)a, (U16)b), high = vuzp2q_u16((U16)c, (U16)d);
+  return (Bytes)vuzp2q_u8(vreinterpretq_u8_u16(low), vreinterpretq_u8_u16(high));
+}
+#include "rows/simd/lane_columns.inl"
+#include "rows/simd/vocabulary.inl"

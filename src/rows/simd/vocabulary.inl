@@ -1,0 +1,161 @@
+// What every set gives, said once; included after the functions of a set, so that compilers hold them
+// to it. ByteMask, WordMask and FloatMask are its masks: one truth value a lane, with & | ^ and
+// without(). Some functions are shared between sets in the other files of this folder.
+
+// ---- within blocks
+// The bytes (words, dwords) of the first, or of the last, half of each block of a and b by turns.
+static Bytes interleave_low(Bytes a, Bytes b);
+static Bytes interleave_high(Bytes a, Bytes b);
+static Words interleave_low(Words a, Words b);
+static Words interleave_high(Words a, Words b);
+static Dwords interleave_low(Dwords a, Dwords b);
+static Dwords interleave_high(Dwords a, Dwords b);
+// The first, or the last, eight bytes of each block of a, then those of b.
+static Dwords low_qwords(Dwords a, Dwords b);
+static Dwords high_qwords(Dwords a, Dwords b);
+// a - b of the bytes that interleaving takes from the low, or the high, halves; in signed words.
+static Words low_differences(Bytes a, Bytes b);
+static Words high_differences(Bytes a, Bytes b);
+// Half as wide, saturating: signed words to 0 ... 255, signed dwords to 0 ... 65535 or to
+// -32768 ... 32767. The lanes of a fill the first half of each block, those of b the last.
+static Bytes pack(Words a, Words b);
+static Words pack(SignedDwords a, SignedDwords b);
+static Words pack_signed(SignedDwords a, SignedDwords b);
+// The bytes of each block of table at an index of 0 ... 15, and 0 for one of 128 ... 143.
+static Bytes shuffle(Bytes table, Bytes index);
+// The same with 0 for every index from 16 on.
+static Bytes shuffle_or_zero(Bytes table, Bytes index);
+// Sixteen bytes in every block.
+static Bytes in_all_blocks(const uint8_t* p);
+// Block b.
+template <int b>
+static Block block(Bytes v);
+// Block j from, or to, p + j * step.
+static Bytes load_blocks(const uint8_t* p, ptrdiff_t step);
+static void store_blocks(uint8_t* p, ptrdiff_t step, Bytes v);
+
+// ---- arithmetic
+static Bytes min(Bytes a, Bytes b);
+static Bytes max(Bytes a, Bytes b);
+static Bytes add_saturating(Bytes a, Bytes b);
+static Bytes subtract_saturating(Bytes a, Bytes b);
+static Words min(Words a, Words b);
+static Words max(Words a, Words b);
+static SignedWords min(SignedWords a, SignedWords b);
+static SignedWords max(SignedWords a, SignedWords b);
+static SignedWords add_saturating(SignedWords a, SignedWords b);
+static SignedWords magnitude(SignedWords a);  // -32768 stays
+// The upper words of the products.
+static Words mul_high(Words a, Words b);
+static SignedWords mul_high(SignedWords a, SignedWords b);
+// a[2 i] * b[2 i] + a[2 i + 1] * b[2 i + 1] of signed words.
+static Dwords pair_sums(Words a, Words b);
+static Dwords max(Dwords a, Dwords b);
+static bool any_above(Dwords a, Dwords b);
+// Where one is not a number, or zeros differ in sign, sets differ.
+static Floats min(Floats a, Floats b);
+static Floats max(Floats a, Floats b);
+static Floats floor(Floats a);
+
+// ---- comparisons and choices
+static ByteMask equal(Bytes a, Bytes b);
+static ByteMask at_most(Bytes a, Bytes b);
+static WordMask equal(Words a, Words b);
+static WordMask at_most(Words a, Words b);
+static WordMask greater(SignedWords a, SignedWords b);
+static FloatMask equal(Floats a, Floats b);
+static FloatMask greater(Floats a, Floats b);
+static FloatMask not_at_most(Floats a, Floats b);  // also where one is not a number
+static bool all(ByteMask m);
+static bool any(FloatMask m);
+static ByteMask mask_of(Bytes all_ones_or_zero);
+// a where the mask says so, else b; a there, else 0.
+static Bytes select(ByteMask where, Bytes a, Bytes b);
+static Words select(WordMask where, Words a, Words b);
+static Words only(WordMask where, Words a);
+
+// ---- conversions; first and last are the halves of a vector, not of its blocks
+static Floats to_floats(SignedDwords a);
+static Floats to_floats(Doubles first, Doubles last);
+static Doubles first_doubles(Floats v);
+static Doubles last_doubles(Floats v);
+// Toward zero. What does not fit gives 0 or one of the ends.
+static SignedDwords truncate(Floats a);
+static SignedDwords truncate_small(Floats a);  // of 0 ... 8388607
+// To the nearest, of two to the even one; of -4194304 ... 4194303.
+static SignedDwords rounded(Floats a);
+static SignedDwords widen_first(SignedWords v);
+static SignedDwords widen_last(SignedWords v);
+// Four vectors of dwords, packed to words and those to bytes: the bytes in the order of the dwords.
+static Bytes in_order(Bytes packed);
+
+// ---- tables
+// Each byte three times: of kBytes bytes the bytes of as many pixels.
+static Threefold threefold(Bytes pixels);
+// ByteTable: 256 entries. ShortTable: the first entries of a table; 0 beyond, where the table must
+// hold 0 as well.
+static ByteTable byte_table(const uint8_t* table);
+static Bytes look_up(const ByteTable& table, Bytes index);
+static ShortTable short_table(const uint8_t* table, int32_t entries);
+static Bytes look_up(const ShortTable& table, Bytes index);
+// FloatTable: 256 or 512 floats, of which those from 256 on are equal. Indices of 4 * kDwords
+// look-ups are kept first: vector(k) gives those of the lanes from k on. What is found has a function
+// at(k), the lanes from k on.
+static FloatTable float_table(const float* table, int32_t entries);
+template <class F>
+static void keep(Indices& indices, const F& vector);
+static FoundFloats look_up(const FloatTable& table, const Indices& indices);
+// table[index[8 j + i]] in dword i of block j: of the words that interleaving takes from the low
+// halves, or with index + 4 from the high ones.
+static Dwords entries_of_words(const uint32_t* table, const uint16_t* index);
+
+// ---- pixels of three bytes
+static Planes load_planes(const uint8_t* bgr);
+static void store_planes(uint8_t* bgr, const Planes& planes);
+static PixelFloats load_pixels(const uint8_t* bgr);
+static void store_pixels(uint8_t* bgr, SignedDwords blue, SignedDwords green, SignedDwords red);
+// kDwords vectors as rows of a matrix.
+static void transpose(Floats* v);
+
+// ---- sampling between pixels
+// The two bytes before a pixel, the pixel and its right neighbour, eight bytes at upper + offset and
+// eight at lower + offset, for offsets[0], offsets[4], ...: a block each.
+static Bytes two_rows(const uint8_t* upper, const uint8_t* lower, const int32_t* offsets);
+// The shuffle that makes Corners of them.
+static Bytes corner_order();
+// The corners of pixels side by side, the first at upper.
+static Corners corners_side_by_side(const uint8_t* upper, ptrdiff_t stride);
+// Weights are the second bytes of positions in 16.16.
+static CornerWeights weights_of(Dwords x, Dwords y);
+// Mixes pixel k of each block; of four such vectors bytes_of_mixes makes bytes, and these two write
+// them as pixels. The second may write the next four bytes, too.
+template <int k>
+static Dwords mix_corners(Bytes corners, const CornerWeights& weights);
+static Bytes bytes_of_mixes(Dwords p0, Dwords p1, Dwords p2, Dwords p3);
+static void store_mixes(uint8_t* dst, Bytes mixes);
+static void store_mixes_and_4_bytes(uint8_t* dst, Bytes mixes);
+// Eight bytes at p + offset, for one half of kDwords offsets; both halves give the bytes of pairs
+// that begin at the third of them.
+static Bytes half_of_pairs(const uint8_t* p, const int32_t* offsets, int32_t half);
+static PixelPairs bytes_of_pairs(Bytes first_half, Bytes last_half);
+// a + t * (b - a) with one rounding, of bytes and of two such results. Where t is a fraction of a
+// position of at least 1. The first may be multiplied by a power of two, the second is cut to a byte.
+static Floats mix_bytes(Dwords a, Dwords b, Floats t);
+static Dwords mix_to_bytes(Floats a, Floats b, Floats t);
+// weight * byte + c with one rounding, where the exact sum has at most 53 bits.
+static Floats fused_with_byte(float weight, Floats byte, Floats c);
+// Rows r, r + 4, ... of a tile, in pixels of 32 bits: the first four of each row and the last four.
+static TileRows rows_of_tile(Dwords left, Dwords right);
+static void store_row(uint8_t* dst, const TileRows& rows, int32_t k);
+
+// ---- columns of 32 lanes (rows.h)
+// in - out of the bytes of a column, in signed words in the order of lanes.
+static LaneWords lane_differences(const uint8_t* in, const uint8_t* out);
+// Pair i of the 32 dwords at p.
+static DwordPair load_lanes(const uint32_t* p, int32_t i, InOrder);
+static DwordPair load_lanes(const uint32_t* p, int32_t i, Interleaved);
+static void store_lanes(uint32_t* p, int32_t i, DwordPair v, InOrder);
+static void store_lanes(uint32_t* p, int32_t i, DwordPair v, Interleaved);
+// The top bytes of a column whose pair i is pairs(i).
+template <class F, class Order>
+static void store_top_bytes(uint8_t* dst, const F& pairs, Order order);

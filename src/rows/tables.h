@@ -1,0 +1,43 @@
+// The one list of tables, best last: for the library's choice, the tests and the benchmarks.
+#ifndef ROXE_ROWS_TABLES_H_
+#define ROXE_ROWS_TABLES_H_
+
+#include "rows/rows.h"
+
+namespace roxe {
+
+struct RowTable {
+  const RowKernels* rows;
+  bool (*is_runnable)();  // by what the processor and the operating system can do
+};
+
+// The compiler's own run-time support answers (it knows before any code of the library runs): asking
+// the processor each time would cost several microseconds a call on a virtual machine.
+static constexpr RowTable kRowTables[] = {
+    {&kPlainRows, [] { return true; }},
+#if defined(__x86_64__)
+    {&kSse4Rows,
+     [] { return __builtin_cpu_supports("ssse3") && __builtin_cpu_supports("sse4.1"); }},
+    {&kAvx2Rows,
+     [] {
+       return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
+              __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2");
+     }},
+    {&kAvx512Rows,
+     [] {
+       return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
+              __builtin_cpu_supports("bmi") && __builtin_cpu_supports("bmi2") &&
+              __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+              __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq") &&
+              __builtin_cpu_supports("avx512vbmi");
+     }},
+#elif defined(__aarch64__)
+    {&kNeonRows, [] { return true; }},
+#elif defined(__wasm__)
+    {&kWasmRows, [] { return true; }},
+#endif
+};
+
+}  // namespace roxe
+
+#endif  // ROXE_ROWS_TABLES_H_

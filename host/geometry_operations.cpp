@@ -4,10 +4,12 @@
 #include <numbers>
 
 #include "corners.h"
+#include "crop.h"
 #include "drawing.h"
 #include "errors.h"
 #include "operation.h"
 #include "options.h"
+#include "status.h"
 #include "text.h"
 
 namespace host {
@@ -33,9 +35,12 @@ class Rotate : public Operation {
                        "degrees; positive turns clockwise, negative anticlockwise")
         ->required()
         ->type_name("DEG");
-    add_text(app, "--about", "X,Y", "the point that stays in place (default: the centre)",
-             [this](const std::string& text) { about_ = points(text, 1, "--about"); });
-    app.add_flag("--expand", expand_, "make the picture larger, so that nothing is cut off");
+    auto* about =
+        add_text(app, "--about", "X,Y", "the point that stays in place (default: the centre)",
+                 [this](const std::string& text) { about_ = points(text, 1, "--about"); });
+    auto* expand =
+        app.add_flag("--expand", expand_, "make the picture larger, so that nothing is cut off");
+    add_crop(app, crop_)->excludes(about)->excludes(expand);
     add_edges(app, edges_);
   }
 
@@ -53,22 +58,25 @@ class Rotate : public Operation {
         about_.empty() ? Point{picture.width() / 2, picture.height() / 2} : about_[0];
     if (!about_.empty()) require_inside(picture, centre, "--about");
     const double radians = angle * std::numbers::pi / 180;
-    Canvas canvas{picture.width(), picture.height(), centre};
+    Canvas canvas{size_of(picture), centre};
     if (expand_) canvas = expanded(picture, centre, radians);
+    if (crop_ != Crop::kNone) {
+      canvas.size = cropped(canvas.size, radians, edges_, crop_);
+      canvas.centre = {canvas.size.width / 2, canvas.size.height / 2};
+    }
 
     const int32_t shift = shift_of(edges_);
     const auto rotate = [&](const PixelArray* from, PixelArray* to) {
       return roxeRotateImage(from, centre.x + shift, centre.y + shift, static_cast<float>(radians),
                              to, canvas.centre.x, canvas.centre.y);
     };
-    const bool changed =
-        draw_into(picture, {canvas.width, canvas.height}, background, rotate, edges_);
+    const bool changed = draw_into(picture, canvas.size, background, rotate, edges_);
     return {turned(angle_) + " about " + to_text(centre), changed};
   }
 
  private:
   struct Canvas {
-    int32_t width, height;
+    Size size;
     Point centre;
   };
 
@@ -88,13 +96,14 @@ class Rotate : public Operation {
     constexpr double kHair = 1e-6;
     const auto floor = [](double v) { return static_cast<int32_t>(std::floor(v + kHair)); };
     const auto ceil = [](double v) { return static_cast<int32_t>(std::ceil(v - kHair)); };
-    return {
-        ceil(right) - floor(left) + 1, ceil(bottom) - floor(top) + 1, {-floor(left), -floor(top)}};
+    return {{ceil(right) - floor(left) + 1, ceil(bottom) - floor(top) + 1},
+            {-floor(left), -floor(top)}};
   }
 
   double angle_ = 0;
   std::vector<Point> about_;
   bool expand_ = false;
+  Crop crop_ = Crop::kNone;
   Edges edges_ = Edges::kRepeat;
 };
 
@@ -107,6 +116,7 @@ class Straighten : public Operation {
              "two points of a line that should be level or upright, such as the horizon",
              [this](const std::string& text) { line_ = points(text, 2, "--line"); })
         ->required();
+    add_crop(app, crop_);
     add_edges(app, edges_);
   }
 
@@ -119,25 +129,42 @@ class Straighten : public Operation {
     const auto [first, second] = std::pair(line_[0], line_[1]);
     require_inside(picture, first, "the point");
     require_inside(picture, second, "the point");
-    // The operation leaves its destination alone in this case; the picture stays as it is.
-    if (first.x == second.x) return {"not turned: the line is already upright", false};
-    if (first.y == second.y) return {"not turned: the line is already level", false};
+    const bool upright = std::abs(second.y - first.y) > std::abs(second.x - first.x);
+    const std::string way = upright ? "upright" : "level";
+    if (!turns(first, second)) return {"not turned: the line is already " + way, false};
 
+    const double radians = angle_to_axis(first, second);
+    const Size drawn =
+        crop_ == Crop::kNone ? size_of(picture) : cropped(size_of(picture), radians, edges_, crop_);
     const int32_t shift = shift_of(edges_);
     const auto straighten = [&](const PixelArray* from, PixelArray* to) {
       return roxeuAutoStraightenImage(from, first.x + shift, first.y + shift, second.x + shift,
                                       second.y + shift, to);
     };
-    const bool changed = draw_into(picture, size_of(picture), background, straighten, edges_);
-
-    const double dx = second.x - first.x, dy = second.y - first.y;
-    const bool upright = std::abs(dy) > std::abs(dx);
-    const double angle = std::atan(upright ? dx / dy : -dy / dx) * 180 / std::numbers::pi;
-    return {turned(angle) + ", so that the line is " + (upright ? "upright" : "level"), changed};
+    const bool changed = draw_into(picture, drawn, background, straighten, edges_);
+    const double angle = radians * 180 / std::numbers::pi;
+    return {turned(angle) + ", so that the line is " + way, changed};
   }
 
  private:
+  // The library draws nothing at all where nothing is to be done. The source of the one pixel here
+  // is the centre of three by three.
+  static bool turns(Point first, Point second) {
+    Picture white(3, 3, {255, 255, 255}), pixel(1, 1, {0, 0, 0});
+    const PixelArray from = white.record();
+    PixelArray to = pixel.record();
+    expect_ok(roxeuAutoStraightenImage(&from, first.x, first.y, second.x, second.y, &to));
+    return pixel.at(0, 0).red > 0;
+  }
+
+  // By how much a line is turned to become level or upright, whichever is nearer.
+  static double angle_to_axis(Point first, Point second) {
+    const double dx = second.x - first.x, dy = second.y - first.y;
+    return std::abs(dy) > std::abs(dx) ? std::atan(dx / dy) : std::atan(-dy / dx);
+  }
+
   std::vector<Point> line_;
+  Crop crop_ = Crop::kNone;
   Edges edges_ = Edges::kRepeat;
 };
 

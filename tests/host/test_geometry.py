@@ -2,6 +2,7 @@
 
 import itertools
 import math
+import re
 import unittest
 
 from pictures import ToolTest, photo, plain, ppm, ppm_rows, speckled
@@ -142,6 +143,86 @@ class Edges(ToolTest):
                         "out.ppm", "--angle", 3, "--edges=" + edges)
 
 
+class Crop(ToolTest):
+    """The largest upright picture without background."""
+
+    @staticmethod
+    def fits(width, height, w, h, angle, edges):
+        """Whether all four corners of w × h pixels lie inside a turned picture, half a pixel off
+        where the library draws."""
+        cosine, sine = math.cos(angle), math.sin(angle)
+        least = 0.5 if edges == "repeat" else 1.5
+        for x, y in itertools.product((-(w // 2), w - 1 - w // 2), (-(h // 2), h - 1 - h // 2)):
+            source_x = width // 2 + cosine * x + sine * y
+            source_y = height // 2 + cosine * y - sine * x
+            if not (least <= source_x <= width - least - 0.5 and
+                    least <= source_y <= height - least - 0.5):
+                return False
+        return True
+
+    def largest(self, width, height, angle, edges, free):
+        """By trying every size."""
+        if not free:
+            for w in range(width, 0, -1):
+                h = max(1, math.floor(w * height / width + 0.5))
+                if self.fits(width, height, w, h, angle, edges):
+                    return w, h
+        sizes = itertools.product(range(1, width + height), repeat=2)
+        area, w = max((w * h, w) for w, h in sizes
+                      if self.fits(width, height, w, h, angle, edges))
+        return w, area // w
+
+    def check(self, size, command, angle, *options):
+        """No background shows and no larger size would do."""
+        self.write("in.ppm", ppm(plain(*size, WHITE)))
+        for edges in ("repeat", "keep"):
+            for form in (("--crop",), ("--crop", "fit"), ("--crop", "free")):
+                self.succeed(command, "in.ppm", "out.ppm", *options, *form, "--edges", edges,
+                             "--background", "magenta")
+                rows = ppm_rows(self.read("out.ppm"))
+                self.assertEqual(colours_of(rows), {WHITE})
+                self.assertEqual((len(rows[0]), len(rows)),
+                                 self.largest(*size, angle, edges, "free" in form))
+
+    def test_rotations_of_any_size(self):
+        for size in ((20, 15), (15, 20), (31, 30), (9, 9), (40, 8)):
+            for angle in (-170, -89.5, -44, -3, 0.5, 10, 45, 93, 150):
+                self.check(size, "rotate", math.radians(angle), "--angle", angle)
+
+    def test_straightenings(self):
+        for line, angle in (("2,3,18,5", math.atan2(-2, 16)), ("18,5,2,3", math.atan2(-2, 16)),
+                            ("3,14,6,1", math.atan2(-3, 13)), ("1,1,9,9", math.radians(-45)),
+                            ("1,9,9,1", math.radians(45))):
+            self.check((20, 15), "straighten", angle, "--line", line)
+
+    def test_large_pictures_show_no_background_either(self):
+        # Positions are sums of steps of 1 / 65536, and an error grows along the way.
+        for size in ((70000, 60), (60, 40000), (4000, 3000)):
+            self.write("in.ppm", b"P6\n%d %d\n255\n" % size + b"\xff" * (3 * size[0] * size[1]))
+            for angle, form in ((-0.02, "fit"), (0.011, "free"), (1.7, "fit"), (90.01, "free")):
+                self.succeed("rotate", "in.ppm", "out.ppm", "--angle", angle, "--crop", form,
+                             "--background", "magenta")
+                pixels = self.read("out.ppm").split(b"\n", 3)[3]
+                self.assertEqual(pixels.count(b"\xff"), len(pixels), (size, angle))
+
+    def test_quarter_turns_lose_nothing(self):
+        rows = speckled(9, 7)
+        self.write("in.ppm", ppm(rows))
+        for angle, quarters in ((0, 0), (90, 1), (-180, 2)):
+            for form in (("--crop",), ("--crop", "free")):
+                self.succeed("rotate", "in.ppm", "out.ppm", "--angle", angle, *form)
+                self.assertEqual(ppm_rows(self.read("out.ppm")), turned(rows, quarters))
+
+    def test_what_cannot_be(self):
+        self.write("in.ppm", ppm(plain(20, 15, WHITE)))
+        command = ("rotate", "in.ppm", "out.ppm", "--angle", 10, "--crop")
+        self.refuse(2, "--crop", *command, "--expand")
+        self.refuse(2, "--crop", *command, "--about", "3,3")
+        self.refuse(2, "--crop needs free, fit or nothing, not 'big'", *command, "big")
+        self.write("in.ppm", ppm(plain(1, 1, WHITE)))
+        self.refuse(1, "the picture is too small to crop at this angle", *command)
+
+
 class Rotate(ToolTest):
     def test_kept_edges_lose_a_seam(self):
         rows = speckled(9, 7)
@@ -219,6 +300,18 @@ class Straighten(ToolTest):
         rows = ppm_rows(self.read("out.ppm"))
         for y in (25, 60, 95):
             self.assertEqual((rows[y][60], rows[y][55], rows[y][65]), (WHITE, BLACK, BLACK))
+
+    def test_the_angle_that_is_named_is_the_one_turned_by(self):
+        self.write("in.ppm", ppm(speckled(60, 50)))
+        for line in ("0,7,59,9", "59,9,0,7", "3,40,50,2", "7,0,9,49", "9,49,7,0", "2,30,30,49",
+                     "1,1,40,40", "1,40,40,1", "40,1,1,40", "0,0,59,49"):
+            text = self.succeed("straighten", "in.ppm", "straight.ppm", "--line", line)
+            degrees, way = re.search(r"turned ([0-9.]+) degrees (\w+)", text).groups()
+            angle = float(degrees) if way == "clockwise" else -float(degrees)
+            self.succeed("rotate", "in.ppm", "turned.ppm", "--angle", angle)
+            apart = [abs(a - b) for a, b in zip(self.read("straight.ppm"), self.read("turned.ppm"))]
+            # Two decimals are 0.005 degrees, 0.003 pixels at the corners.
+            self.assertLess(sum(value > 3 for value in apart), 20, text)
 
     def test_a_level_line_keeps_every_pixel(self):
         rows = speckled(13, 11)

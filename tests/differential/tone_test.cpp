@@ -264,6 +264,34 @@ TEST(DifferentialTone, AutoGamma) {
   }
 }
 
+TEST(DifferentialTone, HistogramsOfRegions) {
+  std::mt19937 random(41);
+  const auto side = [&](int32_t size) {
+    constexpr int32_t kFar[] = {std::numeric_limits<int32_t>::max(), 1 << 30, 100000};
+    return Below(random, 4) == 0 ? kFar[Below(random, 3)] : Below(random, 5 * size + 2);
+  };
+  for (int32_t i = 0; i < 4000; ++i) {
+    // Long rows have stretches that are counted by rows, short ones those that are not.
+    const bool is_long = Below(random, 40) == 0;
+    const int32_t width = is_long ? 1000 + Below(random, 3000) : 1 + Below(random, 30);
+    const int32_t height = 1 + Below(random, is_long ? 6 : 20);
+    const int32_t padding = Below(random, 5);
+    Image image(kRoxeFormatGray8, 3 * width + padding, height);  // the padding belongs to it too
+    image.randomise(random);
+    PixelArray src = image.record;
+    src.format = kRoxeFormatRGB24;
+    src.width = width;
+    const PixelRect region = {side(width) / 4, side(height) / 4, side(width), side(height)};
+    const roxe::Block<uint32_t> counts = roxe::GetHistogram_RGB24(src, &region);
+    const std::vector<uint32_t> expected = reference::GetHistogram_RGB24(&src, &region);
+    ASSERT_EQ(counts == nullptr, expected.empty());
+    if (!counts) continue;
+    ASSERT_EQ(std::vector<uint32_t>(counts.get(), counts.get() + 256), expected)
+        << width << " x " << height << ", " << padding << ": " << region.left << ' ' << region.top
+        << ' ' << region.right << ' ' << region.bottom;
+  }
+}
+
 TEST(DifferentialTone, GammaOfHistograms) {
   std::mt19937 random(609);
   for (int32_t i = 0; i < 300; ++i) {

@@ -38,6 +38,11 @@ bool UseRows(const char* name) {
   return false;
 }
 
+RowsInstead::RowsInstead(const roxe::RowKernels& rows) : before_(rows_in_use) {
+  rows_in_use = &rows;
+}
+RowsInstead::~RowsInstead() { rows_in_use = before_; }
+
 AllocationWatch::AllocationWatch(int64_t fail_at) {
   memory = Memory();
   memory.fail_at = fail_at;

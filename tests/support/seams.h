@@ -15,6 +15,18 @@ std::vector<const roxe::RowKernels*> RunnableTables();
 // Chooses the table that Rows() gives; returns false if the machine cannot run one of that name.
 bool UseRows(const char* name);
 
+// Rows() gives another table while one is alive.
+class RowsInstead {
+ public:
+  explicit RowsInstead(const roxe::RowKernels& rows);
+  ~RowsInstead();
+  RowsInstead(const RowsInstead&) = delete;
+  RowsInstead& operator=(const RowsInstead&) = delete;
+
+ private:
+  const roxe::RowKernels* before_;
+};
+
 // Counts blocks, and makes one allocation fail: fail_at = 1 is the next one. While one is alive.
 class AllocationWatch {
  public:

@@ -182,6 +182,70 @@ TEST(Histogram, RegionIsNeverReadPastTheBytesOfThePicture) {
   EXPECT_TRUE(Levels(GetHistogram_RGB24(image.record, &right)).empty());
 }
 
+TEST(Histogram, RowsThatGoOnInLaterOnesCountTwice) {
+  // Row 0 is 1 2 3, row 1 is 4 5 6, row 2 is 7 8 9. From column 1 on, five pixels a row:
+  // 2 3 4 5 6, 5 6 7 8 9, 8 9.
+  const Image image = Bgr({{{0, 1, 0}, {0, 2, 0}, {0, 3, 0}},
+                           {{0, 4, 0}, {0, 5, 0}, {0, 6, 0}},
+                           {{0, 7, 0}, {0, 8, 0}, {0, 9, 0}}});
+  const PixelRect region = {1, 0, 6, 3};
+  EXPECT_EQ(Levels(GetHistogram_RGB24(image.record, &region)),
+            (std::vector<std::pair<int, uint32_t>>{
+                {2, 1}, {3, 1}, {4, 1}, {5, 2}, {6, 2}, {7, 1}, {8, 2}, {9, 2}}));
+}
+
+TEST(Histogram, RowsOfBrokenPixelsAreInStepWithEveryThird) {
+  // Four rows of four bytes: row 3 starts four pixels after row 0, the others between pixels.
+  Image image(kRoxeFormatGray8, 16, 1);
+  for (int32_t i = 0; i < 16; ++i) image.bytes()[i] = static_cast<uint8_t>(i);
+  const PixelArray record = {kRoxeFormatRGB24, 1, 4, 4, image.record.pixels};
+  const PixelRect region = {0, 0, 16, 4};
+  // Row 0: 1 4 7 10 13; row 1: 5 8 11 14; row 2: 9 12 15; row 3: 13.
+  EXPECT_EQ(Levels(GetHistogram_RGB24(record, &region)),
+            (std::vector<std::pair<int, uint32_t>>{{1, 1},
+                                                   {4, 1},
+                                                   {5, 1},
+                                                   {7, 1},
+                                                   {8, 1},
+                                                   {9, 1},
+                                                   {10, 1},
+                                                   {11, 1},
+                                                   {12, 1},
+                                                   {13, 2},
+                                                   {14, 1},
+                                                   {15, 1}}));
+}
+
+int64_t pixels_counted;
+void CountGreenAndPixels(const uint8_t* src, int32_t count, uint32_t (*counts)[256]) {
+  pixels_counted += count;
+  kPlainRows.count_green(src, count, counts);
+}
+
+TEST(Histogram, RegionFarPastTheRightEdgeIsReadOnce) {
+  RowKernels rows = Rows();
+  rows.count_green = CountGreenAndPixels;
+  const RowsInstead instead(rows);
+  Image image(kRoxeFormatRGB24, 2000, 100);
+  image.fill(7);
+  const PixelRect far = {0, 0, INT32_MAX, INT32_MAX};
+  pixels_counted = 0;
+  // Each row and all that follow it: 2000 * (1 + 2 + ... + 100).
+  EXPECT_EQ(Levels(GetHistogram_RGB24(image.record, &far)),
+            (std::vector<std::pair<int, uint32_t>>{{7, 10100000}}));
+  EXPECT_EQ(pixels_counted, 200000);
+
+  // Rows of 6001 bytes: each byte is green for one row in three.
+  Image broken(kRoxeFormatGray8, 6001, 99);
+  broken.fill(7);
+  broken.record.format = kRoxeFormatRGB24;
+  broken.record.width = 2000;
+  pixels_counted = 0;
+  GetHistogram_RGB24(broken.record, &far);
+  EXPECT_GT(pixels_counted, 6001 * 97);
+  EXPECT_LE(pixels_counted, 6001 * 99);
+}
+
 TEST(Histogram, LastPixelMayEndWithItsGreenByte) {
   Image image(kRoxeFormatRGB24, 3, 1);
   PixelArray cut = {kRoxeFormatRGB24, 2, 1, 8, image.record.pixels + 1};

@@ -1,0 +1,173 @@
+"""The command line of the batch."""
+
+import argparse
+import contextlib
+import hashlib
+import os
+import pathlib
+import shlex
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+from typing import Any, Dict, List, Optional, Sequence, Tuple
+
+from roxe.batch.folder import Folder, Refusal
+from roxe.batch.task import Job, result_name, sha256
+
+EXTENSIONS = {".jpg", ".jpeg", ".png", ".ppm", ".pgm"}
+
+
+def find_photographs(source: str, target: str) -> List[str]:
+    """Paths below source, sorted; hidden files and the folder of the results do not count."""
+    found = []
+    for folder, folders, names in os.walk(source):
+        folders[:] = [name for name in folders if not name.startswith(".")
+                      and os.path.realpath(os.path.join(folder, name)) != os.path.realpath(target)]
+        found += [os.path.relpath(os.path.join(folder, name), source) for name in names
+                  if not name.startswith(".") and os.path.splitext(name)[1].lower() in EXTENSIONS]
+    return sorted(found)
+
+
+def refuse_collisions(photographs: Sequence[str], extension: str) -> None:
+    taken: Dict[str, str] = {}
+    for photograph in photographs:
+        other = taken.setdefault(result_name(photograph, extension), photograph)
+        if other != photograph:
+            raise Refusal(f"{other} and {photograph} would both become "
+                          f"{result_name(photograph, extension)}")
+
+
+def masks_of(recipe: str) -> List[str]:
+    """The files that a recipe names besides the photograph."""
+    masks = []
+    for line in recipe.splitlines():
+        if line.lstrip().startswith("#"):
+            continue
+        try:
+            words = shlex.split(line)
+        except ValueError:
+            continue  # the tool will say what is wrong with it
+        for word, following in zip(words, words[1:] + [""]):
+            if word == "--mask":
+                masks.append(following)
+            elif word.startswith("--mask="):
+                masks.append(word[len("--mask="):])
+    return sorted(set(masks))
+
+
+def identity_of(recipe: str, arguments: Sequence[str]) -> Dict[str, Any]:
+    """What results depend on besides the photograph."""
+    raw = recipe.encode("utf-8", errors="surrogateescape")
+    identity: Dict[str, Any] = {"recipe_sha256": hashlib.sha256(raw).hexdigest()}
+    if arguments:
+        identity["options"] = list(arguments)
+    with contextlib.suppress(OSError):  # the tool will say that a mask is missing
+        masks = {os.path.basename(mask): sha256(mask) for mask in masks_of(recipe)}
+        if masks:
+            identity["masks_sha256"] = masks
+    return identity
+
+
+def check_recipe(tool: str, recipe: str, arguments: Sequence[str]) -> None:
+    """Lets the tool read the recipe before a thousand tasks do."""
+    with tempfile.TemporaryDirectory() as folder:
+        try:
+            # An empty photograph fails (1); a command or recipe without sense is refused (2).
+            ran = subprocess.run([tool, "run", recipe, os.devnull, "--out", folder, *arguments],
+                                 stdin=subprocess.DEVNULL, capture_output=True, text=True)
+        except OSError as error:
+            raise Refusal(f"the tool {tool} cannot be run ({error.strerror}): give --tool PATH")
+    if ran.returncode != 1:
+        raise Refusal(ran.stderr.strip().removeprefix("roxe: ") or
+                      f"{tool} is not the tool: it ended with code {ran.returncode}")
+
+
+def parse(arguments: Optional[Sequence[str]]) -> argparse.Namespace:
+    parser = argparse.ArgumentParser(
+        prog="python3 -m roxe.batch",
+        description="Apply a recipe to all photographs of a folder, on one machine or on many. "
+        "Results and their manifest go to the folder OUT; what stands there already is kept.")
+    parser.add_argument("recipe", metavar="RECIPE", help="a text file, as for roxe run")
+    parser.add_argument("source", metavar="IN", help="the folder of the photographs")
+    parser.add_argument("--out", required=True, metavar="DIR", help="the folder for the results")
+    where = parser.add_mutually_exclusive_group()
+    where.add_argument("--scheduler", metavar="ADDRESS",
+                       help="of a Dask cluster, such as tcp://host:8786 (default: this machine)")
+    where.add_argument("--jobs", type=int, metavar="N",
+                       help="photographs at a time on this machine (default: all processors)")
+    parser.add_argument("--tool", default=os.environ.get("ROXE_TOOL", "roxe"), metavar="PATH",
+                        help="the command-line tool, on every machine (default: roxe)")
+    parser.add_argument("--format", choices=("jpg", "png", "ppm"),
+                        help="of the results (default: as each photograph)")
+    parser.add_argument("--quality", type=int, metavar="N", help="of a JPEG, as for roxe run")
+    parser.add_argument("--background", metavar="COLOUR", help="as for roxe run")
+    return parser.parse_args(arguments)
+
+
+def prepare(options: argparse.Namespace) -> Tuple[Job, List[str]]:
+    """The job without its scratch folder, and the photographs. Raises Refusal."""
+    if options.jobs is not None and not 1 <= options.jobs <= 64:
+        raise Refusal(f"--jobs needs a whole number from 1 to 64, not {options.jobs}")
+    if not os.path.isdir(options.source):
+        raise Refusal(f"{options.source}: is not a folder")
+    source, target = os.path.realpath(options.source), os.path.realpath(options.out)
+    if os.path.commonpath([source, target]) == target:
+        raise Refusal(f"{options.out}: results there could replace the photographs")
+    try:
+        recipe = pathlib.Path(options.recipe).read_text(encoding="utf-8", errors="surrogateescape")
+    except OSError as error:
+        raise Refusal(f"{options.recipe}: cannot be read ({error.strerror})")
+    arguments = [text for name in ("format", "quality", "background")
+                 if (value := getattr(options, name)) is not None
+                 for text in (f"--{name}", str(value))]
+    check_recipe(options.tool, options.recipe, arguments)
+    extension = f".{options.format}" if options.format else ""
+    photographs = find_photographs(source, target)
+    if not photographs:
+        raise Refusal(f"{options.source}: holds no photograph")
+    refuse_collisions(photographs, extension)
+    job: Job = {"tool": options.tool, "source": source, "target": target, "scratch": "",
+                "current": os.getcwd(), "recipe": recipe, "arguments": arguments,
+                "extension": extension, "identity": identity_of(recipe, arguments)}
+    return job, photographs
+
+
+def run(arguments: Optional[Sequence[str]] = None) -> int:
+    """Does what the command line says; returns its exit code."""
+    options = parse(arguments)
+    job, photographs = prepare(options)
+    from roxe.batch.driver import Progress, connected, run_tasks  # takes a second to import
+
+    start = time.monotonic()
+    with contextlib.closing(Folder(job["target"])) as folder:
+        job["scratch"] = folder.scratch
+        with connected(options.scheduler, options.jobs) as client:
+            with contextlib.closing(Progress(len(photographs))) as progress:
+                entries = run_tasks(client, job, photographs, folder.known(), folder, progress)
+        folder.finish(entries)
+    for name in sorted(entries):
+        if "error" in entries[name]:
+            print(f"roxe.batch: {name}: {entries[name]['error']}", file=sys.stderr)
+    print(f"{progress.done - progress.failed} of {progress.done} photographs done "
+          f"({progress.kept} before) in {time.monotonic() - start:.1f} s, "
+          f"written to {options.out}"
+          + (f"; {progress.failed} failed" if progress.failed else ""))
+    return 1 if progress.failed else 0
+
+
+def main() -> int:
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
+    try:
+        return run()
+    except Refusal as refusal:
+        print(f"roxe.batch: {refusal}", file=sys.stderr)
+        return 2
+    except KeyboardInterrupt:
+        print("roxe.batch: interrupted; the same command goes on from here", file=sys.stderr)
+        return 130
+
+
+if __name__ == "__main__":
+    sys.exit(main())

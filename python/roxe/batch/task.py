@@ -1,0 +1,91 @@
+"""The task: one photograph. Sent to the workers by value, so that they need no package but Dask."""
+
+import hashlib
+import os
+import pathlib
+import re
+import subprocess
+import tempfile
+from typing import Any, Dict, Mapping, Optional, Sequence, TypedDict
+
+Entry = Dict[str, Any]  # one line of the manifest
+
+
+class Job(TypedDict):
+    """What all tasks have in common; a plain dictionary, which needs no class to be unpickled.
+
+    All paths are the same on every machine.
+    """
+
+    tool: str
+    source: str  # folders
+    target: str
+    scratch: str
+    current: str  # where a recipe's masks are looked for
+    recipe: str
+    arguments: Sequence[str]  # of the tool
+    extension: str  # of the results; empty: as each photograph
+    identity: Mapping[str, Any]  # what tells this recipe from others in the manifest
+
+
+def sha256(path: str) -> str:
+    digest = hashlib.sha256()
+    with open(path, "rb") as file:
+        while block := file.read(1 << 20):
+            digest.update(block)
+    return digest.hexdigest()
+
+
+def result_name(photograph: str, extension: str) -> str:
+    return os.path.splitext(photograph)[0] + extension if extension else photograph
+
+
+def without_paths(message: str, folders: Sequence[str]) -> str:
+    """The message with paths below the folders made relative and all others cut to their name."""
+    for folder in sorted(folders, key=len, reverse=True):
+        message = message.replace(folder.rstrip("/") + "/", "")
+    return re.sub(r"(?<![^\s'\"(])/(?:[^\s'\":]*/)?(?=[^\s/'\":])", "", message)
+
+
+def is_unchanged(job: Job, entry: Entry, known: Optional[Entry]) -> bool:
+    """Whether a line of the manifest has this input and recipe, and its result is in place."""
+    if known is None or "output_sha256" not in known:
+        return False
+    output = result_name(entry["input"], job["extension"])
+    if known != {**entry, "output": output, "output_sha256": known["output_sha256"]}:
+        return False
+    try:
+        return bool(sha256(os.path.join(job["target"], output)) == known["output_sha256"])
+    except OSError:
+        return False
+
+
+def process(job: Job, photograph: str, known: Optional[Entry]) -> Entry:
+    """Makes one photograph's result and its line of the manifest. Raises OSError if storage fails."""
+    source = os.path.join(job["source"], photograph)
+    entry: Entry = {"input": photograph, "input_sha256": sha256(source), **job["identity"]}
+    if known is not None and is_unchanged(job, entry, known):
+        return known
+    output = result_name(photograph, job["extension"])
+    with tempfile.TemporaryDirectory(dir=job["scratch"]) as folder:
+        recipe = os.path.join(folder, "recipe.txt")
+        pathlib.Path(recipe).write_text(job["recipe"], encoding="utf-8", errors="surrogateescape")
+        results = os.path.join(folder, "result")
+        ran = subprocess.run(
+            [job["tool"], "run", recipe, source, "--out", results, "--jobs", "1", *job["arguments"]],
+            cwd=job["current"], stdin=subprocess.DEVNULL, capture_output=True, text=True,
+            errors="replace")
+        if ran.returncode < 0:
+            return {**entry, "error": f"the tool was ended by signal {-ran.returncode}"}
+        if ran.returncode > 0:
+            said = [line for line in ran.stderr.splitlines() if not line.startswith("roxe: note:")]
+            message = said[-1] if said else f"the tool ended with code {ran.returncode}"
+            folders = (folder, results, job["source"], job["target"], job["current"])
+            message = without_paths(message.removeprefix("roxe: "), folders)
+            return {**entry, "error": message.removeprefix(f"{photograph}: ")}
+        made = os.path.join(results, os.path.basename(output))
+        entry.update(output=output, output_sha256=sha256(made))
+        target = os.path.join(job["target"], output)
+        os.makedirs(os.path.dirname(target), exist_ok=True)
+        os.replace(made, target)
+    return entry

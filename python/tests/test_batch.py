@@ -1,0 +1,254 @@
+"""One recipe over many photographs: deaths and restarts change nothing in the manifest."""
+
+import hashlib
+import json
+import os
+import pathlib
+import shutil
+import signal
+import stat
+import subprocess
+import sys
+
+import pytest
+
+from roxe.batch.__main__ import masks_of, run
+from roxe.batch.folder import Refusal
+from roxe.batch.task import process, without_paths
+from pictures import noise
+
+RECIPE = "# a test\nvariations --red 3\n"
+
+
+def write_photographs(folder, count, broken=()):
+    """000.ppm, 001.ppm, ... of noise, some below a subfolder; broken ones hold text."""
+    for i in range(count):
+        path = folder / ("more" if i % 10 == 9 else "") / f"{i:03}.ppm"
+        path.parent.mkdir(parents=True, exist_ok=True)
+        pixels = noise(16, 24, seed=i)
+        path.write_bytes(b"not a picture" if i in broken else b"P6 24 16 255\n" + pixels.tobytes())
+
+
+def wrapped_tool(folder, script):
+    """A tool that runs a shell script first: $2 is the recipe, $3 the photograph."""
+    path = folder / "tool"
+    path.write_text(f'#!/bin/sh\n(cd "{folder}"\n{script}\n)\n'
+                    f'exec "{os.environ["ROXE_TOOL"]}" "$@"\n')
+    path.chmod(path.stat().st_mode | stat.S_IXUSR)
+    return path
+
+
+def start(folder, out, *options, **popen):
+    return subprocess.Popen(
+        [sys.executable, "-m", "roxe.batch", "recipe.txt", "in", "--out", out, *map(str, options)],
+        cwd=folder, text=True, stdout=subprocess.PIPE, stderr=subprocess.PIPE, **popen)
+
+
+def batch(folder, out, *options):
+    """Exit code, standard output and standard error of a whole run."""
+    process = start(folder, out, *options)
+    output, errors = process.communicate(timeout=100)
+    return process.returncode, output, errors
+
+
+def lines(out):
+    return [json.loads(line) for line in (out / "manifest.jsonl").read_text().splitlines()]
+
+
+def test_deaths_and_restarts_change_nothing(tmp_path):
+    (tmp_path / "recipe.txt").write_text(RECIPE)
+    write_photographs(tmp_path / "in", 100, broken=[42])
+
+    code, output, errors = batch(tmp_path, "undisturbed", "--jobs", 1)
+    assert code == 1
+    assert output.startswith("99 of 100 photographs done (0 before) in ")
+    assert output.endswith(", written to undisturbed; 1 failed\n")
+    sentence = "is not a JPEG, PNG, PPM or PGM picture"
+    assert f"roxe.batch: 042.ppm: {sentence}\n" in errors
+    assert "100 of 100 photographs, 1 failed, 0 done before, 0:00 left\n" in errors
+
+    expected = lines(tmp_path / "undisturbed")
+    names = [entry["input"] for entry in expected]
+    assert len(names) == 100 and names == sorted(names) and "more/099.ppm" in names
+    for entry in expected:
+        source = (tmp_path / "in" / entry["input"]).read_bytes()
+        assert entry["input_sha256"] == hashlib.sha256(source).hexdigest()
+        assert entry["recipe_sha256"] == hashlib.sha256(RECIPE.encode()).hexdigest()
+        if entry["input"] == "042.ppm":
+            assert entry["error"] == sentence and "output" not in entry
+        else:
+            made = (tmp_path / "undisturbed" / entry["output"]).read_bytes()
+            assert entry["output_sha256"] == hashlib.sha256(made).hexdigest()
+
+    # The worker dies in the fourth task, the driver at the sixtieth photograph, each once.
+    tool = wrapped_tool(tmp_path, """
+        echo "$3" >> log
+        case "$3" in
+        */003.ppm) mkdir worker-died 2>/dev/null && kill -9 $PPID ;;
+        */060.ppm) while [ ! -e driver ]; do sleep 0.01; done
+                   mkdir driver-died 2>/dev/null && kill -9 $(cat driver) ;;
+        esac""")
+    driver = start(tmp_path, "disturbed", "--jobs", 2, "--tool", tool)
+    (tmp_path / "pid").write_text(str(driver.pid))
+    (tmp_path / "pid").rename(tmp_path / "driver")
+    driver.communicate(timeout=100)
+    assert driver.returncode == -signal.SIGKILL
+    disturbed = tmp_path / "disturbed"
+    assert (tmp_path / "worker-died").exists() and not (disturbed / "manifest.jsonl").exists()
+    journal = disturbed / ".roxe-batch/journal.jsonl"
+    before = [line for line in journal.read_text().splitlines() if line]
+    # The sixtieth is the 55th of the sorted names, and at most 16 are under way.
+    assert 38 <= len(before) < 100
+    assert list((disturbed / ".roxe-batch").glob("run-*"))  # what the dead left
+    with open(journal, "a") as file:
+        file.write('{"input": "torn')
+
+    (tmp_path / "log").unlink()
+    code, output, _ = batch(tmp_path, "disturbed", "--jobs", 2, "--tool", tool)
+    assert code == 1
+    done_before = sum("error" not in json.loads(line) for line in before)
+    assert output.startswith(f"99 of 100 photographs done ({done_before} before) in ")
+    assert (disturbed / "manifest.jsonl").read_bytes() == (
+        tmp_path / "undisturbed/manifest.jsonl").read_bytes()
+    assert sorted(os.listdir(disturbed)) == sorted(os.listdir(tmp_path / "undisturbed"))
+    done_again = {pathlib.Path(line).name for line in (tmp_path / "log").read_text().split()}
+    assert not done_again & {pathlib.Path(json.loads(line)["input"]).name for line in before
+                             if "error" not in line}
+
+
+def test_a_photograph_that_kills_every_worker_becomes_a_line(tmp_path):
+    (tmp_path / "recipe.txt").write_text(RECIPE)
+    write_photographs(tmp_path / "in", 8)
+    tool = wrapped_tool(tmp_path, 'case "$3" in */002.ppm) kill -9 $PPID ;; esac')
+    code, output, errors = batch(tmp_path, "out", "--jobs", 2, "--tool", tool)
+    assert code == 1 and output.startswith("7 of 8 photographs done")
+    assert "roxe.batch: 002.ppm: every worker died that was given this photograph\n" in errors
+    entries = lines(tmp_path / "out")
+    assert [entry["input"] for entry in entries if "error" in entry] == ["002.ppm"]
+    assert not (tmp_path / "out/.roxe-batch").exists()
+
+
+def test_workers_of_a_named_scheduler_need_no_package(tmp_path):
+    (tmp_path / "recipe.txt").write_text(RECIPE)
+    write_photographs(tmp_path / "in", 5)
+    bare = {key: value for key, value in os.environ.items() if key != "PYTHONPATH"}
+    address = tmp_path / "scheduler.json"
+    quiet = {"stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL, "env": bare,
+             "cwd": tmp_path}
+    scheduler = subprocess.Popen(
+        [sys.executable, "-m", "distributed.cli.dask_scheduler", "--host", "127.0.0.1", "--port",
+         "0", "--no-dashboard", "--scheduler-file", address], **quiet)
+    worker = None
+    try:
+        while not address.exists() or not address.read_text().endswith("}"):
+            assert scheduler.poll() is None
+        worker = subprocess.Popen(
+            [sys.executable, "-m", "distributed.cli.dask_worker", "--scheduler-file", address,
+             "--nthreads", "1", "--no-dashboard"], **quiet)
+        name = json.loads(address.read_text())["address"]
+        code, output, _ = batch(tmp_path, "out", "--scheduler", name)
+        assert code == 0 and output.startswith("5 of 5 photographs done")
+    finally:
+        for process in (worker, scheduler):
+            if process:
+                process.terminate()
+                process.wait(timeout=60)
+
+
+# ---- without a cluster
+
+
+@pytest.fixture
+def job(tmp_path):
+    for name in ("in", "out", "scratch"):
+        (tmp_path / name).mkdir()
+    write_photographs(tmp_path / "in", 2, broken=[1])
+    return {"tool": os.environ["ROXE_TOOL"], "source": str(tmp_path / "in"),
+            "target": str(tmp_path / "out"), "scratch": str(tmp_path / "scratch"),
+            "current": str(tmp_path), "recipe": RECIPE, "arguments": [], "extension": "",
+            "identity": {"recipe_sha256": "r"}}
+
+
+def test_what_stands_in_the_manifest_is_not_done_again(job, tmp_path):
+    made = process(job, "000.ppm", None)
+    path = tmp_path / "out/000.ppm"
+    stamp = path.stat().st_mtime_ns
+    assert process(job, "000.ppm", made) is made and path.stat().st_mtime_ns == stamp
+
+    other = {**job, "identity": {"recipe_sha256": "another"}}
+    assert process(other, "000.ppm", made)["recipe_sha256"] == "another"
+    path.write_bytes(b"damaged")
+    assert process(job, "000.ppm", made) == made and path.read_bytes() != b"damaged"
+    path.unlink()
+    assert process(job, "000.ppm", made) == made and path.exists()
+    (tmp_path / "in/000.ppm").write_bytes(b"P6 1 1 255\n123")
+    assert process(job, "000.ppm", made)["input_sha256"] != made["input_sha256"]
+    assert os.listdir(tmp_path / "scratch") == []
+
+
+def test_failures_hold_no_paths_of_a_machine(job, tmp_path):
+    failed = process(job, "001.ppm", None)
+    assert failed["error"] == "is not a JPEG, PNG, PPM or PGM picture"
+    assert str(tmp_path) not in json.dumps(failed)
+    tool = wrapped_tool(tmp_path, "kill -11 $$")
+    crashed = process({**job, "tool": str(tool)}, "000.ppm", None)
+    assert crashed["error"] == "the tool was ended by signal 11"
+    assert without_paths("/a/b/c.jpg: cannot (see '/x/y/z.txt') 1/2 in /a/b/d/e", ["/a/b"]) == (
+        "c.jpg: cannot (see 'z.txt') 1/2 in d/e")
+
+
+def test_a_swept_task_puts_nothing_in_place(job, tmp_path):
+    tool = wrapped_tool(tmp_path, 'rm -rf scratch; mkdir -p "$(dirname "$2")"; cp recipe "$2"')
+    (tmp_path / "recipe").write_text(RECIPE)
+
+    shutil.rmtree(tmp_path / "scratch")
+    with pytest.raises(OSError):
+        process({**job, "tool": str(tool)}, "000.ppm", None)
+    assert os.listdir(tmp_path / "out") == []
+
+
+def test_masks_belong_to_the_recipe():
+    assert masks_of("soft-focus --radius 3 --mask 'a b.png'\n# --mask no\n"
+                    "soft-focus --radius 3 --mask=c.png --mask-radius 2\ntint --mask-only\n") == (
+        ["a b.png", "c.png"])
+
+
+@pytest.mark.parametrize("arguments, sentence", [
+    (["recipe.txt", "nowhere", "--out", "out"], "nowhere: is not a folder"),
+    (["recipe.txt", "empty", "--out", "out"], "empty: holds no photograph"),
+    (["none.txt", "in", "--out", "out"], "none.txt: cannot be read (No such file or directory)"),
+    (["bad.txt", "in", "--out", "out"], "bad.txt, line 1: there is no operation 'sharpen'"),
+    (["recipe.txt", "in", "--out", "in"], "in: results there could replace the photographs"),
+    (["recipe.txt", "in", "--out", "."], ".: results there could replace the photographs"),
+    (["recipe.txt", "in", "--out", "out", "--jobs", "0"], "--jobs needs a whole number from 1"),
+    (["recipe.txt", "in", "--out", "out", "--quality", "101"], "--quality needs a whole number"),
+    (["recipe.txt", "in", "--out", "out", "--tool", "nothing"],
+     "the tool nothing cannot be run (No such file or directory): give --tool PATH"),
+    (["recipe.txt", "in", "--out", "out", "--tool", "true"], "true is not the tool"),
+    (["recipe.txt", "twins", "--out", "out", "--format", "png"],
+     "000.pgm and 000.ppm would both become 000.png"),
+])
+def test_commands_without_sense(tmp_path, monkeypatch, arguments, sentence):
+    monkeypatch.chdir(tmp_path)
+    monkeypatch.setenv("ROXE_TOOL", os.environ["ROXE_TOOL"])
+    (tmp_path / "recipe.txt").write_text(RECIPE)
+    (tmp_path / "bad.txt").write_text("sharpen\n")
+    (tmp_path / "empty").mkdir()
+    write_photographs(tmp_path / "in", 1)
+    write_photographs(tmp_path / "twins", 1)
+    (tmp_path / "twins/000.pgm").write_bytes(b"")
+    with pytest.raises(Refusal) as refusal:
+        run(arguments)
+    assert str(refusal.value).startswith(sentence)
+    assert not (tmp_path / "out").exists()
+
+
+def test_one_batch_at_a_time(tmp_path, monkeypatch):
+    from roxe.batch.folder import Folder
+    first = Folder(str(tmp_path))
+    with pytest.raises(Refusal, match="another batch is writing to"):
+        Folder(str(tmp_path))
+    first.close()
+    second = Folder(str(tmp_path))
+    assert second.known() == {}
+    second.close()

@@ -24,11 +24,10 @@ class Run : public Command {
     app->add_option("--out", job_.directory, "the folder for the results")
         ->required()
         ->type_name("DIR");
-    app->add_option("--format", format_, "jpg, png or ppm (default: as each picture)")
-        ->check(CLI::IsMember({"jpg", "png", "ppm"}))
-        ->type_name("NAME");
-    add_whole_number(*app, "--jobs", job_.at_a_time, 1, 64,
-                     "photographs at a time (default: all processors)");
+    add_choice(*app, "--format", format_, "jpg|png|ppm|pgm", "of the results")
+        ->default_str("as each picture");
+    add_whole_number(*app, "--jobs", job_.at_a_time, 1, 64, "photographs at a time")
+        ->default_str("as many as there are processors");
     options_.add(*app);
   }
 

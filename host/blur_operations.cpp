@@ -27,7 +27,7 @@ class SoftFocus : public Operation {
         ->required();
     auto* mask = app.add_option("--mask", mask_path_,
                                 "a picture of the same size: white stays sharp, black is blurred");
-    mask->type_name("FILE");
+    mask->type_name("FILE")->default_str("no mask, everything is blurred");
     add_whole_number(app, "--mask-radius", mask_radius_, 1, 100000,
                      "width of the blur of the mask's edges")
         ->needs(mask);

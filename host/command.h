@@ -28,6 +28,7 @@ class Command {
 std::vector<std::unique_ptr<Command>> edit_commands(CLI::App& parent);   // one picture
 std::vector<std::unique_ptr<Command>> batch_commands(CLI::App& parent);  // many pictures
 std::vector<std::unique_ptr<Command>> look_commands(CLI::App& parent);   // nothing is written
+std::vector<std::unique_ptr<Command>> help_commands(CLI::App& parent);   // about the others
 
 }  // namespace host
 

@@ -48,14 +48,12 @@ bool equal(const Picture& a, const Picture& b) {
 
 void add_edges(CLI::App& app, Edges& edges) {
   const auto store = [&edges](const std::string& text) {
-    if (text != "repeat" && text != "keep")
-      throw UsageError("--edges needs repeat or keep, not '" + text + "'");
-    edges = text == "repeat" ? Edges::kRepeat : Edges::kKeep;
+    edges = choice(text, "repeat|keep", "--edges") == "repeat" ? Edges::kRepeat : Edges::kKeep;
   };
-  add_text(app, "--edges", "HOW",
-           "repeat the pixels at the edges, so that no seam is lost, or keep the picture as it is "
-           "(default: repeat)",
-           store);
+  add_text(app, "--edges", "repeat|keep",
+           "repeat the pixels at the edges, so that no seam is lost, or keep the picture as it is",
+           store)
+      ->default_str("repeat");
 }
 
 bool draw_into(Picture& picture, Size size, Colour background, const Call& call, Edges edges) {

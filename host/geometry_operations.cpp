@@ -178,7 +178,8 @@ class Perspective : public Operation {
              [this](const std::string& text) { corners_ = points(text, 4, "--corners"); })
         ->required();
     auto* exact = add_text(app, "--size", "WxH", "draw it at exactly this size",
-                           [this](const std::string& text) { size_ = size(text, "--size"); });
+                           [this](const std::string& text) { size_ = size(text, "--size"); })
+                      ->default_str("its natural size");
     add_text(app, "--fit", "WxH",
              "draw it as large as fits, in its natural proportions (default: its natural size)",
              [this](const std::string& text) { fit_ = size(text, "--fit"); })

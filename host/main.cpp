@@ -5,10 +5,13 @@
 #include <iterator>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "command.h"
 #include "errors.h"
 #include "files.h"
+#include "help.h"
+#include "operation.h"
 #include "options.h"
 #include "terminal.h"
 
@@ -20,25 +23,25 @@ int run(int argc, char** argv) {
       "Edits photographs: JPEG, PNG, PPM and PGM. Angles in degrees; pixels count from the "
       "top left corner, (0, 0), of the upright picture.");
   app.name("roxe");
+  app.footer("Exit codes: 0 done, 1 the work failed, 2 the command makes no sense.");
   app.require_subcommand(1);
-  app.set_version_flag("--version", "roxe 1.0.0");
+  app.set_version_flag("--version", "roxe 1.0.0", "print the version");
 
   std::vector<std::unique_ptr<Command>> commands;
-  for (auto make : {look_commands, batch_commands, edit_commands})
+  for (auto make : {edit_commands, batch_commands, look_commands, help_commands})
     std::ranges::move(make(app), std::back_inserter(commands));
+  set_up_help(app);
 
-  const auto is_command = [&](const std::string& name) {
-    return std::ranges::any_of(commands,
-                               [&](const auto& command) { return command->app->check_name(name); });
-  };
-  if (argc > 1 && argv[1][0] != '-' && !is_command(argv[1]))
-    throw UsageError("there is no command '" + std::string(argv[1]) + "' (see roxe --help)");
+  const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+  const bool has_command = !arguments.empty() && !arguments[0].starts_with("-");
+  if (has_command && !find_command(app, arguments[0])) throw no_such_command(arguments[0]);
   try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error);  // help was asked for
-    complain(reason(app, error) + " (see roxe --help)");
-    return kExitUsage;
+    parse(app, arguments);
+  } catch (const CLI::Success& help) {
+    return app.exit(help);
+  } catch (const UsageError& error) {
+    throw UsageError(error.what() + std::string(" (see roxe ") +
+                     (has_command ? arguments[0] + " --help)" : "--help)"));
   }
   for (const auto& command : commands)
     if (command->app->parsed()) return command->run();

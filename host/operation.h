@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "errors.h"
 #include "picture.h"
 
 namespace CLI {
@@ -41,6 +42,10 @@ struct OperationEntry {
 };
 
 const std::vector<OperationEntry>& operations();
+
+// What is said about a name that is none: UsageError.
+UsageError no_such_command(const std::string& name);
+UsageError no_such_operation(const std::string& name);
 
 // One list a family, joined by operations().
 std::vector<OperationEntry> geometry_operations();

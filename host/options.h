@@ -1,11 +1,14 @@
 // Options whose text becomes a value at once, with sentences of our own about what is wrong.
+//
+// The table of options that the parser holds is the only one: help, manual page and completion are
+// made from it. An option that may be left out says in its default what happens then; where the
+// form of an option is a list such as fit|free, these are its values.
 #ifndef ROXE_HOST_OPTIONS_H_
 #define ROXE_HOST_OPTIONS_H_
 
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -25,7 +28,7 @@ inline CLI::Option* add_whole_number(CLI::App& app, const std::string& name, int
   const auto store = [&value, name, low, high](const std::string& text) {
     value = whole_number(text, low, high, name);
   };
-  return add_text(app, name, "N", meaning, store);
+  return add_text(app, name, "N", meaning, store)->default_str(std::to_string(value));
 }
 
 inline CLI::Option* add_decimal_number(CLI::App& app, const std::string& name, double& value,
@@ -33,17 +36,23 @@ inline CLI::Option* add_decimal_number(CLI::App& app, const std::string& name, d
   const auto store = [&value, name, low, high](const std::string& text) {
     value = decimal_number(text, low, high, name);
   };
-  return add_text(app, name, "NUMBER", meaning, store);
+  return add_text(app, name, "NUMBER", meaning, store)->default_str(CLI::detail::to_string(value));
 }
 
-// What the parser complains about. It would list surplus arguments backwards.
-inline std::string reason(const CLI::App& app, const CLI::ParseError& error) {
-  if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::ExtrasError)) return error.what();
-  const std::vector<std::string> surplus = app.remaining(true);
-  return (surplus.size() == 1 ? "this argument was not expected: "
-                              : "these arguments were not expected: ") +
-         CLI::detail::join(surplus, " ");
+// choices: "fit|free"
+inline CLI::Option* add_choice(CLI::App& app, const std::string& name, std::string& value,
+                               const std::string& choices, const std::string& meaning) {
+  const auto store = [&value, name, choices](const std::string& text) {
+    value = choice(text, choices, name);
+  };
+  return add_text(app, name, choices, meaning, store)->default_str(value);
 }
+
+// Takes arguments in their order. Throws UsageError with a sentence about what is wrong.
+void parse(CLI::App& app, std::vector<std::string> arguments);
+
+// "repeat (default: black)": what an option does, and what happens without it.
+std::string meaning_of(const CLI::Option& option);
 
 }  // namespace host
 

@@ -12,11 +12,10 @@ struct OutputOptions {
   WriteSettings settings;
 
   void add(CLI::App& app) {
-    add_text(app, "--background", "COLOUR",
-             "colour of uncovered and transparent pixels (default: black)",
-             [this](const std::string& text) { background = colour(text, "--background"); });
-    add_whole_number(app, "--quality", settings.quality, 1, 100,
-                     "of a JPEG, 1 to 100 (default: 95)");
+    add_text(app, "--background", "COLOUR", "colour of uncovered and transparent pixels",
+             [this](const std::string& text) { background = colour(text, "--background"); })
+        ->default_str("black");
+    add_whole_number(app, "--quality", settings.quality, 1, 100, "of a JPEG, 1 to 100");
   }
 };
 

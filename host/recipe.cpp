@@ -15,19 +15,14 @@ std::unique_ptr<Operation> read_line(std::string_view line) {
   std::vector<std::string> arguments = words(line);
   const auto entry = std::find_if(operations().begin(), operations().end(),
                                   [&](const auto& known) { return known.name == arguments[0]; });
-  if (entry == operations().end()) throw UsageError("there is no operation '" + arguments[0] + "'");
+  if (entry == operations().end()) throw no_such_operation(arguments[0]);
 
   auto operation = entry->make();
   CLI::App options;
   options.set_help_flag();
   operation->add_options(options);
   arguments.erase(arguments.begin());
-  std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
-  try {
-    options.parse(arguments);
-  } catch (const CLI::ParseError& error) {
-    throw UsageError(reason(options, error));
-  }
+  parse(options, arguments);
   operation->check();
   if (operation->only_reports()) throw UsageError("--dry-run has no place in a recipe");
   return operation;

@@ -38,8 +38,8 @@ bool is_harmless(uint32_t code) {
   const auto between = [code](uint32_t first, uint32_t last) {
     return code >= first && code <= last;
   };
-  if (code < 0x20 || between(0x7F, 0x9F)) return false;  // controls
-  if (between(0x2028, 0x2029)) return false;             // separators of lines, paragraphs
+  if ((code < 0x20 && code != '\t') || between(0x7F, 0x9F)) return false;  // controls
+  if (between(0x2028, 0x2029)) return false;  // separators of lines, paragraphs
   if (between(0x202A, 0x202E) || between(0x2066, 0x2069)) return false;  // turn the direction
   return !between(0x200E, 0x200F) && code != 0x061C;                     // marks of a direction
 }

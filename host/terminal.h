@@ -8,7 +8,7 @@
 namespace host {
 
 // The text with a question mark for everything that could drive a terminal or deceive a reader:
-// control characters (C0, DEL and C1), line ends, marks that turn the direction of writing, and
+// control characters (C0 but the tab, DEL and C1), line ends, marks that turn the direction of writing, and
 // bytes that are no UTF-8. The names of files may hold any of these.
 std::string printable(std::string_view text);
 

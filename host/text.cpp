@@ -98,6 +98,19 @@ Size size(std::string_view text, std::string_view what) {
   return result;
 }
 
+std::string choice(std::string_view text, std::string_view choices, std::string_view what) {
+  std::string listed;
+  for (std::string_view rest = choices; !rest.empty();) {
+    const size_t end = std::min(rest.find('|'), rest.size());
+    const std::string_view one = rest.substr(0, end);
+    if (one == text) return std::string(text);
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+    listed += listed.empty() ? "" : rest.empty() ? " or " : ", ";
+    listed += one;
+  }
+  throw UsageError(std::string(what) + " needs " + listed + ", not " + quoted(text));
+}
+
 Colour colour(std::string_view text, std::string_view what) {
   std::string name(text);
   std::transform(name.begin(), name.end(), name.begin(),

@@ -27,6 +27,8 @@ std::vector<int32_t> whole_numbers(std::string_view text, size_t count, std::str
 std::vector<Point> points(std::string_view text, size_t count, std::string_view what);
 // "800x600"
 Size size(std::string_view text, std::string_view what);
+// One of several words: choices are "fit|free".
+std::string choice(std::string_view text, std::string_view choices, std::string_view what);
 // "#E07A2C", "#e72" or a common name
 Colour colour(std::string_view text, std::string_view what);
 

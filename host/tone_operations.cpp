@@ -11,7 +11,8 @@ class AutoGamma : public Operation {
  public:
   void add_options(CLI::App& app) override {
     add_text(app, "--region", "X,Y,W,H", "judge the exposure by this part of the picture",
-             [this](const std::string& text) { set_region(text); });
+             [this](const std::string& text) { set_region(text); })
+        ->default_str("all of it");
   }
 
   Outcome apply(Picture& picture, Colour) const override {
@@ -79,8 +80,7 @@ class Variations : public Operation {
     steps("--green", green_, "steps of green to take away; negative: to add");
     steps("--blue", blue_, "steps of blue to take away; negative: to add");
     steps("--dark", dark_, "steps to darken; negative: to lighten");
-    add_whole_number(app, "--level", level_, 0, 6,
-                     "size of a step, 0 (fine) to 6 (coarse) (default: 2)");
+    add_whole_number(app, "--level", level_, 0, 6, "size of a step, 0 (fine) to 6 (coarse)");
   }
 
   Outcome apply(Picture& picture, Colour) const override {

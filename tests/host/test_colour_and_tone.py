@@ -51,7 +51,7 @@ class SoftFocus(ToolTest):
         for radius in ("0", "-1", "100001", "3.5", "wide"):
             self.refuse(2, "--radius needs a whole number from 1 to 100000", "soft-focus", "in.ppm",
                         "out.ppm", "--radius", radius)
-        self.refuse(2, "--mask-radius requires --mask", "soft-focus", "in.ppm", "out.ppm",
+        self.refuse(2, "--mask-radius needs --mask", "soft-focus", "in.ppm", "out.ppm",
                     "--radius", 3, "--mask-radius", 3)
 
 

@@ -409,7 +409,7 @@ class Perspective(ToolTest):
         self.refuse(2, "above the limit of 250 megapixels", *command, "--size", "100000x100000")
         self.refuse(2, "--fit is too narrow for the natural size of these corners, 60 × 40", *command,
                     "--fit", "1x50")
-        self.refuse(2, "excludes", *command, "--fit", "5x5", "--size", "5x5")
+        self.refuse(2, "exclude each other", *command, "--fit", "5x5", "--size", "5x5")
         self.refuse(2, "OUT, the picture to write, is missing", "perspective", "in.ppm", *command[3:])
 
     def test_a_page_photographed_by_telephone(self):

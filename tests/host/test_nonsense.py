@@ -272,16 +272,36 @@ class Arguments(ToolTest):
         self.refuse(USAGE, words, *arguments)
 
     def test_commands(self):
-        self.refuse_arguments("A subcommand is required")
+        self.refuse_arguments("a command is required (see roxe --help)")
         self.refuse_arguments("posterize", "posterize", "in.ppm", "out.ppm")
-        self.refuse_arguments("IN is required", "info")
-        self.refuse_arguments("OUT is required", "rotate", "in.ppm", "--angle", "3")
+        self.refuse_arguments("IN is required (see roxe info --help)", "info")
+        self.refuse_arguments("OUT is required (see roxe rotate --help)", "rotate", "in.ppm",
+                              "--angle", "3")
         self.refuse_arguments("--angle is required", "rotate", "in.ppm", "out.ppm")
         self.refuse_arguments("--sharpen", "rotate", "in.ppm", "out.ppm", "--angle", 3, "--sharpen")
-        self.refuse_arguments("this argument was not expected: b.ppm (see roxe --help)", "rotate",
-                              "in.ppm", "out.ppm", "b.ppm", "--angle", 3)
+        self.refuse_arguments("there is no option --angel", "rotate", "in.ppm", "out.ppm",
+                              "--angel", 3)
+        self.refuse_arguments("this argument was not expected: b.ppm (see roxe rotate --help)",
+                              "rotate", "in.ppm", "out.ppm", "b.ppm", "--angle", 3)
+        for command in (("crop",), ("resize", "in.ppm"), ("help", "crop")):
+            self.refuse_arguments("ROXE neither crops nor resizes", *command)
+        self.refuse_arguments("there is no command 'rotat' (see roxe --help)", "help", "rotat")
         self.refuse_arguments("these arguments were not expected: b c --d", "rotate", "in.ppm",
                               "out.ppm", "b", "c", "--d", "--angle", 3)
+
+    def test_options(self):
+        rotate = ("rotate", "in.ppm", "out.ppm", "--angle", 3)
+        self.refuse_arguments("--angle may stand only once (see roxe rotate --help)", *rotate,
+                              "--angle", 4)
+        self.refuse_arguments("--about needs a value (see roxe rotate --help)", *rotate, "--about")
+        self.refuse_arguments("--expand takes no value", *rotate, "--expand=yes")
+        self.refuse_arguments("--mask-radius needs --mask", "soft-focus", "in.ppm", "out.ppm",
+                              "--radius", 3, "--mask-radius", 4)
+        self.refuse_arguments("--size and --fit exclude each other", "perspective", "in.ppm",
+                              "out.ppm", "--corners", "0,0,9,0,9,9,0,9", "--size", "9x9", "--fit",
+                              "9x9")
+        self.refuse_arguments("--format needs jpg, png, ppm or pgm, not 'gif' (see roxe run --help)",
+                              "run", "recipe", "in.ppm", "--out", "out", "--format", "gif")
 
     def test_numbers(self):
         rotate = ("rotate", "in.ppm", "out.ppm")

@@ -1,0 +1,82 @@
+#include "options.h"
+
+#include <algorithm>
+
+#include "errors.h"
+
+namespace host {
+namespace {
+
+// Two names around a word of the parser: "--size excludes --fit".
+std::pair<std::string, std::string> around(const std::string& text, const std::string& word) {
+  const size_t place = std::min(text.find(word), text.size());
+  return {text.substr(0, place), text.substr(std::min(place + word.size(), text.size()))};
+}
+
+std::string with_dashes(const std::string& name) {
+  return name.starts_with("-") ? name : "--" + name;
+}
+
+// What the parser complains about, in our words.
+std::string reason(const CLI::App& app, const CLI::ParseError& error) {
+  const std::string text = error.what();
+  const std::vector<std::string> surplus = app.remaining(true);
+  // An option that does not exist is the likeliest reason for one that is missing.
+  const auto stranger = std::ranges::find_if(surplus, [](const std::string& argument) {
+    return argument.starts_with("--") && argument.size() > 2;
+  });
+  switch (static_cast<CLI::ExitCodes>(error.get_exit_code())) {
+    case CLI::ExitCodes::RequiredError:
+      if (stranger != surplus.end()) return "there is no option " + *stranger;
+      return text.starts_with("A subcommand") ? "a command is required" : text;
+    case CLI::ExitCodes::ExtrasError:
+      return (surplus.size() == 1 ? "this argument was not expected: "
+                                  : "these arguments were not expected: ") +
+             CLI::detail::join(surplus, " ");
+    case CLI::ExitCodes::ExcludesError: {
+      const auto [one, other] = around(text, " excludes ");
+      return one + " and " + other + " exclude each other";
+    }
+    case CLI::ExitCodes::RequiresError: {
+      const auto [one, other] = around(text, " requires ");
+      return one + " needs " + other;
+    }
+    case CLI::ExitCodes::ArgumentMismatch:
+      if (text.find("At Most") != text.npos)
+        return around(text, ": ").first + " may stand only once";
+      if (text.find(" missing") != text.npos) return around(text, ": ").first + " needs a value";
+      return with_dashes(around(text, " was ").first) + " takes no value";
+    default:
+      return text;
+  }
+}
+
+// Flags are there or not.
+void refuse_values_of_flags(CLI::App& app) {
+  for (CLI::Option* option : app.get_options({}))
+    if (option->get_items_expected_max() == 0 && option->nonpositional())
+      option->disable_flag_override();
+  for (CLI::App* command : app.get_subcommands({})) refuse_values_of_flags(*command);
+}
+
+}  // namespace
+
+void parse(CLI::App& app, std::vector<std::string> arguments) {
+  refuse_values_of_flags(app);
+  std::ranges::reverse(arguments);  // the parser takes them from the back
+  try {
+    app.parse(arguments);
+  } catch (const CLI::Success&) {  // help was asked for
+    throw;
+  } catch (const CLI::ParseError& error) {
+    throw UsageError(reason(app, error));
+  }
+}
+
+std::string meaning_of(const CLI::Option& option) {
+  const std::string value = option.get_default_str();
+  if (value.empty() || option.get_required()) return option.get_description();
+  return option.get_description() + " (default: " + value + ")";
+}
+
+}  // namespace host

@@ -13,9 +13,11 @@ const bench::Registration rotation([] {
   for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<uint8_t>(i * 151 + i / 997);
 
   // 7.3 degrees through the middle of the source.
-  static const roxe::RotationWalk walk = {src.data(), 3 * kSide, kSide, kSide, {16, 0}, {48, 0},
-                                          65004,      8327,      0,     0,     0};
-  bench::row("rotate", [](const roxe::RowKernels& rows) { rows.rotate(walk, dst.data(), kCount); });
+  static const roxe::RotationWalk walk = {src.data(), 3 * kSide, kSide, kSide, {16, 0},
+                                          {48, 0},    65004,     8327,  -8327, 65004};
+  bench::row("rotate", [](const roxe::RowKernels& rows) {
+    rows.rotate(walk, dst.data(), 3 * kCount, 1, kCount);
+  });
 
   static const roxe::ProjectiveSource source = {src.data(), 3 * kSide, kSide, kSide,
                                                 0.97f,      0.04f,     1e-4f};

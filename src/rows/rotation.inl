@@ -12,7 +12,7 @@ static inline void mix_pixel(const uint8_t* p, const uint8_t* q, uint32_t wx, ui
 }
 
 // Pixel after pixel, in order: also right where dst lies in the source.
-static void rotate(const RotationWalk& walk, uint8_t* dst, int32_t count) {
+static void rotate_row(const RotationWalk& walk, uint8_t* dst, int32_t count) {
   FixedCoordinate x = walk.x, y = walk.y;
   for (int32_t i = 0; i < count; ++i, dst += 3) {
     if (0 < x.whole && x.whole < walk.src_columns - 1 && 0 < y.whole &&
@@ -23,5 +23,15 @@ static void rotate(const RotationWalk& walk, uint8_t* dst, int32_t count) {
     }
     advance(x, walk.step_x);
     advance(y, walk.step_y);
+  }
+}
+
+static void rotate(const RotationWalk& walk, uint8_t* dst, ptrdiff_t dst_stride, int32_t rows,
+                   int32_t count) {
+  RotationWalk row = walk;
+  for (ptrdiff_t y = 0; y < rows; ++y) {
+    rotate_row(row, dst + y * dst_stride, count);
+    advance(row.x, walk.row_step_x);
+    advance(row.y, walk.row_step_y);
   }
 }

@@ -1,6 +1,6 @@
-// Replaces the plain walk of rotation.inl where pixels lie inside the source: kDwords pixels at a
-// time. Each pixel is fetched as two 8-byte loads, two neighbours and the two below; pixels that lie
-// in one row of the source are fetched together.
+// Rotation where pixels lie inside the source: kDwords pixels at a time. Each pixel is fetched as two
+// 8-byte loads, two neighbours and the two below; pixels that lie in one row of the source are
+// fetched together.
 
 // Elements first ... last - 1 of a row.
 struct RowRange {
@@ -82,15 +82,22 @@ static inline void fill_positions(const RotationWalk& walk, int32_t count, Stret
   }
 }
 
+// What is fetched ahead, in bytes: from a sampled pixel to one that is needed some rows later, and
+// the same in the destination; the former for one of eight neighbours.
+struct RotationHints {
+  ptrdiff_t src, dst;
+  int32_t lane;
+};
+
 // Samples count pixels, at most kRotationStretch and all inside the source.
-static void rotate_stretch(const RotationWalk& walk, uint8_t* dst, int32_t count) {
-  if (count < kDwords) {
-    rotate(walk, dst, count);
-    return;
-  }
+static void rotate_stretch(const RotationWalk& walk, const RotationHints& hints, uint8_t* dst,
+                           int32_t count) {
+  if (count < kDwords) return rotate_row(walk, dst, count);
   const uint8_t* src = walk.src + walk.y.whole * walk.src_stride + 3 * ptrdiff_t{walk.x.whole};
-  const ptrdiff_t stride = walk.src_stride, ahead = walk.ahead, dst_ahead = walk.dst_ahead;
-  const int32_t ahead_lane = walk.ahead_lane;
+  const ptrdiff_t stride = walk.src_stride;
+  const uint8_t* src_ahead = src + hints.src;
+  const uint8_t* dst_ahead = dst + hints.dst;
+  const int32_t lane = hints.lane;
   const bool nearly_level = is_nearly_level(walk);
   // All positions first: sampling at once would wait for the offsets to be stored and loaded.
   StretchPositions at;
@@ -99,8 +106,8 @@ static void rotate_stretch(const RotationWalk& walk, uint8_t* dst, int32_t count
     const int32_t* offsets = at.offsets + i;
     for (int32_t k = 0; k < kDwords; k += 8) {
       if (kDwords < 8 && i % 8 != 0) break;  // once for eight pixels
-      __builtin_prefetch(src + ahead + offsets[k + ahead_lane]);
-      __builtin_prefetch(dst + 3 * (i + k) + dst_ahead);
+      prefetch(src_ahead + offsets[k + lane]);
+      prefetch(dst_ahead + 3 * (i + k));
     }
     const bool side_by_side =
         nearly_level && offsets[kDwords - 1] - offsets[0] == 3 * (kDwords - 1);
@@ -120,16 +127,50 @@ static void rotate_stretch(const RotationWalk& walk, uint8_t* dst, int32_t count
 
 // Cuts what lies inside the source into stretches. Rows so long that the bytes of a stretch of them
 // exceed 32 bits are left to the plain row.
-static void rotate_wide(const RotationWalk& walk, uint8_t* dst, int32_t count) {
+static void rotate_in_stretches(const RotationWalk& walk, const RotationHints& hints, uint8_t* dst,
+                                int32_t count) {
   constexpr ptrdiff_t kLongestRow = 1 << 21;
   const RowRange inside = inside_of_source(walk, count);
   for (int64_t i = inside.first; i < inside.last; i += kRotationStretch) {
     const int64_t left = inside.last - i;
+    const int32_t part = static_cast<int32_t>(left < kRotationStretch ? left : kRotationStretch);
     RotationWalk stretch = walk;
     stretch.x = advanced(walk.x, walk.step_x, static_cast<int32_t>(i));
     stretch.y = advanced(walk.y, walk.step_y, static_cast<int32_t>(i));
-    (walk.src_stride <= kLongestRow ? rotate_stretch : rotate)(
-        stretch, dst + 3 * i,
-        static_cast<int32_t>(left < kRotationStretch ? left : kRotationStretch));
+    if (walk.src_stride <= kLongestRow)
+      rotate_stretch(stretch, hints, dst + 3 * i, part);
+    else
+      rotate_row(stretch, dst + 3 * i, part);
+  }
+}
+
+// Whether the walk climbs by more than slope / 4 rows a column.
+static bool is_steeper(const RotationWalk& walk, int64_t slope) {
+  const auto magnitude = [](int64_t v) { return v < 0 ? -v : v; };
+  return 4 * magnitude(walk.step_y) > slope * magnitude(walk.step_x);
+}
+
+// Strips of columns: the steeper the walk, the more rows of the source a row of the destination
+// crosses, and these are to stay in the first cache until the next row needs them.
+static void rotate_wide(const RotationWalk& walk, uint8_t* dst, ptrdiff_t dst_stride, int32_t rows,
+                        int32_t count) {
+  const bool is_slanted = is_steeper(walk, 1), is_steep = is_steeper(walk, 6);
+  const int32_t strip = is_slanted ? 512 : 1024;
+  const int64_t rows_ahead = is_slanted ? 24 : 16;
+  const auto steps = [&](int32_t step) { return static_cast<ptrdiff_t>(rows_ahead * step >> 16); };
+  RotationHints hints;
+  hints.src = steps(walk.row_step_y) * walk.src_stride + steps(walk.row_step_x) * 3;
+  hints.dst = 4 * dst_stride;
+  for (int32_t first = 0; first < count; first += strip) {
+    RotationWalk row = walk;
+    row.x = advanced(walk.x, walk.step_x, first);
+    row.y = advanced(walk.y, walk.step_y, first);
+    const int32_t part = count - first < strip ? count - first : strip;
+    for (ptrdiff_t y = 0; y < rows; ++y) {
+      hints.lane = is_steep ? y & 7 : 0;
+      rotate_in_stretches(row, hints, dst + y * dst_stride + 3 * ptrdiff_t{first}, part);
+      advance(row.x, walk.row_step_x);
+      advance(row.y, walk.row_step_y);
+    }
   }
 }

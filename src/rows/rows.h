@@ -41,18 +41,15 @@ static inline FixedCoordinate advanced(FixedCoordinate at, int32_t step, int32_t
   return {static_cast<int32_t>(sum >> 16), static_cast<int32_t>(sum & 65535)};
 }
 
-// A walk through a 24-bit picture: where its first pixel is sampled, and the step to the next.
+// A walk through a 24-bit picture in parallel rows: where the first pixel is sampled, the step to the
+// next one and the step to the next row.
 struct RotationWalk {
   const uint8_t* src;
   ptrdiff_t src_stride;
   int32_t src_columns, src_rows;
   FixedCoordinate x, y;
   int32_t step_x, step_y;
-  // Hints for fetching ahead: from a sampled source pixel to one that is needed some rows later,
-  // from a destination pixel to one that is written some rows later (bytes; 0: none), and which one
-  // of eight neighbouring source pixels to go by.
-  ptrdiff_t ahead, dst_ahead;
-  int32_t ahead_lane;
+  int32_t row_step_x, row_step_y;
 };
 
 // The numerators of the two coordinates and their common denominator, at one pixel.
@@ -145,10 +142,12 @@ struct RowKernels {
 
   // ---- geometry (rotation.inl, projective.inl)
 
-  // Samples the walk at count pixels. Those that do not lie strictly between the first and the last
-  // column and row of the source are left as they were. The plain body reads and writes pixel after
-  // pixel and allows dst to lie in the source, and steps of any length; the others do not.
-  void (*rotate)(const RotationWalk& walk, uint8_t* dst, int32_t count);
+  // Samples the walk at count pixels in each of so many rows, dst_stride apart. Those that do not lie
+  // strictly between the first and the last column and row of the source are left as they were. The
+  // plain body reads and writes pixel after pixel, row after row, and allows dst to lie in the source,
+  // and steps of any length; the others do not.
+  void (*rotate)(const RotationWalk& walk, uint8_t* dst, ptrdiff_t dst_stride, int32_t rows,
+                 int32_t count);
 
   // Samples count pixels in each of 1 ... kProjectiveBand rows, dst_stride apart, from the sums at
   // the start of each row on. Pixels that four source pixels do not cover are left as they were.

@@ -17,6 +17,8 @@ RotationWalk WalkThrough(const Image& src, float angle, int32_t count) {
   walk.src_rows = src.record.height;
   walk.step_x = static_cast<int32_t>(std::cos(angle) * 65536);
   walk.step_y = static_cast<int32_t>(std::sin(angle) * 65536);
+  walk.row_step_x = -walk.step_y;
+  walk.row_step_y = walk.step_x;
   const auto start = [&](int32_t size, int32_t step) {
     const int32_t at = size * 32768 + 12345 - count / 2 * step;
     return roxe::FixedCoordinate{at >> 16, at & 65535};
@@ -26,14 +28,17 @@ RotationWalk WalkThrough(const Image& src, float angle, int32_t count) {
   return walk;
 }
 
+// Three rows of count pixels, with bytes between them that must stay.
 void ExpectAsPlain(const RotationWalk& walk, int32_t count, std::mt19937& random) {
-  const RandomBytes before(random, 3 * static_cast<size_t>(count));
+  constexpr int32_t kRows = 3;
+  const ptrdiff_t stride = 3 * ptrdiff_t{count} + 5;
+  const RandomBytes before(random, static_cast<size_t>(kRows * stride - 5));
   const GuardedMemory expected(before.size()), dst(before.size());
   std::copy_n(before.data(), before.size(), expected.data());
-  roxe::kPlainRows.rotate(walk, expected.data(), count);
+  roxe::kPlainRows.rotate(walk, expected.data(), stride, kRows, count);
   for (const roxe::RowKernels* rows : RunnableTables()) {
     std::copy_n(before.data(), before.size(), dst.data());
-    rows->rotate(walk, dst.data(), count);
+    rows->rotate(walk, dst.data(), stride, kRows, count);
     ASSERT_EQ(Bytes(dst), Bytes(expected))
         << rows->name << ' ' << count << " steps " << walk.step_x << ' ' << walk.step_y;
   }

@@ -23,8 +23,35 @@ static inline uint32_t magnitude(int32_t a) {
   return a < 0 ? 0 - static_cast<uint32_t>(a) : static_cast<uint32_t>(a);
 }
 
-// a * b + c with a single rounding.
+// a * b + c with a single rounding, without an instruction for it. The product of two floats has 48
+// bits and is exact in double precision; so is the error of the sum (two-sum), which is not a number
+// for infinite sums. An inexact sum is rounded to odd: of the two doubles around the exact value the
+// one whose last bit is 1. It then lies on the same side of every float and of every point halfway
+// between two floats as the exact value does, because those have at most 25 bits and so, in 53 bits,
+// end in 0: the conversion rounds as the exact value would be rounded, to subnormal floats too. Sums
+// of doubles never lose bits below the smallest normal one here: floats and their products are
+// multiples of 2^-298.
+static inline float fused_in_doubles(float a, float b, float c) {
+  const double product = static_cast<double>(a) * static_cast<double>(b);
+  const double addend = static_cast<double>(c);
+  double sum = product + addend;
+  const double part = sum - product;
+  const double error = (product - (sum - part)) + (addend - part);
+  uint64_t bits;
+  __builtin_memcpy(&bits, &sum, sizeof bits);
+  if ((error < 0 || error > 0) && (bits & 1) == 0) {
+    bits += (error > 0) == (sum > 0) ? 1u : ~uint64_t{0};  // away from zero or toward it
+    __builtin_memcpy(&sum, &bits, sizeof bits);
+  }
+  return static_cast<float>(sum);
+}
+
+// a * b + c with a single rounding, by the instruction where the target has one.
+#if defined(__FMA__) || defined(__aarch64__)
 static inline float fused(float a, float b, float c) { return __builtin_fmaf(a, b, c); }
+#else
+static inline float fused(float a, float b, float c) { return fused_in_doubles(a, b, c); }
+#endif
 
 // Truncates toward zero; values out of range saturate and NaN gives INT32_MIN. The plain cast is
 // undefined there, and processors disagree.

@@ -35,7 +35,7 @@ static RowRange inside_of_source(const RotationWalk& walk, int32_t count) {
   return narrow(range, walk.y, walk.step_y, walk.src_rows);
 }
 
-constexpr int32_t kRotationStretch = 512;  // pixels whose offsets are computed before sampling
+constexpr int32_t kRotationSegment = 512;  // pixels whose offsets are computed before sampling
 
 // Above 8 degrees pixels that make a vector seldom lie in one row of the source. Steps to the right
 // are nearly whole pixels: the last pixel of a vector is then as many pixels from the first only
@@ -55,15 +55,15 @@ static inline Corners corners_apart(const uint8_t* src, ptrdiff_t stride, const 
   return corners;
 }
 
-// What sampling needs of each pixel of a stretch.
-struct StretchPositions {
-  alignas(64) int32_t offsets[kRotationStretch];  // in bytes from the first pixel
-  alignas(64) uint32_t down[kRotationStretch], across[kRotationStretch];  // CornerWeights
+// What sampling needs of each pixel of a segment.
+struct SegmentPositions {
+  alignas(64) int32_t offsets[kRotationSegment];  // in bytes from the first pixel
+  alignas(64) uint32_t down[kRotationSegment], across[kRotationSegment];  // CornerWeights
 };
 
 // Positions are relative to the first pixel, so that they fit 32 bits. Fills whole vectors, and
 // eight offsets where there is one.
-static inline void fill_positions(const RotationWalk& walk, int32_t count, StretchPositions& at) {
+static inline void fill_positions(const RotationWalk& walk, int32_t count, SegmentPositions& at) {
   const auto first = [](int32_t fraction, int32_t step) {
     return numbers() * static_cast<uint32_t>(step) + static_cast<uint32_t>(fraction);
   };
@@ -89,8 +89,8 @@ struct RotationHints {
   int32_t lane;
 };
 
-// Samples count pixels, at most kRotationStretch and all inside the source.
-static void rotate_stretch(const RotationWalk& walk, const RotationHints& hints, uint8_t* dst,
+// Samples count pixels, at most kRotationSegment and all inside the source.
+static void rotate_segment(const RotationWalk& walk, const RotationHints& hints, uint8_t* dst,
                            int32_t count) {
   if (count < kDwords) return rotate_row(walk, dst, count);
   const uint8_t* src = walk.src + walk.y.whole * walk.src_stride + 3 * ptrdiff_t{walk.x.whole};
@@ -100,7 +100,7 @@ static void rotate_stretch(const RotationWalk& walk, const RotationHints& hints,
   const int32_t lane = hints.lane;
   const bool nearly_level = is_nearly_level(walk);
   // All positions first: sampling at once would wait for the offsets to be stored and loaded.
-  StretchPositions at;
+  SegmentPositions at;
   fill_positions(walk, count, at);
   const auto sample = [&](int32_t i) __attribute__((always_inline)) {
     const int32_t* offsets = at.offsets + i;
@@ -125,22 +125,22 @@ static void rotate_stretch(const RotationWalk& walk, const RotationHints& hints,
   if (i + kDwords != count) store_mixes(dst + 3 * (count - kDwords), sample(count - kDwords));
 }
 
-// Cuts what lies inside the source into stretches. Rows so long that the bytes of a stretch of them
+// Cuts what lies inside the source into segments. Rows so long that the bytes of a segment of them
 // exceed 32 bits are left to the plain row.
-static void rotate_in_stretches(const RotationWalk& walk, const RotationHints& hints, uint8_t* dst,
-                                int32_t count) {
+static void rotate_in_segments(const RotationWalk& walk, const RotationHints& hints, uint8_t* dst,
+                               int32_t count) {
   constexpr ptrdiff_t kLongestRow = 1 << 21;
   const RowRange inside = inside_of_source(walk, count);
-  for (int64_t i = inside.first; i < inside.last; i += kRotationStretch) {
+  for (int64_t i = inside.first; i < inside.last; i += kRotationSegment) {
     const int64_t left = inside.last - i;
-    const int32_t part = static_cast<int32_t>(left < kRotationStretch ? left : kRotationStretch);
-    RotationWalk stretch = walk;
-    stretch.x = advanced(walk.x, walk.step_x, static_cast<int32_t>(i));
-    stretch.y = advanced(walk.y, walk.step_y, static_cast<int32_t>(i));
+    const int32_t part = static_cast<int32_t>(left < kRotationSegment ? left : kRotationSegment);
+    RotationWalk segment = walk;
+    segment.x = advanced(walk.x, walk.step_x, static_cast<int32_t>(i));
+    segment.y = advanced(walk.y, walk.step_y, static_cast<int32_t>(i));
     if (walk.src_stride <= kLongestRow)
-      rotate_stretch(stretch, hints, dst + 3 * i, part);
+      rotate_segment(segment, hints, dst + 3 * i, part);
     else
-      rotate_row(stretch, dst + 3 * i, part);
+      rotate_row(segment, dst + 3 * i, part);
   }
 }
 
@@ -168,7 +168,7 @@ static void rotate_wide(const RotationWalk& walk, uint8_t* dst, ptrdiff_t dst_st
     const int32_t part = count - first < strip ? count - first : strip;
     for (ptrdiff_t y = 0; y < rows; ++y) {
       hints.lane = is_steep ? y & 7 : 0;
-      rotate_in_stretches(row, hints, dst + y * dst_stride + 3 * ptrdiff_t{first}, part);
+      rotate_in_segments(row, hints, dst + y * dst_stride + 3 * ptrdiff_t{first}, part);
       advance(row.x, walk.row_step_x);
       advance(row.y, walk.row_step_y);
     }

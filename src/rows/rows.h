@@ -71,8 +71,17 @@ constexpr int32_t kProjectiveBand = 8;  // most rows of a band
 
 // A row in lanes: its columns are cut into 32 stretches of equal length, the last of them filled up
 // with zeros, which lie side by side in the 32 lanes of vectors. Running along the row is then one
-// vector addition a column of a stretch. Vector x of the plane of a channel holds column x of every
-// stretch k in byte byte_of_lane(k); the order spares the wide bodies a permutation.
+// vector addition a column of a stretch. Of 96 columns:
+//
+//   stretch       0    |    1    |    2    |  ...  |    31
+//   columns   0  1  2  | 3  4  5 | 6  7  8 |  ...  | 93 94 95
+//
+//   lane        0    1    2    3   ...  31
+//   vector 0    0    3    6    9   ...  93       column 0 of every stretch
+//   vector 1    1    4    7   10   ...  94
+//   vector 2    2    5    8   11   ...  95       a plane; one for each channel
+//
+// Lane k is byte byte_of_lane(k) of a vector; the order spares the wide bodies a permutation.
 constexpr int32_t kLanes = 32;
 static inline int32_t byte_of_lane(int32_t k) {
   return (k & 7) | (k & 8) << 1 | (k & 16) >> 1;  // the middle two groups of eight change places

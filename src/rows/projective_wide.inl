@@ -104,7 +104,8 @@ static inline void sample_tile(const ProjectiveSource& source, const TilePositio
 
 // Whether tiles may lie inside the source, and offsets in it fit 32 bits.
 static bool fits_tiles(const ProjectiveSource& source) {
-  return source.columns >= 3 && source.rows >= 3 && int64_t{source.stride} * source.rows <= INT32_MAX;
+  return source.columns >= 3 && source.rows >= 3 &&
+         int64_t{source.stride} * source.rows <= INT32_MAX;
 }
 
 // Lanes without a row repeat the last one.

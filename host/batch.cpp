@@ -71,10 +71,10 @@ void process(const BatchJob& job, const Recipe& recipe, const std::string& targe
     std::error_code none;
     if (fs::equivalent(result.input, target, none))
       throw Failure(result.input + ": the result would replace the photograph itself");
-    Picture picture = load_picture(result.input, job.background, result.notes).picture;
+    Picture picture = load_picture(result.input, job.reading, result.notes).picture;
     check_target(target);  // after the input, so that a folder or a text is refused as what it is
     try {
-      for (const auto& operation : recipe) operation->apply(picture, job.background);
+      for (const auto& operation : recipe) operation->apply(picture, job.reading.background);
     } catch (const std::runtime_error& error) {
       throw Failure(result.input + ": " + error.what());
     }

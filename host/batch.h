@@ -15,7 +15,7 @@ struct BatchJob {
   std::string directory;  // receives the results; made if it is missing
   std::string extension;  // of the results, with its point; empty: as the input
   int at_a_time = 0;      // 0: as many as the machine has processors
-  Colour background;
+  ReadSettings reading;
   WriteSettings settings;
 };
 

@@ -32,7 +32,7 @@ class Run : public Command {
   }
 
   int run() override {
-    job_.background = options_.background;
+    job_.reading = options_.reading();
     job_.settings = options_.settings;
     if (!format_.empty()) job_.extension = "." + format_;
     const Recipe recipe = read_recipe(recipe_path_);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <set>
 
 namespace host {
 namespace {
@@ -43,6 +44,34 @@ std::optional<FileFormat> format_of_name(std::string_view path) {
   if (extension == ".png") return FileFormat::kPng;
   if (extension == ".ppm" || extension == ".pgm") return FileFormat::kPnm;
   return {};
+}
+
+void note_jpeg_blocks(const Metadata& metadata, std::string_view format, Notes& notes) {
+  const auto note = [&](const std::string& what, const char* verb) {
+    notes.push_back(what + " no place in " + std::string(format) + " and " + verb + " left out");
+  };
+  if (!metadata.photoshop.empty()) note("its IPTC block has", "is");
+  if (!metadata.extended_xmp.empty()) note("the continuation of its XMP packet has", "is");
+  if (!metadata.comments.empty()) note("its JPEG comments have", "are");
+  if (metadata.other_segments.empty()) return;
+  std::set<int> numbers;
+  for (const auto& segment : metadata.other_segments) numbers.insert(segment.marker & 15);
+  std::string names;
+  for (const int number : numbers) names += " APP" + std::to_string(number);
+  note("its segments" + names + " have", "are");
+}
+
+void note_png_chunks(const Metadata& metadata, std::string_view format, Notes& notes) {
+  std::set<std::string> names;
+  for (const auto& chunk : metadata.chunks) names.insert(chunk.name);
+  const auto note = [&](const std::string& what) {
+    notes.push_back(what + " have no place in " + std::string(format) + " and are left out");
+  };
+  if (names.erase("tEXt") + names.erase("zTXt") + names.erase("iTXt") > 0) note("its PNG texts");
+  if (names.empty()) return;
+  std::string list;
+  for (const std::string& name : names) list += " " + name;
+  note("its PNG chunks" + list);
 }
 
 bool profile_fits(const Bytes& icc, bool grey, Notes& notes) {

@@ -25,15 +25,28 @@ struct Decoded {
 struct ReadSettings {
   ReadSettings(Colour background = {}) : background(background) {}
 
-  Colour background;  // shows through transparent pixels
+  Colour background;     // shows through transparent pixels
+  bool damaged = false;  // what can be read of a damaged JPEG is better than nothing
 };
 
+enum class Subsampling { kDefault, k444, k422, k420 };
+
 struct WriteSettings {
-  int quality = 95;  // JPEG, 1 ... 100
-  bool pgm = false;  // of the portable formats, the grey one
+  std::optional<int>
+      quality;  // 1 ... 100; without one a JPEG from a JPEG keeps its tables, 95 else
+  Subsampling subsampling = Subsampling::kDefault;  // as quality: kept, 4:4:4 else
+  bool progressive = false;                         // of a JPEG
+  bool strip = false;                               // writes no metadata but what colours mean
+  bool strip_gps = false;                           // nor where the picture was taken
+  bool preserve_time = false;                       // the file seems as old as the input
+  bool pgm = false;                                 // of the portable formats, the grey one
 };
 
 using Notes = std::vector<std::string>;  // what a person may want to know, a sentence each
+
+// What travels only between two files of the same format.
+void note_jpeg_blocks(const Metadata& metadata, std::string_view format, Notes& notes);
+void note_png_chunks(const Metadata& metadata, std::string_view format, Notes& notes);
 
 std::optional<FileFormat> format_of_content(const Bytes& file);
 // What else a file may be, for the message of refusal: "a TIFF picture", or empty.
@@ -44,14 +57,17 @@ std::optional<FileFormat> format_of_name(std::string_view path);
 // Whether there is a profile for the channels that are written; a note if there is another one.
 bool profile_fits(const Bytes& icc, bool grey, Notes& notes);
 
-Decoded decode_jpeg(const Bytes& file, Notes& notes);
+Decoded decode_jpeg(const Bytes& file, const ReadSettings& settings, Notes& notes);
 Decoded decode_png(const Bytes& file, const ReadSettings& settings, Notes& notes);
 Decoded decode_pnm(const Bytes& file, Notes& notes);
 
-// Grey is written as one channel where the format has it.
-Bytes encode_jpeg(const Picture& picture, bool grey, const WriteSettings& settings, Notes& notes);
-Bytes encode_png(const Picture& picture, bool grey, Notes& notes);
-Bytes encode_pnm(const Picture& picture, const WriteSettings& settings, Notes& notes);
+// The metadata is what is written, not the picture's own. Grey is written as one channel where the
+// format has it.
+Bytes encode_jpeg(const Picture& picture, const Metadata& metadata, bool grey,
+                  const WriteSettings& settings, Notes& notes);
+Bytes encode_png(const Picture& picture, const Metadata& metadata, bool grey, Notes& notes);
+Bytes encode_pnm(const Picture& picture, const Metadata& metadata, const WriteSettings& settings,
+                 Notes& notes);
 
 }  // namespace host
 

@@ -29,7 +29,7 @@ class OperationCommand : public Command {
     if (writes) check_target(output_);
 
     Notes notes;
-    Picture picture = load_picture(input_, options_.background, notes).picture;
+    Picture picture = load_picture(input_, options_.reading(), notes).picture;
     const std::string done = operation_->apply(picture, options_.background).sentence;
     if (writes) save_picture(picture, output_, options_.settings, notes);
     for (const std::string& note : notes) complain("note: " + note);

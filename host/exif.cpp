@@ -185,6 +185,10 @@ void swap_values(Bytes& exif, std::optional<size_t> directory, uint16_t tag_x, u
   const Tiff tiff(exif);
   const auto x = tiff.find(directory, tag_x), y = tiff.find(directory, tag_y);
   if (!x || !y || x->type != y->type || x->count != y->count) return;
+  const auto first_of_x = exif.begin() + static_cast<ptrdiff_t>(x->value);
+  const auto bytes = static_cast<ptrdiff_t>(x->count * bytes_of_type(x->type));
+  if (std::equal(first_of_x, first_of_x + bytes, exif.begin() + static_cast<ptrdiff_t>(y->value)))
+    return;
   std::swap_ranges(exif.begin() + static_cast<ptrdiff_t>(x->entry + 8),
                    exif.begin() + static_cast<ptrdiff_t>(x->entry + 12),
                    exif.begin() + static_cast<ptrdiff_t>(y->entry + 8));

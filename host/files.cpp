@@ -101,13 +101,17 @@ class TemporaryFile {
 
   bool made() const { return file_was_made_; }
 
-  bool write(const Bytes& bytes, mode_t mode) {
+  bool write(const Bytes& bytes, mode_t mode, const std::optional<timespec>& modified) {
     size_t done = 0;
     while (done < bytes.size()) {
       const ssize_t count = ::write(file_.number(), bytes.data() + done, bytes.size() - done);
       if (count < 0 && errno == EINTR) continue;
       if (count < 0) return false;
       done += static_cast<size_t>(count);
+    }
+    if (modified) {
+      const timespec times[2] = {{0, UTIME_OMIT}, *modified};
+      if (::futimens(file_.number(), times) != 0) return false;
     }
     return ::fchmod(file_.number(), mode) == 0 && ::fsync(file_.number()) == 0 && file_.close();
   }
@@ -205,12 +209,19 @@ void check_writable(const std::string& path) {
     throw Failure(path + ": cannot be written, the folder refuses it (" + reason() + ")");
 }
 
-void write_file(const std::string& path, const Bytes& bytes) {
+std::optional<timespec> modification_time(const std::string& path) {
+  struct stat status;
+  if (::stat(path.c_str(), &status) != 0) return {};
+  return status.st_mtim;
+}
+
+void write_file(const std::string& path, const Bytes& bytes,
+                const std::optional<timespec>& modified) {
   check_writable(path);
   const fs::path target = target_of(path);
   const mode_t mode = mode_for(target);
   TemporaryFile temporary(directory_of(target));
-  if (!temporary.made() || !temporary.write(bytes, mode) || !temporary.rename(target))
+  if (!temporary.made() || !temporary.write(bytes, mode, modified) || !temporary.rename(target))
     throw Failure(path + ": cannot be written (" + reason() + ")");
 }
 

@@ -1,9 +1,58 @@
 #include "metadata.h"
 
+#include <algorithm>
+#include <set>
+#include <string_view>
+#include <utility>
+
 #include "exif.h"
+#include "photoshop.h"
 #include "profile.h"
+#include "thumbnail.h"
+#include "xmp.h"
 
 namespace host {
+namespace {
+
+// What a JPEG segment has room for; the thumbnail in a PNG needs no more.
+constexpr size_t kMostExif = 65527;
+
+constexpr std::string_view kColourChunks[] = {"cICP", "mDCV", "cLLI"};
+
+// Says what the numbers of the pixels mean, so that the picture looks the same without the rest.
+Metadata only_colours(const Metadata& metadata) {
+  Metadata kept;
+  kept.icc = metadata.icc;
+  kept.density = metadata.density;
+  kept.srgb_intent = metadata.srgb_intent;
+  kept.gamma = metadata.gamma;
+  kept.chromaticities = metadata.chromaticities;
+  kept.jpeg_coding = metadata.jpeg_coding;
+  for (const Metadata::Chunk& chunk : metadata.chunks)
+    if (std::find(std::begin(kColourChunks), std::end(kColourChunks), chunk.name) !=
+        std::end(kColourChunks))
+      kept.chunks.push_back(chunk);
+  return kept;
+}
+
+// Some programs write EXIF and XMP into texts, as hexadecimal numbers.
+bool is_raw_profile(const Metadata::Chunk& chunk) {
+  return chunk.name.ends_with("Xt") && holds(chunk.bytes, "Raw profile type");
+}
+
+void remove_gps(Metadata& metadata, Notes& notes) {
+  remove_exif_gps(metadata.exif);
+  remove_xmp_gps(metadata.xmp);
+  const auto names_a_place = [](const Bytes& segment) {
+    return holds(segment, "GPS") || holds(segment, "Gps") || holds(segment, "gps");
+  };
+  if (std::erase_if(metadata.extended_xmp, names_a_place) > 0)
+    notes.push_back("the continuation of its XMP packet holds positions and is left out");
+  if (std::erase_if(metadata.chunks, is_raw_profile) > 0)
+    notes.push_back("its texts that may hold positions are left out");
+}
+
+}  // namespace
 
 Description describe_metadata(const Metadata& metadata) {
   ExifTexts texts = exif_texts(metadata.exif);
@@ -12,5 +61,38 @@ Description describe_metadata(const Metadata& metadata) {
 }
 
 bool is_srgb(const Bytes& icc) { return icc.empty() || has_srgb_primaries(icc); }
+
+void reset_orientation(Metadata& metadata) {
+  reset_exif_orientation(metadata.exif);
+  reset_xmp_orientation(metadata.xmp);
+}
+
+void swap_axes(Metadata& metadata) {
+  std::swap(metadata.density.x, metadata.density.y);
+  swap_exif_axes(metadata.exif);
+  if (!metadata.jpeg_coding) return;
+  for (JpegCoding::Component& component : metadata.jpeg_coding->components) {
+    std::swap(component.horizontal_samples, component.vertical_samples);
+    for (size_t y = 0; y < 8; ++y)
+      for (size_t x = 0; x < y; ++x)
+        std::swap(component.quantisation[8 * y + x], component.quantisation[8 * x + y]);
+  }
+}
+
+Metadata metadata_of_result(const Picture& picture, const WriteSettings& settings, Notes& notes) {
+  if (settings.strip) return only_colours(picture.metadata);
+  Metadata metadata = picture.metadata;
+  if (settings.strip_gps) remove_gps(metadata, notes);
+  set_exif_size(metadata.exif, picture.width(), picture.height());
+  const MakeThumbnail make = [&](size_t most_bytes) { return make_thumbnail(picture, most_bytes); };
+  if (renew_exif_thumbnail(metadata.exif, kMostExif, make) == ThumbnailChange::kRemoved)
+    notes.push_back("its EXIF thumbnail, of the picture as it was, is left out");
+  remove_photoshop_thumbnails(metadata.photoshop);
+  if (holds_another_jpeg(metadata.exif))
+    notes.push_back("among its maker's notes stays a preview of the picture as it was");
+  if (holds(metadata.xmp, "xmpGImg:image"))
+    notes.push_back("in its XMP packet stays a thumbnail of the picture as it was");
+  return metadata;
+}
 
 }  // namespace host

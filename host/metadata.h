@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "codecs.h"
 #include "picture.h"
 
 namespace host {
@@ -18,6 +19,16 @@ Description describe_metadata(const Metadata& metadata);
 
 // Whether the colour profile, if there is one, describes sRGB. Judged by its primaries.
 bool is_srgb(const Bytes& icc);
+
+// The picture was made upright: nothing is to be turned any more.
+void reset_orientation(Metadata& metadata);
+
+// The picture was turned by a quarter: what concerns rows concerns columns now.
+void swap_axes(Metadata& metadata);
+
+// What is written with a result: sizes are those of the picture, thumbnails show it, and what the
+// person does not want is gone. What still shows the picture as it was gets a note.
+Metadata metadata_of_result(const Picture& picture, const WriteSettings& settings, Notes& notes);
 
 }  // namespace host
 

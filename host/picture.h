@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,27 +28,48 @@ struct Density {
   uint32_t x = 0, y = 0;
 };
 
-// Blocks that travel from the input to the output as they are.
+// How a JPEG was compressed, component by component: Y, Cb and Cr, or grey alone.
+struct JpegCoding {
+  struct Component {
+    std::array<uint16_t, 64> quantisation;  // row by row, by vertical frequency
+    int horizontal_samples, vertical_samples;
+  };
+  std::vector<Component> components;
+};
+
+// Blocks that travel from the input to the output.
 struct Metadata {
-  struct Text {
-    int compression = 0;
-    std::string keyword, text, language, translated_keyword;
+  // The segments of a JPEG that are kept, each content in the member of the same name.
+  enum class SegmentKind { kExif, kXmp, kExtendedXmp, kIcc, kPhotoshop, kComment, kOther };
+  struct Segment {
+    int marker;
+    Bytes bytes;
+  };
+  struct Chunk {
+    std::string name;  // of four letters
+    Bytes bytes;
+    bool after_pixels;
   };
 
   Bytes exif;  // the TIFF structure, without a container's prefix
   Bytes xmp;   // the packet
   Bytes icc;   // the whole profile
   Density density;
-  std::vector<Bytes> extended_xmp;  // JPEG APP1 segments that continue a long XMP packet
-  std::vector<Bytes> photoshop;     // JPEG APP13 segments: IPTC and other resources
-  std::vector<Bytes> comments;      // JPEG comments
-  std::vector<Text> texts;          // PNG texts other than XMP
+  std::vector<Bytes> extended_xmp;      // JPEG APP1 segments that continue a long XMP packet
+  std::vector<Bytes> photoshop;         // JPEG APP13 segments: IPTC and other resources
+  std::vector<Bytes> comments;          // JPEG comments
+  std::vector<Segment> other_segments;  // JPEG segments of other programs
+  std::vector<SegmentKind> segment_order;
+  std::vector<Chunk> chunks;  // PNG texts other than XMP, and chunks of other programs
 
   // How a PNG says what its numbers mean where it has no profile: rendering intent of sRGB, gamma
   // and the eight chromaticities in units of 1/100000.
   std::optional<int> srgb_intent;
   std::optional<int32_t> gamma;
   std::optional<std::array<int32_t, 8>> chromaticities;
+
+  std::optional<JpegCoding> jpeg_coding;
+  std::optional<timespec> modified;  // when the file was last changed
 };
 
 class Picture {

@@ -5,6 +5,7 @@
 #include "errors.h"
 #include "exif.h"
 #include "files.h"
+#include "metadata.h"
 
 namespace host {
 namespace {
@@ -19,7 +20,7 @@ Decoded decode(const Bytes& file, const ReadSettings& settings, Notes& notes) {
   }
   switch (*format) {
     case FileFormat::kJpeg:
-      return decode_jpeg(file, notes);
+      return decode_jpeg(file, settings, notes);
     case FileFormat::kPng:
       return decode_png(file, settings, notes);
     default:
@@ -45,10 +46,12 @@ LoadedPicture load_picture(const std::string& path, const ReadSettings& settings
   try {
     Decoded decoded = decode(file, settings, notes);
     name_the_file(notes, first_note, path);
+    decoded.picture.metadata.modified = modification_time(path);
     LoadedPicture loaded{std::move(decoded.picture), std::move(decoded.description)};
     loaded.orientation = exif_orientation(loaded.picture.metadata.exif);
     make_upright(loaded.picture, loaded.orientation);
-    reset_exif_orientation(loaded.picture.metadata.exif);
+    reset_orientation(loaded.picture.metadata);
+    if (loaded.orientation >= 5) swap_axes(loaded.picture.metadata);
     return loaded;
   } catch (const Failure& failure) {
     throw Failure(path + ": " + failure.what());
@@ -69,22 +72,23 @@ void save_picture(const Picture& picture, const std::string& path, WriteSettings
   const size_t first_note = notes.size();
   Bytes file;
   try {
+    const Metadata metadata = metadata_of_result(picture, settings, notes);
     switch (*format_of_name(path)) {
       case FileFormat::kJpeg:
-        file = encode_jpeg(picture, grey, settings, notes);
+        file = encode_jpeg(picture, metadata, grey, settings, notes);
         break;
       case FileFormat::kPng:
-        file = encode_png(picture, grey, notes);
+        file = encode_png(picture, metadata, grey, notes);
         break;
       case FileFormat::kPnm:
         settings.pgm = ends_in_pgm(path);
-        file = encode_pnm(picture, settings, notes);
+        file = encode_pnm(picture, metadata, settings, notes);
     }
   } catch (const Failure& failure) {
     throw Failure(path + ": " + failure.what());
   }
   name_the_file(notes, first_note, path);
-  write_file(path, file);
+  write_file(path, file, settings.preserve_time ? picture.metadata.modified : std::nullopt);
 }
 
 }  // namespace host

@@ -6,16 +6,17 @@
 
 #include "codecs.h"
 #include "errors.h"
+#include "png_chunks.h"
 
 namespace host {
 namespace {
 
-constexpr char kXmpKeyword[] = "XML:com.adobe.xmp";
-
 // libpng's errors come back to the setjmp of the function that called it.
 struct Progress {
-  const uint8_t* data = nullptr;  // read from here ...
-  size_t size = 0, position = 0;
+  const uint8_t* data = nullptr;          // read from here ...
+  const PngFile::Range* range = nullptr;  // the part of it that is read now
+  const PngFile::Range* last = nullptr;
+  size_t position = 0;
   Bytes* output = nullptr;  // ... or written to there
   char message[128] = "";
   bool profile_is_damaged = false;
@@ -37,9 +38,17 @@ void watch_profile(png_structp png, png_const_charp message) {
 
 void read_bytes(png_structp png, png_bytep to, size_t count) {
   auto* progress = static_cast<Progress*>(png_get_io_ptr(png));
-  if (count > progress->size - progress->position) png_error(png, "the file ends early");
-  std::memcpy(to, progress->data + progress->position, count);
-  progress->position += count;
+  while (count > 0) {
+    while (progress->position == progress->range->end) {
+      if (progress->range == progress->last) png_error(png, "the file ends early");
+      progress->position = (++progress->range)->begin;
+    }
+    const size_t part = std::min(count, progress->range->end - progress->position);
+    std::memcpy(to, progress->data + progress->position, part);
+    progress->position += part;
+    to += part;
+    count -= part;
+  }
 }
 
 void write_bytes(png_structp png, png_bytep from, size_t count) {
@@ -59,11 +68,10 @@ struct Reader {
   Progress progress;
   png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &progress, stop, watch_profile);
   png_infop info = png ? png_create_info_struct(png) : nullptr;
-  png_infop end = png ? png_create_info_struct(png) : nullptr;
   Reader() {
-    if (!info || !end) throw std::bad_alloc();
+    if (!info) throw std::bad_alloc();
   }
-  ~Reader() { png_destroy_read_struct(&png, &info, &end); }
+  ~Reader() { png_destroy_read_struct(&png, &info, nullptr); }
 };
 
 struct Writer {
@@ -88,7 +96,7 @@ bool read_header(Reader& reader) {
   return true;
 }
 
-bool read_pixels(Reader& reader, Colour background, png_bytepp rows) {
+bool read_pixels(Reader& reader, Colour background, Picture& picture) {
   png_structp png = reader.png;
   if (setjmp(png_jmpbuf(png))) return false;
   png_set_expand(png);    // palette, fewer than 8 bits, transparent colour
@@ -101,42 +109,12 @@ bool read_pixels(Reader& reader, Colour background, png_bytepp rows) {
   behind.gray = background.green;
   png_set_background(png, &behind, PNG_BACKGROUND_GAMMA_SCREEN, 0, 1.0);
   png_set_bgr(png);
-  png_set_interlace_handling(png);
+  const int passes = png_set_interlace_handling(png);
   png_read_update_info(png, reader.info);
-  png_read_image(png, rows);
-  png_read_end(png, reader.end);
+  for (int pass = 0; pass < passes; ++pass)
+    for (int32_t y = 0; y < picture.height(); ++y) png_read_row(png, picture.row(y), nullptr);
+  png_read_end(png, nullptr);
   return true;
-}
-
-// Of Latin-1.
-bool has_visible_letter(const char* keyword) {
-  return std::any_of(keyword, keyword + std::strlen(keyword), [](char c) {
-    const auto code = static_cast<unsigned char>(c);
-    return (code > 32 && code < 127) || code > 160;
-  });
-}
-
-void read_texts(png_structp png, png_infop info, Metadata& metadata) {
-  png_textp texts = nullptr;
-  int count = 0;
-  png_get_text(png, info, &texts, &count);
-  for (int i = 0; i < count; ++i) {
-    const png_text& text = texts[i];
-    const bool international = text.compression >= PNG_ITXT_COMPRESSION_NONE;
-    const size_t length = international ? text.itxt_length : text.text_length;
-    if (std::strcmp(text.key, kXmpKeyword) == 0 && metadata.xmp.empty())
-      metadata.xmp.assign(text.text, text.text + length);
-    else if (has_visible_letter(text.key))  // without a keyword a text cannot be written again
-      metadata.texts.push_back({text.compression, text.key, std::string(text.text, length),
-                                text.lang ? text.lang : "", text.lang_key ? text.lang_key : ""});
-  }
-}
-
-void read_exif(png_structp png, png_infop info, Metadata& metadata) {
-  png_bytep exif = nullptr;
-  png_uint_32 size = 0;
-  if (metadata.exif.empty() && png_get_eXIf_1(png, info, &size, &exif))
-    metadata.exif.assign(exif, exif + size);
 }
 
 void read_colour_meaning(png_structp png, png_infop info, Metadata& metadata) {
@@ -151,10 +129,6 @@ void read_colour_meaning(png_structp png, png_infop info, Metadata& metadata) {
 
 void read_metadata(Reader& reader, Metadata& metadata) {
   png_structp png = reader.png;
-  for (png_infop info : {reader.info, reader.end}) {
-    read_texts(png, info, metadata);
-    read_exif(png, info, metadata);
-  }
   png_charp name = nullptr;
   png_bytep profile = nullptr;
   png_uint_32 size = 0;
@@ -206,34 +180,28 @@ void set_density(png_structp png, png_infop info, const Density& density) {
   }
 }
 
-std::vector<png_text> texts_of(const Metadata& metadata, std::string& xmp) {
-  std::vector<png_text> texts;
-  for (const Metadata::Text& text : metadata.texts) {
-    png_text entry = {};
-    entry.compression = text.compression;
-    entry.key = const_cast<char*>(text.keyword.c_str());
-    entry.text = const_cast<char*>(text.text.c_str());
-    entry.text_length = text.text.size();
-    entry.lang = const_cast<char*>(text.language.c_str());
-    entry.lang_key = const_cast<char*>(text.translated_keyword.c_str());
-    texts.push_back(entry);
-  }
-  if (metadata.xmp.empty()) return texts;
-  xmp.assign(metadata.xmp.begin(), metadata.xmp.end());
-  png_text entry = {};
-  entry.compression = PNG_ITXT_COMPRESSION_NONE;
-  entry.key = const_cast<char*>(kXmpKeyword);
-  entry.text = xmp.data();
-  entry.itxt_length = xmp.size();
-  texts.push_back(entry);
-  return texts;
+using Chunk = Metadata::Chunk;
+
+// All that libpng does not write by itself, EXIF and XMP first.
+std::vector<Chunk> chunks_of(const Metadata& metadata) {
+  std::vector<Chunk> chunks;
+  if (!metadata.exif.empty()) chunks.push_back({"eXIf", metadata.exif, false});
+  if (!metadata.xmp.empty()) chunks.push_back({"iTXt", xmp_chunk(metadata.xmp), false});
+  chunks.insert(chunks.end(), metadata.chunks.begin(), metadata.chunks.end());
+  return chunks;
 }
 
-bool write(Writer& writer, const Picture& picture, bool grey, bool with_profile,
-           const std::vector<png_text>& texts, uint8_t* grey_row) {
+void write_chunks(png_structp png, const std::vector<Chunk>& chunks, bool after_pixels) {
+  for (const Chunk& chunk : chunks)
+    if (chunk.after_pixels == after_pixels)
+      png_write_chunk(png, reinterpret_cast<png_const_bytep>(chunk.name.c_str()),
+                      chunk.bytes.data(), chunk.bytes.size());
+}
+
+bool write(Writer& writer, const Picture& picture, const Metadata& metadata, bool grey,
+           bool with_profile, const std::vector<Chunk>& chunks, uint8_t* grey_row) {
   png_structp png = writer.png;
   png_infop info = writer.info;
-  const Metadata& metadata = picture.metadata;
   if (setjmp(png_jmpbuf(png))) return false;
   png_set_write_fn(png, &writer.progress, write_bytes, flush);
   png_set_user_limits(png, 0x7FFFFFFF, 0x7FFFFFFF);
@@ -250,12 +218,9 @@ bool write(Writer& writer, const Picture& picture, bool grey, bool with_profile,
                  static_cast<png_uint_32>(metadata.icc.size()));
   else
     write_colour_meaning(png, info, metadata);
-  if (!metadata.exif.empty())
-    png_set_eXIf_1(png, info, static_cast<png_uint_32>(metadata.exif.size()),
-                   const_cast<png_bytep>(metadata.exif.data()));
   set_density(png, info, metadata.density);
-  png_set_text(png, info, texts.data(), static_cast<int>(texts.size()));
   png_write_info(png, info);
+  write_chunks(png, chunks, false);
   if (!grey) png_set_bgr(png);
   for (int32_t y = 0; y < picture.height(); ++y) {
     if (!grey) {
@@ -265,21 +230,32 @@ bool write(Writer& writer, const Picture& picture, bool grey, bool with_profile,
     for (int32_t x = 0; x < picture.width(); ++x) grey_row[x] = picture.row(y)[3 * x];
     png_write_row(png, grey_row);
   }
-  png_write_end(png, nullptr);  // info is written, and EXIF would be written twice
+  write_chunks(png, chunks, true);
+  png_write_end(png, nullptr);
   return true;
+}
+
+// Deflate makes of a byte no more than 1032.
+bool may_hold_its_pixels(const Reader& reader, uint64_t pixel_bytes) {
+  const uint64_t row_bytes = png_get_rowbytes(reader.png, reader.info);
+  const uint64_t height = png_get_image_height(reader.png, reader.info);
+  return row_bytes * height / 1032 <= pixel_bytes;
 }
 
 }  // namespace
 
 Decoded decode_png(const Bytes& file, const ReadSettings& settings, Notes& notes) {
+  Metadata metadata;
+  const PngFile chunks = read_png_chunks(file, metadata, notes);
   Reader reader;
   reader.progress.data = file.data();
-  reader.progress.size = file.size();
-  const auto refusal = [&] {
-    return Failure(std::string("the PNG is damaged, incomplete or of a rare kind (") +
-                   reader.progress.message + ")");
+  reader.progress.range = chunks.pictorial.data();
+  reader.progress.last = &chunks.pictorial.back();
+  const auto refusal = [&](const char* reason) {
+    return Failure(std::string("the PNG is damaged, incomplete or of a rare kind (") + reason +
+                   ")");
   };
-  if (!read_header(reader)) throw refusal();
+  if (!read_header(reader)) throw refusal(reader.progress.message);
   const png_byte colour_type = png_get_color_type(reader.png, reader.info);
   const int depth = png_get_bit_depth(reader.png, reader.info);
   const bool transparent = (colour_type & PNG_COLOR_MASK_ALPHA) != 0 ||
@@ -293,28 +269,24 @@ Decoded decode_png(const Bytes& file, const ReadSettings& settings, Notes& notes
   if (transparent) notes.push_back("its transparency is replaced by the background colour");
   if (depth == 16) notes.push_back("its 16 bits a channel are rounded to 8");
 
-  std::vector<png_bytep> rows;
-  for (int32_t y = 0; y < picture.height(); ++y) rows.push_back(picture.row(y));
-  if (!read_pixels(reader, settings.background, rows.data())) throw refusal();
+  if (!chunks.ended || !may_hold_its_pixels(reader, chunks.pixel_bytes))
+    throw refusal("the file ends early");
+  if (!read_pixels(reader, settings.background, picture)) throw refusal(reader.progress.message);
+  picture.metadata = std::move(metadata);
   read_metadata(reader, picture.metadata);
   if (reader.progress.profile_is_damaged && picture.metadata.icc.empty())
     notes.push_back("its colour profile is damaged and is left out");
   return {std::move(picture), FileFormat::kPng, describe(colour_type, depth)};
 }
 
-Bytes encode_png(const Picture& picture, bool grey, Notes& notes) {
-  const Metadata& metadata = picture.metadata;
+Bytes encode_png(const Picture& picture, const Metadata& metadata, bool grey, Notes& notes) {
   const bool with_profile = profile_fits(metadata.icc, grey, notes);
-  if (!metadata.photoshop.empty())
-    notes.push_back("its IPTC block has no place in a PNG and is left out");
-  if (!metadata.extended_xmp.empty())
-    notes.push_back("the continuation of its XMP packet has no place in a PNG and is left out");
-  std::string xmp;
-  const std::vector<png_text> texts = texts_of(metadata, xmp);
+  note_jpeg_blocks(metadata, "a PNG", notes);
+  const std::vector<Chunk> chunks = chunks_of(metadata);
   Bytes output, grey_row(static_cast<size_t>(grey ? picture.width() : 0));
   Writer writer;
   writer.progress.output = &output;
-  if (!write(writer, picture, grey, with_profile, texts, grey_row.data()))
+  if (!write(writer, picture, metadata, grey, with_profile, chunks, grey_row.data()))
     throw Failure(std::string("the PNG cannot be made (") + writer.progress.message + ")");
   if (with_profile && !png_get_valid(writer.png, writer.info, PNG_INFO_iCCP))
     notes.push_back("its colour profile is malformed and is left out");

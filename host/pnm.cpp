@@ -93,13 +93,14 @@ Decoded decode_pnm(const Bytes& file, Notes& notes) {
   return {std::move(picture), FileFormat::kPnm, description};
 }
 
-Bytes encode_pnm(const Picture& picture, const WriteSettings& settings, Notes& notes) {
+Bytes encode_pnm(const Picture& picture, const Metadata& metadata, const WriteSettings& settings,
+                 Notes& notes) {
   if (settings.pgm && !picture.is_grey())
     throw Failure("a .pgm file holds grey only and the picture has colours; write a .ppm instead");
-  const Metadata& metadata = picture.metadata;
   if (!metadata.exif.empty() || !metadata.xmp.empty() || !metadata.icc.empty() ||
-      !metadata.photoshop.empty())
-    notes.push_back("its EXIF, XMP, IPTC and colour profile have no place in this format");
+      !metadata.photoshop.empty() || !metadata.comments.empty() ||
+      !metadata.other_segments.empty() || !metadata.chunks.empty())
+    notes.push_back("its EXIF, XMP, IPTC, texts and colour profile have no place in this format");
   const std::string header = std::string(settings.pgm ? "P5\n" : "P6\n") +
                              std::to_string(picture.width()) + " " +
                              std::to_string(picture.height()) + "\n255\n";

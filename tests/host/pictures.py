@@ -162,6 +162,6 @@ def exif(orientation, byte_order="<"):
     """A TIFF structure of two tags, orientation the second."""
     head = b"II*\0" if byte_order == "<" else b"MM\0*"
     return (head + struct.pack(byte_order + "IH", 8, 2) +
-            struct.pack(byte_order + "HHII", 0x0100, 4, 1, 77) +
+            struct.pack(byte_order + "HHII", 0x0106, 4, 1, 77) +
             struct.pack(byte_order + "HHIHH", 0x0112, 3, 1, orientation, 0) +
             struct.pack(byte_order + "I", 0))

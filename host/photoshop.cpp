@@ -1,0 +1,58 @@
+#include "photoshop.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "jpeg_shared.h"
+
+namespace host {
+namespace {
+
+constexpr uint32_t kThumbnail = 0x040C, kOldThumbnail = 0x0409;
+
+}  // namespace
+
+void remove_photoshop_thumbnails(std::vector<Bytes>& segments) {
+  Bytes all;
+  for (const Bytes& segment : segments)
+    all.insert(all.end(), segment.begin() + static_cast<ptrdiff_t>(kPhotoshopPrefix.size()),
+               segment.end());
+  const auto number = [&](size_t at, size_t count) {
+    uint32_t value = 0;
+    for (size_t i = 0; i < count; ++i) value = value << 8 | all[at + i];
+    return value;
+  };
+  // A resource: "8BIM", its kind, a name after its length, the length of the content, the content.
+  // Name and content take an even number of bytes.
+  constexpr std::string_view kSignature = "8BIM";
+  constexpr size_t kLeastBytes = 12;
+  bool removed = false;
+  size_t at = 0;
+  while (at + kLeastBytes <= all.size() && std::equal(kSignature.begin(), kSignature.end(),
+                                                      all.begin() + static_cast<ptrdiff_t>(at))) {
+    const uint32_t kind = number(at + 4, 2);
+    const size_t name_bytes = (size_t{all[at + 6]} + 2) / 2 * 2;
+    if (at + 6 + name_bytes + 4 > all.size()) break;
+    const size_t content = at + 10 + name_bytes;
+    const size_t content_bytes = (size_t{number(content - 4, 4)} + 1) / 2 * 2;
+    const size_t end = std::min(content + content_bytes, all.size());
+    if (kind == kThumbnail || kind == kOldThumbnail) {
+      all.erase(all.begin() + static_cast<ptrdiff_t>(at),
+                all.begin() + static_cast<ptrdiff_t>(end));
+      removed = true;
+    } else {
+      at = end;
+    }
+  }
+  if (!removed) return;
+  segments.clear();
+  constexpr size_t kStep = kMaxSegment - kPhotoshopPrefix.size();
+  for (size_t start = 0; start < all.size(); start += kStep) {
+    Bytes& segment = segments.emplace_back(kPhotoshopPrefix.begin(), kPhotoshopPrefix.end());
+    const size_t end = std::min(start + kStep, all.size());
+    segment.insert(segment.end(), all.begin() + static_cast<ptrdiff_t>(start),
+                   all.begin() + static_cast<ptrdiff_t>(end));
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,30 @@
+// The chunks of a PNG, as they lie in the file.
+#ifndef ROXE_HOST_PNG_CHUNKS_H_
+#define ROXE_HOST_PNG_CHUNKS_H_
+
+#include <string>
+#include <vector>
+
+#include "codecs.h"
+
+namespace host {
+
+struct PngFile {
+  struct Range {
+    size_t begin, end;
+  };
+  std::vector<Range> pictorial;  // bytes for libpng: signature, pixels and what they mean
+  uint64_t pixel_bytes = 0;      // of the compressed pixels
+  bool ended = false;            // by the chunk that ends every PNG
+};
+
+// Finds what libpng has to read and takes everything else into the metadata. Ends at
+// a chunk that claims more bytes than the file has.
+PngFile read_png_chunks(const Bytes& file, Metadata& metadata, Notes& notes);
+
+// The content of the chunk that holds an XMP packet.
+Bytes xmp_chunk(const Bytes& xmp);
+
+}  // namespace host
+
+#endif  // ROXE_HOST_PNG_CHUNKS_H_

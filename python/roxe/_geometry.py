@@ -123,10 +123,11 @@ def _cropped(width: int, height: int, angle: float, crop: Crop, edges: str) -> T
 
     "fit": of the picture's proportions; "free": the largest in area, then in width.
     """
-    widths = np.arange(width, 0, -1)
     if crop == "free":
-        # Bisects for the largest height at every width at once: a lower result fits as well.
-        low, high = np.zeros_like(widths), np.full_like(widths, height)
+        # Bisects for the largest height at every width at once: a lower result fits as well. No
+        # side is longer than the diagonal.
+        widths = np.arange(width + height, 0, -1)
+        low, high = np.zeros_like(widths), np.full_like(widths, width + height)
         while np.any(low < high):
             middle = (low + high + 1) >> 1
             fits = _fits(width, height, angle, edges, widths, middle)
@@ -134,6 +135,7 @@ def _cropped(width: int, height: int, angle: float, crop: Crop, edges: str) -> T
         best = int(np.argmax(widths * low))  # the first of equal areas is the widest
         found = (int(widths[best]), int(low[best]))
     else:
+        widths = np.arange(width, 0, -1)
         heights = np.maximum(1, np.floor(widths * float(height) / width + 0.5).astype(np.int64))
         fits = _fits(width, height, angle, edges, widths, heights)
         first = int(np.argmax(fits))

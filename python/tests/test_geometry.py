@@ -91,7 +91,8 @@ def slow_crop(width, height, angle, edges, crop):
             if fits(width, height, angle, edges, w, h):
                 return w, h
         return None
-    sizes = [(w * h, w, h) for w in range(1, width + 1) for h in range(1, height + 1)
+    sides = range(1, width + height)
+    sizes = [(w * h, w, h) for w in sides for h in sides
              if fits(width, height, angle, edges, w, h)]
     return max(sizes)[1:] if sizes else None
 

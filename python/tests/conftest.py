@@ -5,7 +5,7 @@ import pathlib
 import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(ROOT / "python"))
+sys.path[:0] = [str(ROOT / "python"), str(ROOT / "tests/doors")]
 os.environ.setdefault("ROXE_LIBRARY", str(ROOT / "build/release/libroxe.so.1"))
 os.environ.setdefault("ROXE_TOOL", str(ROOT / "build/release/host/roxe"))
 os.environ["PYTHONPATH"] = str(ROOT / "python")  # for the processes that tests start

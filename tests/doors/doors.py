@@ -1,0 +1,93 @@
+"""The front doors of the library under one form: draw(operation, image, options) -> image.
+
+Operations and options have the names of the Python package; a picture is a numpy array of shape
+(height, width, 3), channels blue, green, red. A door that joins is a class with draw() in DOORS.
+"""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+import numpy as np
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "python"))
+os.environ.setdefault("ROXE_LIBRARY", str(ROOT / "build/release/libroxe.so.1"))
+TOOL = os.environ.setdefault("ROXE_TOOL", str(ROOT / "build/release/host/roxe"))
+
+import roxe  # noqa: E402
+
+
+class Refused(Exception):
+    """The door refuses, in one sentence."""
+
+
+class Python:
+    """The package over numpy arrays."""
+
+    @staticmethod
+    def draw(operation, image, options):
+        try:
+            return getattr(roxe, operation)(image, **options)
+        except ValueError as error:
+            raise Refused(str(error)) from None
+
+
+class Tool:
+    """The command-line tool over files of pixels."""
+
+    @staticmethod
+    def draw(operation, image, options):
+        command, more = operation.replace("_", "-"), []
+        if operation == "colour_mask":
+            command, more = "replace-colour", ["--mask-only"]
+        with tempfile.TemporaryDirectory() as folder:
+            for name, value in options.items():
+                if name == "mask":
+                    value = write(os.path.join(folder, "mask.pgm"), value)
+                more += Tool.words("--" + name.strip("_").replace("_", "-"), value)
+            source = write(os.path.join(folder, "in.ppm"), image)
+            target = os.path.join(folder, "out.pgm" if operation == "colour_mask" else "out.ppm")
+            ran = subprocess.run([TOOL, command, source, target, *more], capture_output=True,
+                                 text=True)
+            if ran.returncode:
+                raise Refused(ran.stderr.strip().removeprefix("roxe: "))
+            return read(target)
+
+    @staticmethod
+    def words(option, value):
+        """An option as the command line has it."""
+        if value is True:
+            return [option]
+        if option == "--crop":
+            return [f"--crop={value}"]
+        if option in ("--size", "--fit"):
+            return [option, f"{value[0]}x{value[1]}"]
+        if isinstance(value, (tuple, list)):
+            return [option, ",".join(map(str, np.ravel(value)))]
+        return [option, str(value)]
+
+
+DOORS = {"tool": Tool, "python": Python}
+
+
+def write(path, image):
+    """Writes a portable pixmap or graymap; returns its path."""
+    kind = b"P6" if image.ndim == 3 else b"P5"
+    with open(path, "wb") as file:
+        file.write(kind + b" %d %d 255\n" % (image.shape[1], image.shape[0]))
+        file.write(np.ascontiguousarray(image[..., ::-1] if image.ndim == 3 else image).tobytes())
+    return path
+
+
+def read(path):
+    content = pathlib.Path(path).read_bytes()
+    kind, width, height, _ = content.split(maxsplit=4)[:4]
+    if kind == b"P5":
+        size = int(height), int(width)
+        return np.frombuffer(content[-size[0] * size[1]:], np.uint8).reshape(size)
+    size = int(height), int(width), 3
+    pixels = np.frombuffer(content[-size[0] * size[1] * 3:], np.uint8).reshape(size)
+    return np.ascontiguousarray(pixels[..., ::-1])

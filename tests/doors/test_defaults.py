@@ -1,0 +1,74 @@
+"""Every front door draws the same where an option is left away, and refuses the same."""
+
+import pathlib
+import re
+import subprocess
+
+import pytest
+
+import defaults
+from doors import DOORS, Python, ROOT, TOOL
+from table import pictures
+
+COMMITTED = pathlib.Path(__file__).with_name("defaults.txt").read_text()
+
+
+@pytest.mark.parametrize("name", DOORS)
+def test_the_table_of_defaults(name):
+    assert defaults.table(DOORS[name]).splitlines() == COMMITTED.splitlines()
+
+
+def test_natural_sizes():
+    import roxe
+    photograph = ROOT / "examples/photos/perspective-grid.png"
+    for corners in ((150, 14, 400, 113, 300, 147, 64, 40), (0, 0, 500, 2, 3, 180, 480, 175)):
+        said = subprocess.run(
+            [TOOL, "perspective", photograph, "--dry-run", "--corners",
+             ",".join(map(str, corners))], capture_output=True, text=True, check=True).stdout
+        width, height = re.fullmatch(r"natural size: (\d+) × (\d+) pixels\n", said).groups()
+        assert roxe.natural_size(corners) == (int(width), int(height))
+
+
+def test_sentences_are_the_same():
+    """The tool's sentence with its options is the package's with its arguments."""
+    image = dict(pictures())["scene 200x150"]
+    corners = (0, 0, 90, 0, 0, 90, 5, 5)
+    crossing = (0, 0, 90, 90, 90, 0, 0, 90)
+    for operation, options in (
+            ("rotate", {"angle": 3601}), ("rotate", {"angle": 3, "about": (200, 3)}),
+            ("rotate", {"angle": 3, "background": "redd"}),
+            ("straighten", {"line": (3, 3, 3, 3)}),
+            ("perspective", {"corners": corners}),
+            ("perspective", {"corners": (0, 0, 0, 0, 5, 5, 9, 0)}),
+            ("perspective", {"corners": (0, 0, 4, 4, 9, 9, 9, 0)}),
+            ("perspective", {"corners": (0, 0, 900, 4, 9, 9, -9, 7)}),
+            ("perspective", {"corners": (0, 0, 150, 0, 150, 1, 0, 1), "fit": (1, 200)}),
+            ("warp", {"from_": crossing, "to": crossing}),
+            ("tint", {"colour": "redd", "tolerance": 3}),
+            ("tint", {"colour": "red", "tolerance": 201}),
+            ("auto_gamma", {"region": (0, 0, 201, 3)}),
+            ("auto_gamma", {"region": (0, 0, 0, 3)}),
+            ("temperature", {"tint": 101}), ("shadow_highlight", {"midtone": -101}),
+            ("variations", {"level": 7})):
+        sentences = []
+        for door in DOORS.values():
+            with pytest.raises(Exception) as refusal:
+                door.draw(operation, image, options)
+            sentences.append(plain(str(refusal.value)))
+        assert sentences[0] == sentences[1]
+
+
+def plain(sentence):
+    """Without what differs by nature: dashes before options, quotes and spaces around values."""
+    sentence = re.sub(r"^\S+\.ppm: ", "", sentence)
+    return sentence.replace("--", "").replace("from_", "from").replace("'", "").replace(
+        ", ", ",").replace("(", "").replace(")", "")
+
+
+def test_a_straightening_with_nothing_to_do_gives_the_picture():
+    image = dict(pictures())["noise 61x47"]
+    for name, door in DOORS.items():
+        for line in ((3, 0, 3, 40), (0, 9, 60, 9)):
+            drawn = door.draw("straighten", image, {"line": line})
+            assert (drawn == image).all(), name
+    assert Python.draw("straighten", image, {"line": (3, 0, 3, 40)}) is not image

@@ -2,108 +2,297 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <map>
 #include <mutex>
+#include <set>
 #include <system_error>
 #include <thread>
 
 #include "errors.h"
+#include "files.h"
 #include "picture_file.h"
+#include "terminal.h"
 
 namespace host {
 namespace {
 
 namespace fs = std::filesystem;
 
-std::string target_of(const BatchJob& job, const std::string& input) {
-  fs::path name = fs::path(input).filename();
-  if (!job.extension.empty()) name.replace_extension(job.extension);
-  return (fs::path(job.directory) / name).string();
+// ------------------------------------------------------------------------ what is read and written
+
+bool has_name_of_picture(const fs::path& path) {
+  static const std::set<std::string> kExtensions = {".jpg", ".jpeg", ".png",  ".ppm", ".pgm",
+                                                    ".pnm", ".tif",  ".tiff", ".webp"};
+  std::string extension = path.extension().string();
+  for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return kExtensions.contains(extension);
 }
 
-std::vector<std::string> targets_of(const BatchJob& job) {
-  std::vector<std::string> targets;
-  std::map<std::string, std::string> taken;
-  for (const std::string& input : job.inputs) {
-    const std::string target = target_of(job, input);
-    const auto [place, is_new] = taken.emplace(target, input);
-    if (!is_new) throw UsageError(place->second + " and " + input + " would both become " + target);
-    targets.push_back(target);
+// The photographs in a folder and those below it, by name; not what lies in the folder of results.
+std::vector<fs::path> photographs_in(const fs::path& folder, const fs::path& results) {
+  std::vector<fs::path> found;
+  std::error_code none;
+  try {
+    fs::recursive_directory_iterator entry(folder);
+    for (; entry != fs::recursive_directory_iterator(); ++entry) {
+      const bool hidden = entry->path().filename().string().starts_with(".");
+      if (entry->is_directory(none)) {
+        if (hidden || fs::equivalent(entry->path(), results, none))
+          entry.disable_recursion_pending();
+      } else if (!hidden && has_name_of_picture(entry->path())) {
+        found.push_back(entry->path());
+      }
+    }
+  } catch (const fs::filesystem_error& error) {
+    throw Failure(error.path1().string() + ": the folder cannot be read (" +
+                  error.code().message() + ")");
   }
-  return targets;
+  if (found.empty()) throw Failure(folder.string() + ": there is no photograph in this folder");
+  std::ranges::sort(found);
+  return found;
 }
 
-class ProgressBar {
+fs::path normal_path(const fs::path& path) { return fs::absolute(path).lexically_normal(); }
+
+fs::path without_slash(const fs::path& path) {
+  return path.has_filename() ? path : path.parent_path();
+}
+
+fs::path common_part(const fs::path& one, const fs::path& other) {
+  fs::path common;
+  for (auto i = one.begin(), j = other.begin(); i != one.end() && j != other.end() && *i == *j;
+       ++i, ++j)
+    common /= *i;
+  return common;
+}
+
+// -------------------------------------------------------------------------- what must not be lost
+
+// Says of each target whether it may be written.
+class Targets {
  public:
-  ProgressBar(size_t total, bool shown) : total_(total), shown_(shown) { draw(); }
-  ~ProgressBar() {
-    if (shown_) std::fputs("\r\033[K", stderr);
+  Targets(const BatchJob& job, const std::vector<Photograph>& photographs) : job_(job) {
+    for (const Photograph& photograph : photographs)
+      if (const auto identity = identity_of(photograph.input))
+        inputs_.emplace(*identity, photograph.input);
   }
-  void advance(bool failed) {
+
+  // Throws Failure for a reason not to write; false for a result that is there already.
+  bool may_write(const Photograph& photograph) {
+    const std::string& target = photograph.target;
+    if (const std::string link = link_on_the_way(target); !link.empty())
+      throw Failure(photograph.input + ": " + link + " is a link, and a batch follows none");
+    const auto identity = identity_of(target);
+    if (!identity) return true;
+    if (const auto input = inputs_.find(*identity); input != inputs_.end())
+      throw Failure(photograph.input + ": the result would replace the photograph " +
+                    (input->second == photograph.input ? "itself" : input->second));
+    {
+      const std::lock_guard lock(mutex_);
+      if (results_.contains(*identity))
+        throw Failure(photograph.input + ": " + target + " is the result of another photograph");
+    }
+    if (job_.skip_existing) return false;
+    if (job_.settings.existing == Existing::kKeep)
+      throw Failure(target +
+                    ": exists already (--overwrite replaces it, --skip-existing leaves "
+                    "it as it is)");
+    return true;
+  }
+
+  void written(const Photograph& photograph) {
     const std::lock_guard lock(mutex_);
-    ++done_;
-    failed_ += failed;
-    draw();
+    if (const auto identity = identity_of(photograph.target)) results_.insert(*identity);
   }
 
  private:
-  void draw() const {
-    if (!shown_) return;
-    constexpr size_t kWidth = 30;
-    const size_t filled = kWidth * done_ / total_;
-    const std::string bar = std::string(filled, '#') + std::string(kWidth - filled, '-');
-    std::fprintf(stderr, "\r[%s] %zu of %zu", bar.c_str(), done_, total_);
-    if (failed_ > 0) std::fprintf(stderr, ", %zu failed", failed_);
-    std::fflush(stderr);
+  // The first link below the folder of results.
+  std::string link_on_the_way(const fs::path& target) const {
+    fs::path place = job_.directory;
+    for (const fs::path& part : target.lexically_relative(job_.directory)) {
+      place /= part;
+      std::error_code none;
+      if (fs::is_symlink(fs::symlink_status(place, none))) return place.string();
+    }
+    return "";
   }
 
-  const size_t total_;
-  const bool shown_;
+  const BatchJob& job_;
+  std::map<FileIdentity, std::string> inputs_;
   std::mutex mutex_;
-  size_t done_ = 0, failed_ = 0;
+  std::set<FileIdentity> results_;
 };
 
-void process(const BatchJob& job, const Recipe& recipe, const std::string& target,
-             BatchResult& result) {
-  try {
-    std::error_code none;
-    if (fs::equivalent(result.input, target, none))
-      throw Failure(result.input + ": the result would replace the photograph itself");
-    Picture picture = load_picture(result.input, job.reading, result.notes).picture;
-    check_target(target);  // after the input, so that a folder or a text is refused as what it is
-    try {
-      for (const auto& operation : recipe) operation->apply(picture, job.reading.background);
-    } catch (const std::runtime_error& error) {
-      throw Failure(result.input + ": " + error.what());
+// ----------------------------------------------------------------------------- what is said about it
+
+class Progress {
+ public:
+  Progress(const BatchJob& job, size_t all) : job_(job) {
+    counts_.all = all;
+    draw();
+  }
+  ~Progress() { wipe(); }
+
+  void advance(const Notes& notes, const std::string& failure, bool skipped) {
+    const std::lock_guard lock(mutex_);
+    ++finished_;
+    counts_.failed += !failure.empty();
+    counts_.skipped += skipped;
+    if (!notes.empty() || !failure.empty()) wipe();
+    for (const std::string& note : notes) complain("note: " + note);
+    if (!failure.empty()) complain(failure);
+    draw();
+  }
+
+  const BatchCounts& counts() const { return counts_; }
+
+ private:
+  std::string how_far() const {
+    const size_t done = finished_ - counts_.failed - counts_.skipped;
+    std::string text = std::to_string(done) + " of " + std::to_string(counts_.all) + " done";
+    if (counts_.skipped > 0) text += ", " + std::to_string(counts_.skipped) + " left as they were";
+    if (counts_.failed > 0) text += ", " + std::to_string(counts_.failed) + " failed";
+    return text;
+  }
+
+  void draw() {
+    if (job_.draws_bar) {
+      constexpr size_t kWidth = 30;
+      const size_t filled = kWidth * finished_ / counts_.all;
+      const std::string bar = std::string(filled, '#') + std::string(kWidth - filled, '-');
+      std::fprintf(stderr, "\r[%s] %s", bar.c_str(), how_far().c_str());
+      std::fflush(stderr);
+      return;
     }
-    save_picture(picture, target, job.settings, result.notes);
+    const auto now = std::chrono::steady_clock::now();
+    const bool last = finished_ == counts_.all;  // the summary says as much
+    if (finished_ == 0 || last || now - said_ < std::chrono::seconds(job_.progress_seconds)) return;
+    complain(how_far());
+    said_ = now;
+  }
+
+  void wipe() const {
+    if (job_.draws_bar) std::fputs("\r\033[K", stderr);
+  }
+
+  const BatchJob& job_;
+  std::mutex mutex_;
+  size_t finished_ = 0;
+  BatchCounts counts_;
+  std::chrono::steady_clock::time_point said_ = std::chrono::steady_clock::now();
+};
+
+// --------------------------------------------------------------------------------- what is done
+
+void process(const BatchJob& job, const Recipe& recipe, const Photograph& photograph,
+             Targets& targets, Notes& notes) {
+  LoadedPicture loaded = load_picture(photograph.input, job.reading, notes);
+  // After the input, so that a text is refused as what it is.
+  fs::create_directories(fs::path(photograph.target).parent_path());
+  check_target(photograph.target);
+  Outcome outcome;
+  try {
+    outcome = apply(recipe, loaded.picture, job.reading.background);
+  } catch (const std::runtime_error& error) {
+    throw Failure(photograph.input + ": " + error.what());
+  }
+  if (!outcome.changed && !job.writes_anew &&
+      copy_picture(loaded, photograph.target, job.settings)) {
+    notes = {photograph.target + ": nothing was to be done, copied as it is"};
+  } else {
+    save_picture(loaded.picture, photograph.target, job.settings, notes);
+  }
+  targets.written(photograph);
+}
+
+// The reason of failure, or nothing.
+template <typename Work>
+std::string attempt(const Photograph& photograph, const Work& work) {
+  try {
+    work();
+    return "";
   } catch (const std::bad_alloc&) {
-    result.failure = result.input + ": there is not enough memory for this picture";
+    return photograph.input + ": there is not enough memory for this picture";
   } catch (const std::exception& error) {
-    result.failure = error.what();
+    return error.what();
   }
 }
 
 }  // namespace
 
-std::vector<BatchResult> run_batch(const BatchJob& job, const Recipe& recipe, bool show_progress) {
-  const std::vector<std::string> targets = targets_of(job);
+std::vector<Photograph> photographs_of(const BatchJob& job) {
+  std::vector<fs::path> files;
+  fs::path common;
+  std::error_code none;
+  for (const std::string& input : job.inputs) {
+    const bool is_folder = fs::is_directory(input, none);
+    if (is_folder)
+      std::ranges::copy(photographs_in(input, job.directory), std::back_inserter(files));
+    else
+      files.push_back(input);
+    const fs::path folder =
+        is_folder ? without_slash(normal_path(input)) : normal_path(input).parent_path();
+    common = common.empty() ? folder : common_part(common, folder);
+  }
+
+  std::vector<Photograph> photographs;
+  std::map<std::string, std::string> taken;
+  for (const fs::path& file : files) {
+    fs::path name = normal_path(file).lexically_relative(common);
+    if (!job.extension.empty()) name.replace_extension(job.extension);
+    const std::string target = (fs::path(job.directory) / name).string();
+    const auto [place, is_new] = taken.emplace(target, file.string());
+    if (!is_new)
+      throw UsageError(place->second + " and " + file.string() + " would both become " + target);
+    photographs.push_back({file.string(), target});
+  }
+  return photographs;
+}
+
+BatchCounts rehearse_batch(const BatchJob& job) {
+  const std::vector<Photograph> photographs = photographs_of(job);
+  Targets targets(job, photographs);
+  BatchCounts counts;
+  counts.all = photographs.size();
+  for (const Photograph& photograph : photographs) {
+    bool writes = false;
+    const std::string failure =
+        attempt(photograph, [&] { writes = targets.may_write(photograph); });
+    counts.failed += !failure.empty();
+    counts.skipped += failure.empty() && !writes;
+    if (!failure.empty())
+      complain(failure);
+    else
+      say(printable(photograph.input) + " -> " + printable(photograph.target) +
+          (writes ? "" : " (exists, left as it is)"));
+  }
+  return counts;
+}
+
+BatchCounts run_batch(const BatchJob& job, const Recipe& recipe) {
+  const std::vector<Photograph> photographs = photographs_of(job);
   std::error_code error;
   fs::create_directories(job.directory, error);
   if (error || !fs::is_directory(job.directory))
     throw Failure(job.directory + ": the folder cannot be made (" +
                   (error ? error.message() : "a file has this name") + ")");
 
-  std::vector<BatchResult> results;
-  for (const std::string& input : job.inputs) results.push_back({input, "", {}});
-  ProgressBar bar(results.size(), show_progress);
+  Targets targets(job, photographs);
+  Progress progress(job, photographs.size());
+  announce_writing(photographs.size(), job.draws_bar);
   std::atomic<size_t> next = 0;
   const auto work = [&] {
-    for (size_t i = next++; i < results.size(); i = next++) {
-      process(job, recipe, targets[i], results[i]);
-      bar.advance(!results[i].failure.empty());
+    for (size_t i = next++; i < photographs.size(); i = next++) {
+      bool writes = false;
+      Notes notes;
+      const std::string failure = attempt(photographs[i], [&] {
+        writes = targets.may_write(photographs[i]);
+        if (writes) process(job, recipe, photographs[i], targets, notes);
+      });
+      progress.advance(notes, failure, failure.empty() && !writes);
     }
   };
 
@@ -111,12 +300,13 @@ std::vector<BatchResult> run_batch(const BatchJob& job, const Recipe& recipe, bo
   const size_t wanted = job.at_a_time > 0 ? static_cast<size_t>(job.at_a_time) : processors;
   std::vector<std::jthread> others;
   try {
-    for (size_t i = 1; i < std::min(wanted, results.size()); ++i) others.emplace_back(work);
+    for (size_t i = 1; i < std::min(wanted, photographs.size()); ++i) others.emplace_back(work);
   } catch (const std::exception&) {  // the system gives no more threads; those at hand do the work
   }
   work();
   others.clear();  // waits for them
-  return results;
+  announce_writing(0, false);
+  return progress.counts();
 }
 
 }  // namespace host

@@ -11,23 +11,39 @@
 namespace host {
 
 struct BatchJob {
-  std::vector<std::string> inputs;
-  std::string directory;  // receives the results; made if it is missing
-  std::string extension;  // of the results, with its point; empty: as the input
-  int at_a_time = 0;      // 0: as many as the machine has processors
+  std::vector<std::string> inputs;  // files, and folders of photographs
+  std::string directory;            // receives the results; made if it is missing
+  std::string extension;            // of the results, with its point; empty: as the input
+  bool skip_existing = false;       // a result that exists is left as it is, without complaint
+  bool writes_anew = false;         // also what no operation has changed
+  int at_a_time = 0;                // 0: as many as the machine has processors
+  int progress_seconds = 5;         // between lines of progress where there is no terminal
+  bool draws_bar = false;           // stderr is a terminal
   ReadSettings reading;
   WriteSettings settings;
 };
 
-struct BatchResult {
-  std::string input;
-  std::string failure;  // empty on success
-  Notes notes;
+struct Photograph {
+  std::string input, target;
 };
 
-// Throws UsageError where two results would have the same name, Failure where the directory cannot
-// be made. A photograph that fails does not stop the others. The bar is drawn on stderr.
-std::vector<BatchResult> run_batch(const BatchJob& job, const Recipe& recipe, bool show_progress);
+struct BatchCounts {
+  size_t all = 0, failed = 0, skipped = 0;
+  size_t done() const { return all - failed - skipped; }
+};
+
+// The photographs of a job and where their results go: each keeps its path below the folder that
+// all inputs have in common. Throws UsageError where two results would have the same name, Failure
+// for a folder without photographs.
+std::vector<Photograph> photographs_of(const BatchJob& job);
+
+// Throws Failure where the directory cannot be made. A photograph that fails does not stop the
+// others: the reason is printed as it happens. Replaces no input, whatever its name, and follows no
+// link below the directory.
+BatchCounts run_batch(const BatchJob& job, const Recipe& recipe);
+
+// Prints what run_batch would write, and why not.
+BatchCounts rehearse_batch(const BatchJob& job);
 
 }  // namespace host
 

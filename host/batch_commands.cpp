@@ -20,43 +20,55 @@ class Run : public Command {
                     "a text file, one operation a line, as on the command line without the files")
         ->required()
         ->type_name("");
-    app->add_option("IN", job_.inputs, "the pictures to read")->required()->type_name("");
-    app->add_option("--out", job_.directory, "the folder for the results")
+    app->add_option("IN", job_.inputs, "the pictures to read, and folders of them")
+        ->required()
+        ->type_name("");
+    app->add_option("--out", job_.directory,
+                    "the folder for the results, which keep their paths below the folder that all "
+                    "inputs have in common")
         ->required()
         ->type_name("DIR");
-    add_choice(*app, "--format", format_, "jpg|png|ppm|pgm", "of the results")
+    add_choice(*app, "--format", job_.settings.format, kFormats, "of the results")
         ->default_str("as each picture");
+    auto* overwrite = app->add_flag("--overwrite", overwrite_, "replace results that exist");
+    app->add_flag("--skip-existing", job_.skip_existing, "leave results that exist as they are")
+        ->excludes(overwrite);
+    app->add_flag("--dry-run", dry_run_, "print what would be written, and write nothing");
     add_whole_number(*app, "--jobs", job_.at_a_time, 1, 64, "photographs at a time")
         ->default_str("as many as there are processors");
+    add_whole_number(*app, "--progress", job_.progress_seconds, 0, 86400,
+                     "seconds between lines of progress, where no terminal shows a bar");
     options_.add(*app);
   }
 
   int run() override {
     job_.reading = options_.reading();
+    const std::string format = job_.settings.format;
     job_.settings = options_.settings;
-    if (!format_.empty()) job_.extension = "." + format_;
+    job_.writes_anew = options_.ask_for_writing();
+    job_.settings.existing = overwrite_ ? Existing::kReplaceButNoLink : Existing::kKeep;
+    if (!format.empty()) job_.extension = "." + format;
+    job_.draws_bar = ::isatty(STDERR_FILENO);
     const Recipe recipe = read_recipe(recipe_path_);
 
     const auto start = std::chrono::steady_clock::now();
-    const std::vector<BatchResult> results = run_batch(job_, recipe, ::isatty(STDERR_FILENO));
+    const BatchCounts counts = dry_run_ ? rehearse_batch(job_) : run_batch(job_, recipe);
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-    size_t failed = 0;
-    for (const BatchResult& result : results) {
-      for (const std::string& note : result.notes) complain("note: " + note);
-      if (result.failure.empty()) continue;
-      complain(result.failure);
-      ++failed;
-    }
     char time[32];
     std::snprintf(time, sizeof(time), "%.1f s", seconds.count());
-    say(std::to_string(results.size() - failed) + " of " + std::to_string(results.size()) +
-        " photographs done in " + time + ", written to " + printable(job_.directory) +
-        (failed > 0 ? "; " + std::to_string(failed) + " failed\n" : "\n"));
-    return failed > 0 ? kExitFailed : 0;
+    std::string summary = std::to_string(counts.done()) + " of " + std::to_string(counts.all);
+    summary += dry_run_ ? " photographs would be done; nothing is written"
+                        : " photographs done in " + std::string(time) + ", written to " +
+                              printable(job_.directory);
+    if (counts.skipped > 0) summary += "; " + std::to_string(counts.skipped) + " left as they were";
+    if (counts.failed > 0) summary += "; " + std::to_string(counts.failed) + " failed";
+    say(summary);
+    return counts.failed > 0 ? kExitFailed : 0;
   }
 
  private:
-  std::string recipe_path_, format_;
+  std::string recipe_path_;
+  bool overwrite_ = false, dry_run_ = false;
   BatchJob job_;
   OutputOptions options_;
 };

@@ -9,11 +9,13 @@
 #include <string_view>
 #include <vector>
 
+#include "files.h"
 #include "picture.h"
 
 namespace host {
 
 enum class FileFormat { kJpeg, kPng, kPnm };
+inline constexpr char kFormats[] = "jpg|png|ppm|pgm";  // that can be asked for
 
 // What was read besides the pixels.
 struct Decoded {
@@ -40,6 +42,8 @@ struct WriteSettings {
   bool strip_gps = false;                           // nor where the picture was taken
   bool preserve_time = false;                       // the file seems as old as the input
   bool pgm = false;                                 // of the portable formats, the grey one
+  std::string format;  // "jpg", "png" ...; empty: by the extension of the output
+  Existing existing = Existing::kReplace;
 };
 
 using Notes = std::vector<std::string>;  // what a person may want to know, a sentence each

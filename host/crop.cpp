@@ -90,11 +90,12 @@ CLI::Option* add_crop(CLI::App& app, Crop& crop) {
       throw UsageError("--crop needs free, fit or nothing, not '" + text +
                        "' (before the name of a file write --crop=fit)");
   };
-  return add_text(app, "--crop", "[free]",
-                  "cut the largest picture of the same proportions that shows no background; free: "
-                  "the largest of any proportions",
+  return add_text(app, "--crop", "fit|free",
+                  "cut the largest picture that shows no background, of the same proportions (fit) "
+                  "or of any (free); without this option nothing is cut",
                   store)
-      ->expected(0, 1);
+      ->expected(0, 1)
+      ->default_str("fit");  // the parser takes it where no value follows
 }
 
 Size cropped(Size picture, double radians, Edges edges, Crop crop) {

@@ -1,49 +1,131 @@
 // The commands that read one picture and write one.
 #include "command.h"
+#include "compare.h"
 #include "errors.h"
-#include "operation.h"
 #include "output_options.h"
 #include "picture_file.h"
+#include "recipe.h"
 #include "terminal.h"
 
 namespace host {
 namespace {
 
-// IN and OUT around one operation.
-class OperationCommand : public Command {
+// IN and OUT around the steps of a recipe.
+class OnePicture : public Command {
  public:
-  OperationCommand(CLI::App& parent, const OperationEntry& entry)
-      : Command(parent, entry.name, entry.description), operation_(entry.make()) {
-    app->add_option("IN", input_, "the picture to read")->required()->type_name("");
-    auto* out = app->add_option("OUT", output_, "the picture to write: .jpg, .png, .ppm or .pgm");
-    out->type_name("");
-    operation_->add_options(*app);
-    out->required(!app->get_option_no_throw("--dry-run"));
+  using Command::Command;
+
+ protected:
+  CLI::Option* add_files() {
+    app->add_option("IN", input_, "the picture to read; - is standard input")
+        ->required()
+        ->type_name("");
+    return app
+        ->add_option("OUT", output_,
+                     "the picture to write: .jpg, .png, .ppm or .pgm; - is standard output")
+        ->type_name("");
+  }
+
+  void add_output_options() {
+    add_choice(*app, "--format", options_.settings.format, kFormats, "of the output")
+        ->default_str("by the extension");
+    app->add_option("--compare", comparison_, "write before and after, side by side, as well")
+        ->type_name("FILE")
+        ->default_str("no");
     options_.add(*app);
   }
 
-  int run() override {
-    operation_->check();
-    const bool writes = !operation_->only_reports();
-    if (writes && output_.empty()) throw UsageError("OUT, the picture to write, is missing");
-    if (writes) check_target(output_);
+  int edit(const Recipe& recipe) {
+    if (output_.empty()) throw UsageError("OUT, the picture to write, is missing");
+    check_target(output_, options_.settings.format);
+    if (!comparison_.empty()) check_target(comparison_);
 
     Notes notes;
-    Picture picture = load_picture(input_, options_.reading(), notes).picture;
-    const std::string done = operation_->apply(picture, options_.background).sentence;
-    if (writes) save_picture(picture, output_, options_.settings, notes);
+    LoadedPicture loaded = load_picture(input_, options_.reading(), notes);
+    Picture& picture = loaded.picture;
+    const Picture before = comparison_.empty() ? Picture() : copy_of(picture);
+    const Outcome outcome = apply(recipe, picture, options_.background);
+    const bool copied = !outcome.changed && !options_.ask_for_writing() &&
+                        copy_picture(loaded, output_, options_.settings);
+    if (copied) notes.clear();  // of what reading would have changed
+    if (!copied) save_picture(picture, output_, options_.settings, notes);
+    if (!comparison_.empty())
+      save_picture(side_by_side(before, picture, options_.background), comparison_, {}, notes);
     for (const std::string& note : notes) complain("note: " + note);
-    if (writes)
-      say(printable(output_) + ": " + done + ", " + picture.size_text() + " pixels\n");
+    const std::string sentence = name_of_output(output_) + ": " + outcome.sentence +
+                                 (copied ? "; copied as it is, " : ", ") + picture.size_text() +
+                                 " pixels";
+    if (output_ == kStandardStream)
+      complain(sentence);
     else
-      say(done + "\n");
+      say(printable(sentence));
+    return 0;
+  }
+
+  // Prints what an operation finds out.
+  int report(const Operation& operation) {
+    Notes notes;
+    Picture picture = load_picture(input_, options_.reading(), notes).picture;
+    const Outcome outcome = operation.apply(picture, options_.background);
+    for (const std::string& note : notes) complain("note: " + note);
+    say(outcome.sentence);
     return 0;
   }
 
  private:
-  std::unique_ptr<Operation> operation_;
-  std::string input_, output_;
+  std::string input_, output_, comparison_;
   OutputOptions options_;
+};
+
+class OneOperation : public OnePicture {
+ public:
+  OneOperation(CLI::App& parent, const OperationEntry& entry)
+      : OnePicture(parent, entry.name, entry.description) {
+    recipe_.push_back({entry.make(), {}});
+    CLI::Option* out = add_files();
+    operation().add_options(*app);
+    out->required(!app->get_option_no_throw("--dry-run"));
+    add_output_options();
+  }
+
+  int run() override {
+    operation().check();
+    return operation().only_reports() ? report(operation()) : edit(recipe_);
+  }
+
+ private:
+  Operation& operation() { return *recipe_[0].operation; }
+
+  Recipe recipe_;
+};
+
+class Edit : public OnePicture {
+ public:
+  explicit Edit(CLI::App& parent)
+      : OnePicture(parent, "edit", "Apply several operations to a picture") {
+    add_files()->required();
+    app->add_option("--then", steps_,
+                    "the next operation with its options, such as 'shadow-highlight --shadow 20'")
+        ->type_name("'OPERATION ...'")
+        ->allow_extra_args(false)
+        ->required();
+    add_output_options();
+  }
+
+  int run() override {
+    Recipe recipe;
+    for (const std::string& step : steps_) {
+      try {
+        recipe.push_back(read_step(step));
+      } catch (const UsageError& error) {
+        throw UsageError("--then '" + step + "': " + error.what());
+      }
+    }
+    return edit(recipe);
+  }
+
+ private:
+  std::vector<std::string> steps_;
 };
 
 }  // namespace
@@ -51,7 +133,8 @@ class OperationCommand : public Command {
 std::vector<std::unique_ptr<Command>> edit_commands(CLI::App& parent) {
   std::vector<std::unique_ptr<Command>> commands;
   for (const OperationEntry& entry : operations())
-    commands.push_back(std::make_unique<OperationCommand>(parent, entry));
+    commands.push_back(std::make_unique<OneOperation>(parent, entry));
+  commands.push_back(std::make_unique<Edit>(parent));
   return commands;
 }
 

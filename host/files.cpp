@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <climits>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <iterator>
+#include <optional>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -44,6 +47,39 @@ class Descriptor {
 
 std::string reason() { return std::generic_category().message(errno); }
 
+Bytes read_all(int file, size_t expected, const std::string& name) {
+  Bytes bytes;
+  size_t filled = 0;
+  for (;;) {
+    if (expected > kMaxFile || filled > kMaxFile)
+      throw Failure(name + ": is larger than 2 GiB, too large for a picture");
+    bytes.resize(std::max(expected, filled) + 65536);
+    const ssize_t count = ::read(file, bytes.data() + filled, bytes.size() - filled);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) throw Failure(name + ": cannot be read (" + reason() + ")");
+    if (count == 0) break;
+    filled += static_cast<size_t>(count);
+  }
+  bytes.resize(filled);
+  return bytes;
+}
+
+bool write_all(int file, const Bytes& bytes) {
+  size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t count = ::write(file, bytes.data() + done, bytes.size() - done);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return false;
+    done += static_cast<size_t>(count);
+  }
+  return true;
+}
+
+struct Belonging {
+  mode_t mode;
+  std::optional<std::pair<uid_t, gid_t>> owner;  // nothing: whose runs the program
+};
+
 // The names of the temporary files in use, for the signal handler: plain memory behind a flag that
 // a handler may wait for.
 struct TemporaryName {
@@ -79,9 +115,30 @@ class TemporariesLock {
   sigset_t old_mask_;
 };
 
-// Never unlocks: until the program has ended, no other thread may make a temporary file.
+// Counted while the temporary files are locked, so that the handler's sentence is exact.
+size_t files_to_write = 0, files_written = 0;
+bool after_a_bar = false;
+
+// A handler may not allocate.
+void say_how_far() {
+  char text[96] = "\r\033[K";
+  char* end = text + (after_a_bar ? 4 : 0);
+  const auto append = [&](std::string_view words) { end = std::ranges::copy(words, end).out; };
+  const auto append_number = [&](size_t n) { end = std::to_chars(end, std::end(text), n).ptr; };
+  append("roxe: interrupted: ");
+  append_number(files_written);
+  append(" of ");
+  append_number(files_to_write);
+  append(" done\n");
+  [[maybe_unused]] const ssize_t said =
+      ::write(STDERR_FILENO, text, static_cast<size_t>(end - text));
+}
+
+// Never unlocks: until the program has ended, no other thread may make a temporary file or rename
+// one.
 void remove_temporaries_and_die(int signal) {
   lock_temporaries();
+  if (files_to_write > 0) say_how_far();
   for (TemporaryName& name : temporaries)
     if (name.used) ::unlink(name.path);
   std::signal(signal, SIG_DFL);
@@ -101,24 +158,34 @@ class TemporaryFile {
 
   bool made() const { return file_was_made_; }
 
-  bool write(const Bytes& bytes, mode_t mode, const std::optional<timespec>& modified) {
-    size_t done = 0;
-    while (done < bytes.size()) {
-      const ssize_t count = ::write(file_.number(), bytes.data() + done, bytes.size() - done);
-      if (count < 0 && errno == EINTR) continue;
-      if (count < 0) return false;
-      done += static_cast<size_t>(count);
-    }
+  bool write(const Bytes& bytes, const Belonging& belonging,
+             const std::optional<timespec>& modified) {
+    if (!write_all(file_.number(), bytes)) return false;
     if (modified) {
       const timespec times[2] = {{0, UTIME_OMIT}, *modified};
       if (::futimens(file_.number(), times) != 0) return false;
     }
-    return ::fchmod(file_.number(), mode) == 0 && ::fsync(file_.number()) == 0 && file_.close();
+    // Only root may give files away; the permissions come last, for this would take some of them.
+    if (belonging.owner &&
+        ::fchown(file_.number(), belonging.owner->first, belonging.owner->second) != 0 &&
+        ::geteuid() == 0)
+      return false;
+    return ::fchmod(file_.number(), belonging.mode) == 0 && ::fsync(file_.number()) == 0 &&
+           file_.close();
   }
 
-  bool rename(const fs::path& target) {
-    if (::rename(path_.c_str(), target.c_str()) != 0) return false;
+  // Without replacing, an error says that the target exists, whoever has made it meanwhile.
+  bool rename(const fs::path& target, bool replace) {
+    const TemporariesLock lock;
+    const unsigned flags = replace ? 0 : RENAME_NOREPLACE;
+    if (::renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, target.c_str(), flags) != 0) {
+      // Some file systems cannot refuse by themselves.
+      if (errno != EINVAL || replace || fs::exists(fs::symlink_status(target)) ||
+          ::rename(path_.c_str(), target.c_str()) != 0)
+        return false;
+    }
     file_was_made_ = false;
+    ++files_written;
     return true;
   }
 
@@ -154,45 +221,45 @@ fs::path directory_of(const fs::path& target) {
   return target.has_parent_path() ? target.parent_path() : fs::path(".");
 }
 
-// The permissions that the replaced file has, or those of a new file.
-mode_t mode_for(const fs::path& target) {
+// What the replaced file has, or a new file gets.
+Belonging belonging_for(const fs::path& target) {
   struct stat status;
-  if (::stat(target.c_str(), &status) == 0) return status.st_mode & 07777;
+  if (::stat(target.c_str(), &status) == 0)
+    return {status.st_mode & 07777, std::pair(status.st_uid, status.st_gid)};
   static const mode_t mask = [] {  // the mask can only be read by setting it
     const mode_t old = ::umask(077);
     ::umask(old);
     return old;
   }();
-  return 0666 & ~mask;
+  return {0666 & ~mask, {}};
 }
 
 }  // namespace
 
+std::string name_of_input(const std::string& path) {
+  return path == kStandardStream ? "standard input" : path;
+}
+
+std::string name_of_output(const std::string& path) {
+  return path == kStandardStream ? "standard output" : path;
+}
+
 Bytes read_file(const std::string& path) {
+  if (path == kStandardStream) return read_all(STDIN_FILENO, 0, name_of_input(path));
   std::error_code ignored;
   if (fs::is_directory(path, ignored)) throw Failure(path + ": is a folder, not a picture");
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (file.number() < 0) throw Failure(path + ": cannot be opened (" + reason() + ")");
-  Bytes bytes;
   struct stat status;
   const bool regular = ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
-  size_t expected = regular ? static_cast<size_t>(status.st_size) : 0;
-  size_t filled = 0;
-  for (;;) {
-    if (expected > kMaxFile || filled > kMaxFile)
-      throw Failure(path + ": is larger than 2 GiB, too large for a picture");
-    bytes.resize(std::max(expected, filled) + 65536);
-    const ssize_t count = ::read(file.number(), bytes.data() + filled, bytes.size() - filled);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) throw Failure(path + ": cannot be read (" + reason() + ")");
-    if (count == 0) break;
-    filled += static_cast<size_t>(count);
-  }
-  bytes.resize(filled);
-  return bytes;
+  return read_all(file.number(), regular ? static_cast<size_t>(status.st_size) : 0, path);
 }
 
 void check_writable(const std::string& path) {
+  if (path == kStandardStream) {
+    if (::isatty(STDOUT_FILENO)) throw Failure("a picture is not written on a terminal");
+    return;
+  }
   const fs::path target = target_of(path), directory = directory_of(target);
   std::error_code error;
   const fs::file_status status = fs::status(target, error);
@@ -215,14 +282,34 @@ std::optional<timespec> modification_time(const std::string& path) {
   return status.st_mtim;
 }
 
-void write_file(const std::string& path, const Bytes& bytes,
+void write_file(const std::string& path, const Bytes& bytes, Existing existing,
                 const std::optional<timespec>& modified) {
+  if (path == kStandardStream) {
+    if (!write_all(STDOUT_FILENO, bytes))
+      throw Failure("standard output: cannot be written (" + reason() + ")");
+    return;
+  }
   check_writable(path);
-  const fs::path target = target_of(path);
-  const mode_t mode = mode_for(target);
+  const bool follows = existing == Existing::kReplace;
+  if (!follows && fs::is_symlink(fs::symlink_status(path)))
+    throw Failure(path + ": is a link, and a batch follows none");
+  const fs::path target = follows ? target_of(path) : fs::path(path);
   TemporaryFile temporary(directory_of(target));
-  if (!temporary.made() || !temporary.write(bytes, mode, modified) || !temporary.rename(target))
+  if (!temporary.made() || !temporary.write(bytes, belonging_for(target), modified) ||
+      !temporary.rename(target, existing != Existing::kKeep))
     throw Failure(path + ": cannot be written (" + reason() + ")");
+}
+
+void announce_writing(size_t files, bool after_bar) {
+  const TemporariesLock lock;
+  files_to_write = files;
+  after_a_bar = after_bar;
+}
+
+std::optional<FileIdentity> identity_of(const std::string& path) {
+  struct stat status;
+  if (::stat(path.c_str(), &status) != 0) return {};
+  return FileIdentity{status.st_dev, status.st_ino};
 }
 
 void prepare_for_signals() {

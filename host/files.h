@@ -3,6 +3,8 @@
 #define ROXE_HOST_FILES_H_
 
 #include <ctime>
+#include <compare>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -10,19 +12,42 @@
 
 namespace host {
 
+// The path that stands for standard input or output.
+inline constexpr char kStandardStream[] = "-";
+
+// What people call a path: itself, but for kStandardStream.
+std::string name_of_input(const std::string& path);
+std::string name_of_output(const std::string& path);
+
 // Throws Failure with a sentence that names the file.
 Bytes read_file(const std::string& path);
 
 // Fails early where write_file could not succeed: no such directory, not a regular file.
 void check_writable(const std::string& path);
 
-// Writes a temporary file next to the target and renames it. A symbolic link is followed.
-// With a time, the file is as if it had been changed then.
-void write_file(const std::string& path, const Bytes& bytes,
+enum class Existing {
+  kReplace,  // through a symbolic link, whose target keeps permissions and owner
+  kKeep,     // and fail
+  kReplaceButNoLink,
+};
+
+// Writes a temporary file next to the target and renames it. With a time, the file is as if it had
+// been changed then.
+void write_file(const std::string& path, const Bytes& bytes, Existing existing = Existing::kReplace,
                 const std::optional<timespec>& modified = {});
 
 // Nothing if there is no such file.
 std::optional<timespec> modification_time(const std::string& path);
+
+// From now on an interrupted program says how many of so many files it has written.
+void announce_writing(size_t files, bool after_a_bar);
+
+// Which file it is, whatever its name: the same for links to it. Nothing where there is none.
+struct FileIdentity {
+  uint64_t device, number;
+  auto operator<=>(const FileIdentity&) const = default;
+};
+std::optional<FileIdentity> identity_of(const std::string& path);
 
 // From now on an interrupted program takes its temporary files away before it ends, and a limit on
 // the size of files makes write_file fail instead of ending the program.

@@ -12,7 +12,10 @@ class HelpFormatter : public CLI::Formatter {
  public:
   std::string make_option_opts(const CLI::Option* option) const override {
     std::string text;
-    if (!option->get_type_name().empty()) text = " " + option->get_type_name();
+    if (option->get_items_expected_min() == 0 && option->get_items_expected_max() > 0)
+      text = " [" + option->get_type_name() + "]";
+    else if (!option->get_type_name().empty())
+      text = " " + option->get_type_name();
     if (option->get_expected_max() > 1) text += " ...";
     if (option->get_required()) text += " (required)";
     return text;
@@ -137,7 +140,7 @@ std::string completions(const CLI::App& program, const std::vector<std::string>&
     if (const CLI::Option* option = app.get_option_no_throw(words[words.size() - 2]);
         option && option->nonpositional() && option->get_items_expected_max() > 0) {
       offer_values(*option);
-      return lines;
+      if (option->get_items_expected_min() > 0) return lines;
     }
   if (last.starts_with("-")) {
     for (const CLI::Option* option : app.get_options({}))

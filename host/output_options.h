@@ -2,6 +2,9 @@
 #ifndef ROXE_HOST_OUTPUT_OPTIONS_H_
 #define ROXE_HOST_OUTPUT_OPTIONS_H_
 
+#include <algorithm>
+#include <vector>
+
 #include "codecs.h"
 #include "errors.h"
 #include "options.h"
@@ -14,6 +17,7 @@ struct OutputOptions {
   WriteSettings settings;
 
   void add(CLI::App& app) {
+    const size_t others = app.get_options({}).size();
     add_text(app, "--background", "COLOUR", "colour of uncovered and transparent pixels",
              [this](const std::string& text) { background = colour(text, "--background"); })
         ->default_str("black");
@@ -25,7 +29,7 @@ struct OutputOptions {
                if (text != "keep") settings.quality = whole_number(text, 1, 100, "--quality");
              })
         ->default_str("keep");
-    add_text(app, "--subsampling", "NAME",
+    add_text(app, "--subsampling", "keep|4:4:4|4:2:2|4:2:0",
              "of the colours of a JPEG: 4:4:4, 4:2:2, 4:2:0 or as --quality has it: keep, or 4:4:4 "
              "with a number",
              [this](const std::string& text) { settings.subsampling = subsampling(text); })
@@ -38,12 +42,21 @@ struct OutputOptions {
                  "give the output the time of change of the input");
     app.add_flag("--damaged", damaged,
                  "read what can be read of a JPEG that is damaged or lacks its end");
+    added_ = app.get_options({});
+    added_.erase(added_.begin(), added_.begin() + static_cast<ptrdiff_t>(others));
   }
 
   ReadSettings reading() const {
     ReadSettings reading(background);
     reading.damaged = damaged;
     return reading;
+  }
+
+  // Whether the file must be written anew even if no operation has changed the picture.
+  bool ask_for_writing() const {
+    return std::ranges::any_of(added_, [](const CLI::Option* option) {
+      return option->count() > 0 && option->get_name() != "--preserve-time";
+    });
   }
 
  private:
@@ -54,6 +67,8 @@ struct OutputOptions {
     if (text == "4:2:0") return Subsampling::k420;
     throw UsageError("--subsampling needs keep, 4:4:4, 4:2:2 or 4:2:0, not '" + text + "'");
   }
+
+  std::vector<CLI::Option*> added_;
 };
 
 }  // namespace host

@@ -28,6 +28,15 @@ Decoded decode(const Bytes& file, const ReadSettings& settings, Notes& notes) {
   }
 }
 
+std::optional<timespec> time_to_keep(const Picture& picture, const WriteSettings& settings) {
+  return settings.preserve_time ? picture.metadata.modified : std::nullopt;
+}
+
+// What ends in the extension that says the format.
+std::string name_of_format(const std::string& path, const std::string& format) {
+  return format.empty() ? path : "picture." + format;
+}
+
 // Which of .pgm and .ppm, in any case, a path ends in.
 bool ends_in_pgm(const std::string& path) {
   const char middle = path[path.size() - 2];
@@ -41,39 +50,45 @@ void name_the_file(Notes& notes, size_t first, const std::string& path) {
 }  // namespace
 
 LoadedPicture load_picture(const std::string& path, const ReadSettings& settings, Notes& notes) {
-  const Bytes file = read_file(path);
+  Bytes file = read_file(path);
+  const std::string name = name_of_input(path);
   const size_t first_note = notes.size();
   try {
     Decoded decoded = decode(file, settings, notes);
-    name_the_file(notes, first_note, path);
+    name_the_file(notes, first_note, name);
     decoded.picture.metadata.modified = modification_time(path);
-    LoadedPicture loaded{std::move(decoded.picture), std::move(decoded.description)};
+    LoadedPicture loaded{std::move(decoded.picture), std::move(decoded.description), 1,
+                         decoded.format, std::move(file)};
     loaded.orientation = exif_orientation(loaded.picture.metadata.exif);
     make_upright(loaded.picture, loaded.orientation);
     reset_orientation(loaded.picture.metadata);
     if (loaded.orientation >= 5) swap_axes(loaded.picture.metadata);
     return loaded;
   } catch (const Failure& failure) {
-    throw Failure(path + ": " + failure.what());
+    throw Failure(name + ": " + failure.what());
   }
 }
 
-void check_target(const std::string& path) {
-  if (!format_of_name(path))
-    throw UsageError(path +
-                     ": the extension must say what to write: .jpg, .jpeg, .png, .ppm or .pgm");
+void check_target(const std::string& path, const std::string& format) {
+  if (!format_of_name(name_of_format(path, format)))
+    throw UsageError(path == kStandardStream
+                         ? "--format must say what to write on standard output"
+                         : path +
+                               ": the extension must say what to write: .jpg, .jpeg, .png, "
+                               ".ppm or .pgm");
   check_writable(path);
 }
 
 void save_picture(const Picture& picture, const std::string& path, WriteSettings settings,
                   Notes& notes) {
-  check_target(path);
+  const std::string format_name = name_of_format(path, settings.format);
+  check_target(path, settings.format);
   const bool grey = picture.one_channel && picture.is_grey();
   const size_t first_note = notes.size();
   Bytes file;
   try {
     const Metadata metadata = metadata_of_result(picture, settings, notes);
-    switch (*format_of_name(path)) {
+    switch (*format_of_name(format_name)) {
       case FileFormat::kJpeg:
         file = encode_jpeg(picture, metadata, grey, settings, notes);
         break;
@@ -81,14 +96,25 @@ void save_picture(const Picture& picture, const std::string& path, WriteSettings
         file = encode_png(picture, metadata, grey, notes);
         break;
       case FileFormat::kPnm:
-        settings.pgm = ends_in_pgm(path);
+        settings.pgm = ends_in_pgm(format_name);
         file = encode_pnm(picture, metadata, settings, notes);
     }
   } catch (const Failure& failure) {
     throw Failure(path + ": " + failure.what());
   }
-  name_the_file(notes, first_note, path);
-  write_file(path, file, settings.preserve_time ? picture.metadata.modified : std::nullopt);
+  name_the_file(notes, first_note, name_of_output(path));
+  write_file(path, file, settings.existing, time_to_keep(picture, settings));
+}
+
+bool copy_picture(const LoadedPicture& loaded, const std::string& path,
+                  const WriteSettings& settings) {
+  check_target(path, settings.format);
+  const std::string format_name = name_of_format(path, settings.format);
+  if (loaded.format != *format_of_name(format_name)) return false;
+  const auto is_pgm = [&] { return loaded.file[1] == '2' || loaded.file[1] == '5'; };
+  if (loaded.format == FileFormat::kPnm && is_pgm() != ends_in_pgm(format_name)) return false;
+  write_file(path, loaded.file, settings.existing, time_to_keep(loaded.picture, settings));
+  return true;
 }
 
 }  // namespace host

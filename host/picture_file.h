@@ -12,15 +12,22 @@ struct LoadedPicture {
   Picture picture;          // upright
   std::string description;  // of the file's own form
   int orientation = 1;      // that the file had
+  FileFormat format;
+  Bytes file;  // as it was read
 };
 
 LoadedPicture load_picture(const std::string& path, const ReadSettings& settings, Notes& notes);
 
-// Throws UsageError for an extension that cannot be written, Failure for a place that cannot.
-void check_target(const std::string& path);
+// Throws UsageError for an extension that cannot be written, Failure for a place that cannot. The
+// format is "jpg", "png" ... or empty: by the extension.
+void check_target(const std::string& path, const std::string& format = "");
 
 void save_picture(const Picture& picture, const std::string& path, WriteSettings settings,
                   Notes& notes);
+
+// Writes the file as it was read, if it has the format that the output should have.
+bool copy_picture(const LoadedPicture& loaded, const std::string& path,
+                  const WriteSettings& settings);
 
 }  // namespace host
 

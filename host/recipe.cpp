@@ -6,29 +6,70 @@
 #include "errors.h"
 #include "files.h"
 #include "options.h"
+#include "output_options.h"
 #include "text.h"
 
 namespace host {
 namespace {
 
-std::unique_ptr<Operation> read_line(std::string_view line) {
+// The part of a line before its comment. A # that begins a colour stands before no space.
+std::string_view without_comment(std::string_view line) {
+  constexpr std::string_view kSpaces = " \t\r\v\f";
+  char quote = 0;
+  bool after_space = true;
+  const size_t first = line.find_first_not_of(kSpaces);
+  if (first != line.npos && line[first] == '#') return "";
+  for (size_t i = 0; i < line.size(); ++i) {
+    const char c = line[i];
+    const bool before_space = i + 1 == line.size() || kSpaces.find(line[i + 1]) != line.npos;
+    if (c == '#' && !quote && after_space && before_space) return line.substr(0, i);
+    if (quote == c)
+      quote = 0;
+    else if (!quote && (c == '"' || c == '\''))
+      quote = c;
+    after_space = kSpaces.find(c) != line.npos;
+  }
+  return line;
+}
+
+// An option of the whole command that people write into a step.
+void refuse_option_of_the_output(const std::string& argument) {
+  CLI::App app;
+  OutputOptions options;
+  options.add(app);
+  if (app.get_option_no_throw(argument))
+    throw UsageError(argument + " belongs on the command line, not in a step");
+}
+
+}  // namespace
+
+Step read_step(std::string_view line) {
   std::vector<std::string> arguments = words(line);
+  if (arguments.empty()) throw UsageError("a step needs an operation");
   const auto entry = std::find_if(operations().begin(), operations().end(),
                                   [&](const auto& known) { return known.name == arguments[0]; });
   if (entry == operations().end()) throw no_such_operation(arguments[0]);
 
-  auto operation = entry->make();
+  Step step{entry->make(), {}};
   CLI::App options;
   options.set_help_flag();
-  operation->add_options(options);
+  step.operation->add_options(options);
+  add_text(options, "--background", "COLOUR", "",
+           [&step](const std::string& text) { step.background = colour(text, "--background"); });
   arguments.erase(arguments.begin());
-  parse(options, arguments);
-  operation->check();
-  if (operation->only_reports()) throw UsageError("--dry-run has no place in a recipe");
-  return operation;
+  try {
+    parse(options, arguments);
+  } catch (const UsageError& error) {
+    for (const std::string& argument : arguments)
+      if (argument.starts_with("--") && !options.get_option_no_throw(argument))
+        refuse_option_of_the_output(argument);
+    throw UsageError(error.what() + std::string(" (see roxe ") + std::string(entry->name) +
+                     " --help)");
+  }
+  step.operation->check();
+  if (step.operation->only_reports()) throw UsageError("--dry-run has no place in a recipe");
+  return step;
 }
-
-}  // namespace
 
 Recipe read_recipe(const std::string& path) {
   const Bytes file = read_file(path);
@@ -40,18 +81,27 @@ Recipe read_recipe(const std::string& path) {
   size_t start = 0;
   for (int number = 1; start < text.size(); ++number) {
     const size_t end = std::min(text.find('\n', start), text.size());
-    const std::string_view line = text.substr(start, end - start);
+    const std::string_view line = without_comment(text.substr(start, end - start));
     start = end + 1;
-    const size_t first = line.find_first_not_of(" \t\r\v\f");
-    if (first == line.npos || line[first] == '#') continue;
+    if (line.find_first_not_of(" \t\r\v\f") == line.npos) continue;
     try {
-      recipe.push_back(read_line(line));
+      recipe.push_back(read_step(line));
     } catch (const UsageError& error) {
       throw UsageError(path + ", line " + std::to_string(number) + ": " + error.what());
     }
   }
   if (recipe.empty()) throw UsageError(path + ": holds no operation");
   return recipe;
+}
+
+Outcome apply(const Recipe& recipe, Picture& picture, Colour background) {
+  Outcome all{"", false};
+  for (const Step& step : recipe) {
+    const Outcome outcome = step.operation->apply(picture, step.background.value_or(background));
+    all.sentence += (all.sentence.empty() ? "" : "; ") + outcome.sentence;
+    all.changed = all.changed || outcome.changed;
+  }
+  return all;
 }
 
 }  // namespace host

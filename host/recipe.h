@@ -5,22 +5,34 @@
 //     straighten --line 245,1480,4020,1310
 //     temperature --temperature 20
 //
-// Empty lines and lines that start with # are skipped.
+// A # at the start of a line, or after a space and before one, begins a comment.
 #ifndef ROXE_HOST_RECIPE_H_
 #define ROXE_HOST_RECIPE_H_
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "operation.h"
 
 namespace host {
 
-using Recipe = std::vector<std::unique_ptr<Operation>>;
+struct Step {
+  std::unique_ptr<Operation> operation;
+  std::optional<Colour> background;  // of this step alone
+};
+using Recipe = std::vector<Step>;
+
+// "shadow-highlight --shadow 20". Throws UsageError if it makes no sense.
+Step read_step(std::string_view line);
 
 // Throws UsageError with the number of the line that makes no sense.
 Recipe read_recipe(const std::string& path);
+
+// Does one step after the other.
+Outcome apply(const Recipe& recipe, Picture& picture, Colour background);
 
 }  // namespace host
 

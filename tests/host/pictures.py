@@ -46,8 +46,10 @@ class ToolTest(unittest.TestCase):
         return result.stdout
 
     def copy(self, source, target):
-        """Decodes and encodes without an operation: a level line needs no straightening."""
-        return self.succeed("straighten", source, target, "--line", "0,0,1,0")
+        """Decodes and encodes: a level line needs no straightening, but with an option about the
+        output the file is written anew."""
+        return self.succeed("straighten", source, target, "--line", "0,0,1,0", "--background",
+                            "black")
 
     def refuse(self, code, words, *arguments, **options):
         """A run that must fail with one sentence and leave the folder as it was."""

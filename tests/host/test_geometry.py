@@ -45,7 +45,7 @@ class QuarterTurns(ToolTest):
 
     def test_what_is_said(self):
         self.write("in.ppm", ppm(speckled(9, 7)))
-        for angle, words in ((0, "not turned, 9 × 7"), (360, "not turned, 9 × 7"),
+        for angle, words in ((0, "not turned; copied as it is, 9 × 7"), (360, "not turned; copied as it is, 9 × 7"),
                              (90, "turned 90.00 degrees clockwise, 7 × 9"),
                              (-90, "turned 90.00 degrees anticlockwise, 7 × 9")):
             self.assertIn(words, self.succeed("rotate", "in.ppm", "out.ppm", "--angle", angle))

@@ -41,6 +41,8 @@ def payloads(content, marker, prefix):
     return [payload for found, payload in jpeg_segments(content)
             if found == marker and payload.startswith(prefix)]
 
+ANEW = ("--line", "0,0,1,0", "--background", "black")  # no change, but written anew
+
 
 class Orientation(ToolTest):
     # Where the upright pixel (x, y) lies in stored pixels of width w and height h.
@@ -155,7 +157,7 @@ class JpegToJpeg(ToolTest):
         for broken in (segments[1:], segments[:2], segments + segments[:1],
                        [(0xE2, b"ICC_PROFILE\0")]):
             self.write("in.jpg", with_segments(self.base(), broken))
-            result = self.run_tool("straighten", "in.jpg", "out.jpg", "--line", "0,0,1,0")
+            result = self.run_tool("straighten", "in.jpg", "out.jpg", *ANEW)
             self.assertEqual(result.returncode, 0)
             self.assertIn("note: in.jpg: its colour profile is damaged", result.stderr)
             self.assertEqual(icc_of(jpeg_segments(self.read("out.jpg"))), b"")
@@ -190,7 +192,7 @@ class JpegToJpeg(ToolTest):
 
     def test_a_profile_for_other_channels_is_left_out_with_a_note(self):
         self.write("in.jpg", with_segments(self.base(), icc_segments(icc(600, b"GRAY"), 9000)))
-        result = self.run_tool("straighten", "in.jpg", "out.jpg", "--line", "0,0,1,0")
+        result = self.run_tool("straighten", "in.jpg", "out.jpg", *ANEW)
         self.assertIn("note: out.jpg: its colour profile is for other channels", result.stderr)
         self.assertEqual(icc_of(jpeg_segments(self.read("out.jpg"))), b"")
 
@@ -282,7 +284,7 @@ class AcrossFormats(ToolTest):
     def test_a_damaged_profile_of_a_png_is_left_out_with_a_note(self):
         damaged = chunk(b"iCCP", b"name\0\0" + b"not compressed")
         self.write("in.png", png(2, 1, 8, 2, [bytes(6)], [damaged]))
-        result = self.run_tool("straighten", "in.png", "out.png", "--line", "0,0,1,0")
+        result = self.run_tool("straighten", "in.png", "out.png", *ANEW)
         self.assertEqual(result.returncode, 0)
         self.assertIn("note: in.png: its colour profile is damaged and is left out", result.stderr)
 

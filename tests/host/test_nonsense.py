@@ -133,7 +133,8 @@ class Conversions(ToolTest):
 
     def rows_of(self, content, *options):
         name = self.write("in", content)
-        result = self.run_tool("straighten", name, "out.ppm", "--line", "0,0,1,0", *options)
+        result = self.run_tool("straighten", name, "out.ppm", "--line", "0,0,1,0",
+                               "--quality", 95, *options)
         self.assertEqual(result.returncode, 0, result.stderr)
         return ppm_rows(self.read("out.ppm")), result.stderr
 

@@ -9,7 +9,7 @@ from pictures import (ToolTest, chunk, jpeg_segments, plain, png, png_chunks, pp
                       speckled, with_segments)
 
 XMP_PREFIX = b"http://ns.adobe.com/xap/1.0/\0"
-LEVEL = ("--line", "0,0,1,0")
+LEVEL = ("--line", "0,0,1,0", "--background", "black")  # written anew, not copied
 # A maker's note with a position of its own, from the start of the block.
 MAKER_NOTE = b"MAKER\0\0\0" + bytes(range(200))
 

@@ -6,7 +6,7 @@ import re
 import subprocess
 import unittest
 
-from pictures import TOOL, ToolTest, plain, ppm, ppm_rows, speckled
+from pictures import TOOL, ToolTest, plain, ppm, ppm_rows, snapshot, speckled
 
 USAGE, FAILED = 2, 1
 
@@ -45,6 +45,17 @@ class Recipes(ToolTest):
                          "#ff0000")
             self.assertEqual(self.read("done/" + name), self.read("step.ppm"))
 
+    def test_comments_and_backgrounds_in_a_recipe(self):
+        self.write("recipe", b"rotate --angle 10 --background #102030   # a corner: '\n"
+                             b"rotate --angle 10 #\n")
+        self.succeed("run", "recipe", self.inputs[0], "--out", "done", "--background", "red")
+        self.succeed("rotate", self.inputs[0], "one.ppm", "--angle", 10, "--background", "#102030")
+        self.succeed("rotate", "one.ppm", "two.ppm", "--angle", 10, "--background", "red")
+        self.assertEqual(self.read("done/photo0.ppm"), self.read("two.ppm"))
+        self.write("recipe", b"rotate --angle 10 --quality 80")
+        self.refuse(USAGE, "line 1: --quality belongs on the command line, not in a step", "run",
+                    "recipe", self.inputs[0], "--out", "out")
+
     def test_a_byte_order_mark_and_blank_lines_of_all_kinds(self):
         self.write("plain", b"rotate --angle 10\n")
         self.write("marked", b"\xef\xbb\xbfrotate --angle 10\r\n\v\n\f\n \t\n")
@@ -73,24 +84,22 @@ class Recipes(ToolTest):
         self.assertEqual(result.returncode, FAILED)
         self.assertRegex(result.stdout, r"\A5 of 8 photographs done in .* s, written to done; "
                                         r"3 failed\n\Z")
-        lines = result.stderr.splitlines()
+        lines = sorted(result.stderr.splitlines())  # they come as they happen
         self.assertEqual(len(lines), 3)
-        self.assertIn("photos/photo2.ppm: is not a JPEG", lines[0])
-        self.assertIn("photos/photo4.ppm: the point (19, 5) lies outside", lines[1])
-        self.assertIn("photos/none.jpg: cannot be opened", lines[2])
+        self.assertIn("photos/none.jpg: cannot be opened", lines[0])
+        self.assertIn("photos/photo2.ppm: is not a JPEG", lines[1])
+        self.assertIn("photos/photo4.ppm: the point (19, 5) lies outside", lines[2])
         self.assertEqual(len(os.listdir(self.path("done"))), 5)
 
     def test_inputs_that_are_no_photographs_are_named_as_what_they_are(self):
         self.write("recipe", b"rotate --angle 10")
         self.write("notes.txt", b"a text")
         self.write("photo", ppm(speckled(5, 5)))
-        result = self.run_tool("run", "recipe", "photos", "notes.txt", "none", "photo", "--out",
-                               "out")
+        result = self.run_tool("run", "recipe", "notes.txt", "none", "photo", "--out", "out")
         self.assertEqual(result.returncode, FAILED)
-        for line, words in zip(result.stderr.splitlines(), (
-                "photos: is a folder", "notes.txt: is not a JPEG", "none: cannot be opened",
-                "out/photo: the extension must say")):
-            self.assertIn(words, line)
+        for words in ("roxe: notes.txt: is not a JPEG", "roxe: none: cannot be opened",
+                      "roxe: out/photo: the extension must say"):
+            self.assertIn(words, result.stderr)
 
     def test_originals_are_safe(self):
         self.write("recipe", b"rotate --angle 10")
@@ -100,11 +109,109 @@ class Recipes(ToolTest):
         self.assertIn("would replace the photograph itself", result.stderr)
         self.assertEqual(self.read("photos/photo0.ppm"), before)
 
+    def test_other_originals_are_safe_by_any_name(self):
+        """A result may not replace an input that lies in the folder of results under its name."""
+        self.write("recipe", b"rotate --angle 10")
+        os.mkdir(self.path("other"))
+        os.mkdir(self.path("out"))
+        os.link(self.path("photos/photo1.ppm"), self.path("out/photo0.ppm"))  # hard link
+        os.symlink("../photos/photo2.ppm", self.path("out/photo3.ppm"))
+        os.symlink("../photos", self.path("out/deep"))
+        self.write("photos/deep", b"")
+        os.unlink(self.path("photos/deep"))
+        os.mkdir(self.path("photos/deep"))
+        self.write("photos/deep/photo4.ppm", self.read("photos/photo4.ppm"))
+        before = {name: self.read("photos/" + name) for name in self.names}
+        result = self.run_tool("run", "recipe", "photos", "--out", "out", "--overwrite")
+        self.assertEqual(result.returncode, FAILED)
+        self.assertIn("photos/photo0.ppm: the result would replace the photograph photos/photo1.ppm",
+                      result.stderr)
+        self.assertIn("photos/photo3.ppm: out/photo3.ppm is a link, and a batch follows none",
+                      result.stderr)
+        self.assertIn("photos/deep/photo4.ppm: out/deep is a link", result.stderr)
+        self.assertIn("5 of 8 photographs done", result.stdout)
+        self.assertEqual({name: self.read("photos/" + name) for name in self.names}, before)
+
+    def test_what_exists_is_kept(self):
+        self.write("recipe", b"rotate --angle 10")
+        os.mkdir(self.path("out"))
+        self.write("out/photo1.ppm", b"precious")
+        run = ("run", "recipe", "photos", "--out", "out")
+        result = self.run_tool(*run)
+        self.assertEqual(result.returncode, FAILED)
+        self.assertIn("out/photo1.ppm: exists already (--overwrite replaces it, --skip-existing "
+                      "leaves it as it is)", result.stderr)
+        self.assertEqual(self.read("out/photo1.ppm"), b"precious")
+        self.assertIn("6 of 7 photographs done", result.stdout)
+        self.write("photos/photo9.ppm", self.read("photos/photo0.ppm"))
+        self.assertIn("1 of 8 photographs done", text := self.succeed(*run, "--skip-existing"))
+        self.assertIn("; 7 left as they were\n", text)
+        self.assertEqual(self.read("out/photo1.ppm"), b"precious")
+        self.assertIn("8 of 8 photographs done", self.succeed(*run, "--overwrite"))
+        self.assertNotEqual(self.read("out/photo1.ppm"), b"precious")
+        self.refuse(USAGE, "exclude each other", *run, "--overwrite", "--skip-existing")
+
+    def test_folders_keep_their_places(self):
+        self.write("recipe", b"rotate --angle 10")
+        for place in ("card/100CANON", "card/101CANON", "card/.trash", "card/edited"):
+            os.makedirs(self.path(place))
+            self.write(place + "/IMG_0001.PPM", ppm(speckled(9, 9)))
+            self.write(place + "/notes.txt", b"a text")
+        text = self.succeed("run", "recipe", "card", "--out", "card/edited", "--overwrite")
+        self.assertIn("2 of 2 photographs done", text)
+        for inputs in (("card/",), ("card/100CANON/IMG_0001.PPM", "card/101CANON/IMG_0001.PPM"),
+                       ("card/100CANON", "./card//101CANON")):
+            self.succeed("run", "recipe", *inputs, "--out", "card/edited", "--overwrite")
+            for folder in ("100CANON", "101CANON"):
+                self.assertEqual(os.listdir(self.path("card/edited/" + folder)), ["IMG_0001.PPM"])
+                os.unlink(self.path("card/edited/" + folder + "/IMG_0001.PPM"))
+        self.succeed("run", "recipe", "card/100CANON", "--out", "one")
+        self.assertEqual(os.listdir(self.path("one")), ["IMG_0001.PPM"])
+        os.mkdir(self.path("empty"))
+        self.refuse(FAILED, "empty: there is no photograph in this folder", "run", "recipe", "empty",
+                    "--out", "out")
+
+    def test_a_rehearsal_writes_nothing(self):
+        self.write("recipe", b"rotate --angle 10")
+        os.mkdir(self.path("out"))
+        self.write("out/photo1.ppm", b"precious")
+        before = snapshot(self.folder)
+        run = ("run", "recipe", "photos", "--out", "out", "--dry-run")
+        result = self.run_tool(*run)
+        self.assertEqual(result.returncode, FAILED)
+        self.assertIn("photos/photo0.ppm -> out/photo0.ppm\n", result.stdout)
+        self.assertIn("6 of 7 photographs would be done; nothing is written; 1 failed", result.stdout)
+        self.assertIn("exists already", result.stderr)
+        self.assertIn("photos/photo1.ppm -> out/photo1.ppm (exists, left as it is)\n",
+                      self.succeed(*run, "--skip-existing"))
+        self.assertEqual(snapshot(self.folder), before)
+
+    def test_progress_without_a_terminal(self):
+        self.write("recipe", b"rotate --angle 10")
+        self.write("photos/photo3.ppm", b"broken")
+        result = self.run_tool("run", "recipe", "photos", "--out", "out", "--progress", 0, "--jobs",
+                               1)
+        self.assertEqual(result.stderr.splitlines(), [
+            "roxe: 1 of 7 done", "roxe: 2 of 7 done", "roxe: 3 of 7 done",
+            "roxe: photos/photo3.ppm: is not a JPEG, PNG, PPM or PGM picture",
+            "roxe: 3 of 7 done, 1 failed", "roxe: 4 of 7 done, 1 failed",
+            "roxe: 5 of 7 done, 1 failed"])  # the last line is the summary
+
+    def test_what_needs_nothing_is_copied(self):
+        self.write("recipe", b"rotate --angle 0")
+        self.write("photos/text.ppm", b"P3 1 1 9 1 2 3 # as no encoder writes it")
+        result = self.run_tool("run", "recipe", "photos", "--out", "out")
+        self.assertEqual(result.returncode, 0)
+        self.assertIn("note: out/text.ppm: nothing was to be done, copied as it is", result.stderr)
+        self.assertEqual(self.read("out/text.ppm"), self.read("photos/text.ppm"))
+
     def test_two_results_of_one_name(self):
         self.write("recipe", b"rotate --angle 10")
-        self.write("photo0.ppm", ppm(plain(9, 9, (1, 2, 3))))
-        self.refuse(USAGE, "would both become out/photo0.ppm", "run", "recipe", "photos/photo0.ppm",
-                    "photo0.ppm", "--out", "out")
+        self.write("photos/photo0.jpg", b"")
+        for inputs in (("photos/photo0.ppm", "photos/photo0.jpg", "--format", "png"),
+                       ("photos/photo0.ppm", "photos", "--format", "png")):
+            self.refuse(USAGE, "would both become out/photo0.png", "run", "recipe", *inputs,
+                        "--out", "out")
 
     def test_recipes_that_make_no_sense(self):
         for recipe, words in ((b"", "holds no operation"), (b"# nothing\n\n", "holds no operation"),
@@ -137,9 +244,10 @@ class Recipes(ToolTest):
         shown = read_all(terminal).decode()
         self.assertEqual(run.returncode, FAILED)
         self.assertIn("] 0 of 7", shown)
-        self.assertIn("[" + "#" * 30 + "] 7 of 7, 1 failed", shown)
-        last = re.split(r"\r\x1b\[K", shown)[-1]  # the bar is gone before the sentences
-        self.assertRegex(last, r"\Aroxe: photos/photo3.ppm: is not [^\n]*\n\Z")
+        self.assertIn("[" + "#" * 30 + "] 6 of 7 done, 1 failed", shown)
+        # The bar is gone before a sentence, and at the end.
+        self.assertRegex(shown, r"\r\x1b\[Kroxe: photos/photo3.ppm: is not [^\n]*\n")
+        self.assertTrue(shown.endswith("\r\x1b[K"), shown)
         self.assertNotIn("\r", self.run_tool(*command[1:]).stderr)
 
 

@@ -60,7 +60,7 @@ def test_sentences_are_the_same():
 
 def plain(sentence):
     """Without what differs by nature: dashes before options, quotes and spaces around values."""
-    sentence = re.sub(r"^\S+\.ppm: ", "", sentence)
+    sentence = re.sub(r"^\S+\.ppm: | \(see roxe .*--help\)$", "", sentence)
     return sentence.replace("--", "").replace("from_", "from").replace("'", "").replace(
         ", ", ",").replace("(", "").replace(")", "")
 

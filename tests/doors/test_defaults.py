@@ -59,7 +59,7 @@ def test_sentences_are_the_same():
 
 
 def plain(sentence):
-    """Without what differs by nature: dashes before options, quotes and spaces around values."""
+    """Without what belongs to one door: dashes, quotes, file names, the way to the help."""
     sentence = re.sub(r"^\S+\.ppm: | \(see roxe .*--help\)$", "", sentence)
     return sentence.replace("--", "").replace("from_", "from").replace("'", "").replace(
         ", ", ",").replace("(", "").replace(")", "")

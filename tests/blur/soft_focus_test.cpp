@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
+#include <utility>
 #include <vector>
 
 #include "blur/box_blur.h"
+#include "blur/gaussian_stream.h"
 #include "support/image.h"
 #include "support/seams.h"
 
@@ -194,6 +197,35 @@ TEST(SoftFocus, ChecksInOrder) {
   EXPECT_EQ(dst, untouched);
 }
 
+TEST(SoftFocus, EarlierChecksAnswerForLaterOnes) {
+  const Image src = Scene(), grey = Gray({{1, 2, 3, 4}});
+  Image dst = Scene();
+  PixelArray missing = dst.record, bad_mask = grey.record;
+  missing.pixels = nullptr;
+  bad_mask.rowBytes = 3;
+  PixelArray narrow = src.record;
+  narrow.width = 3;
+  const Image low(kRoxeFormatRGB24, 4, 2);
+
+  // The destination's verification before the source's format.
+  EXPECT_EQ(roxeSoftFocus(grey, &missing, nullptr, 3, 3), kRoxeErrNull);
+  // Formats and sizes before the mask, each alone and with a mask that is malformed.
+  const PixelArray* const masks[] = {nullptr, &bad_mask};
+  for (const PixelArray* mask : masks) {
+    EXPECT_EQ(roxeSoftFocus(grey, dst, mask, 3, 3), kRoxeErrParam);
+    Image grey_dst = grey;
+    EXPECT_EQ(roxeSoftFocus(src, grey_dst, mask, 3, 3), kRoxeErrParam);
+    EXPECT_EQ(grey_dst, grey);
+    EXPECT_EQ(roxeSoftFocus(&narrow, dst, mask, 3, 3), kRoxeErrParam);
+    EXPECT_EQ(roxeSoftFocus(low, dst, mask, 3, 3), kRoxeErrParam);
+  }
+  // The mask's verification before its format.
+  PixelArray colour_mask = src.record;
+  colour_mask.rowBytes = 11;
+  EXPECT_EQ(roxeSoftFocus(src, dst, &colour_mask, 3, 3), kRoxeErrNull);
+  EXPECT_EQ(dst, Scene());
+}
+
 // The same with whole pictures, one pass after the other.
 Image SoftFocusWhole(const Image& src, const Image& mask, int32_t radius, int32_t mask_radius) {
   Image in = src, weights = mask, out = src, blurred = mask;
@@ -278,6 +310,101 @@ TEST(SoftFocus, OverlappingPicturesAreBlurredWhole) {
   overlap(memory, &src, &dst);
   ASSERT_EQ(roxeSoftFocus(&src, &dst, nullptr, 3, 3), kRoxeOK);
   EXPECT_EQ(memory, expected);
+}
+
+TEST(SoftFocus, OverlappingPicturesAreBlendedPixelByPixel) {
+  // dst begins one pixel after src in the same row. 0 0 240 becomes 0 79 120, 39 66 99, then
+  // 52 67 82; blended half with the source as it then is: 0 stays, 52 - 26 = 26, 67 + (26 - 67 =
+  // -41 halved: -21) = 46, 82 + (46 - 82 = -36 halved: -18) = 64.
+  Image strip = Bgr({{{0, 0, 0}, {0, 0, 0}, {240, 240, 240}, {9, 9, 9}}});
+  const Image mask = Gray({{128, 128, 128}});
+  PixelArray src = strip.record, dst = strip.record;
+  src.width = dst.width = 3;
+  dst.pixels += 3;
+  ASSERT_EQ(roxeSoftFocus(&src, &dst, mask, 3, 1), kRoxeOK);
+  EXPECT_EQ(strip, Bgr({{{0, 0, 0}, {26, 26, 26}, {46, 46, 46}, {64, 64, 64}}}));
+}
+
+TEST(SoftFocus, OverlappingLongRowsAreBlendedPixelByPixel) {
+  std::mt19937 random(9);
+  for (const int32_t shift : {1, 2, 3, 20}) {
+    Image memory(kRoxeFormatRGB24, 200, 4), mask(kRoxeFormatGray8, 170, 4, 173);
+    memory.randomise(random);
+    mask.randomise(random);
+    Image expected = memory;
+    const auto overlap = [&](Image& image, PixelArray* src, PixelArray* dst) {
+      *src = *dst = image.record;
+      src->width = dst->width = 170;
+      dst->pixels = image.pixel(0, 0) + shift;  // whole pixels, or between them
+    };
+    PixelArray src, dst;
+    overlap(expected, &src, &dst);
+    ASSERT_EQ(roxe::GaussianBlurA(&src, &dst, 5), 1);
+    for (int32_t y = 0; y < 4; ++y)
+      for (int32_t x = 0; x < 170; ++x)
+        for (int32_t c = 0; c < 3; ++c) {
+          uint8_t& out = dst.pixels[y * 600 + 3 * x + c];
+          const int32_t from = src.pixels[y * 600 + 3 * x + c];
+          out = static_cast<uint8_t>(out + (((from - out) * *mask.pixel(x, y)) >> 8));
+        }
+    overlap(memory, &src, &dst);
+    ASSERT_EQ(roxeSoftFocus(&src, &dst, mask, 5, 1), kRoxeOK);
+    EXPECT_EQ(memory, expected) << shift;
+  }
+}
+
+// The one level of a white picture of one channel, blurred by windows that hold all of it.
+int WhiteAfterOneWindow(int32_t width, int32_t height) {
+  Image white(kRoxeFormatGray8, width, height), whole = white;
+  white.fill(255);
+  const int32_t all = std::max(width, height);
+  EXPECT_EQ(roxe::BoxBlurA(white, whole, all, all, all, all), 1);
+  const int level = *whole.pixel(0, 0);
+  for (const uint8_t byte : whole.pixels()) {
+    if (byte == level) continue;
+    ADD_FAILURE() << "not of one level";
+    break;
+  }
+  return level;
+}
+
+TEST(ExhaustiveSoftFocus, WindowsOfMoreThanTwoToThe23PixelsAreBlack) {
+  EXPECT_EQ(WhiteAfterOneWindow(4096, 2048), 255);  // 2^23: exact
+  EXPECT_EQ(WhiteAfterOneWindow(4097, 2048), 0);
+  EXPECT_EQ(WhiteAfterOneWindow(2896, 2896), 254);  // 8386816, reciprocal 1
+
+  // The same row by row: three windows, each of the whole picture.
+  for (const auto& [width, level] : {std::pair{4096, 255}, {4097, 0}, {2896, 252}}) {
+    Image picture(kRoxeFormatGray8, width, width == 2896 ? 2896 : 2048);
+    picture.fill(255);
+    roxe::GaussianStream stream(picture.record, 8201);
+    ASSERT_TRUE(stream.allocate());
+    for (int32_t y = 0; y < picture.record.height; ++y) {
+      const uint8_t* row = stream.next_row(picture.pixel(0, y));
+      ASSERT_EQ(std::vector<uint8_t>(row, row + width),
+                std::vector<uint8_t>(static_cast<size_t>(width), static_cast<uint8_t>(level)))
+          << width << ", row " << y;
+    }
+  }
+}
+
+TEST(SoftFocus, WhiteLosesALevelABlurUnlessWindowsArePowersOfTwo) {
+  const auto white = [](int32_t radius, int32_t x, int32_t y) {
+    Image picture(kRoxeFormatRGB24, 3 * radius + 9, 3 * radius + 9);
+    picture.fill(255);
+    EXPECT_EQ(roxeSoftFocus(picture, picture, nullptr, radius, 0), kRoxeOK);
+    return int{*picture.pixel(x, y)};
+  };
+  // 255 * 9 * 932067 >> 23 = 254, then 253 and 252.
+  EXPECT_EQ(white(3, 9, 9), 252);
+  EXPECT_EQ(white(20, 34, 34), 252);
+  // Windows of 4 and 4 keep 255, the one of 9 gives 254.
+  EXPECT_EQ(white(2, 7, 7), 254);
+  EXPECT_EQ(white(16, 28, 28), 254);
+  EXPECT_EQ(white(2, 0, 0), 255);  // windows of 1, 4 and 4
+  // 90000 pixels: 8388608 / 90000 = 93.2, 93 * 90000 / 2^23 = 0.9978: 254 and 253; 301 * 301
+  // pixels: 92 * 90601 / 2^23 = 0.9936.
+  EXPECT_EQ(white(300, 454, 454), 251);
 }
 
 TEST(SoftFocus, EveryAllocationMayFail) {

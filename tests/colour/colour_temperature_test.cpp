@@ -85,6 +85,50 @@ TEST(ColourTemperature, CoolerIsCappedInBrightness) {
   EXPECT_EQ(Balanced({{100, 150, 200}}, -100, 100), Bgr({{{255, 87, 88}}}));
 }
 
+TEST(ColourTemperature, CapScalesAllChannelsAlike) {
+  // Linear (53, 86, 1869), gains 540, 4096, 47104 / 4096: (6, 86, 21493). Luminance 193 in, 1482
+  // out: ratio 2 * 533 = 1066, so (1, 22, 5593). Green 22 spills: excess -4074, blue 5593 +
+  // ((-1859 * 210) >> 12 = -96), red 1 + ((-53 * 166) >> 12 = -3).
+  EXPECT_EQ(Balanced({{180, 40, 30}}, -100, 0), Bgr({{{255, 16, 0}}}));
+  // Linear (185, 0, 2365): (24, 0, 27197), luminance 213 in, 1813 out, ratio 962: (5, 0, 6387).
+  EXPECT_EQ(Balanced({{200, 0, 60}}, -100, 0), Bgr({{{255, 0, 4}}}));
+  // Linear (0, 185, 1249): (0, 185, 14363), 197 in, 1067 out, ratio 1512: (0, 68, 5301).
+  EXPECT_EQ(Balanced({{150, 60, 0}}, -100, 0), Bgr({{{255, 35, 0}}}));
+}
+
+// A row of equal pixels under gains of the three channels, long enough for the widest vectors.
+Image Gained(Pixel pixel, float red, float green, float blue) {
+  Image image = Bgr({std::vector<Pixel>(70, pixel)});
+  const float matrix[9] = {red, 0, 0, 0, green, 0, 0, 0, blue};
+  roxe::ApplyStdColorTemperatureMatrix(image.record, image.record, matrix);
+  return image;
+}
+
+TEST(ColourTemperature, BlueSpillsFromTwoOn) {
+  const auto row = [](Pixel pixel) { return Bgr({std::vector<Pixel>(70, pixel)}); };
+  // Red 1, blue 4096 in linear light, luminance 272: a spill of (-1 * 22) >> 12 = -1 into red.
+  EXPECT_EQ(Gained({255, 0, 1}, 1, 1, 2.0f / 4096), row({2, 0, 0}));
+  EXPECT_EQ(Gained({255, 0, 1}, 1, 1, 1.0f / 4096), row({1, 0, 1}));
+}
+
+TEST(ColourTemperature, GainsOfAnySizeGiveTheSameBytesOnEveryTable) {
+  // White under a blue gain of 17: (4096, 4096, 69632), luminance 4049 in, 8401 out, ratio 3948:
+  // (3948, 3948, 67116). Excess of red -148: green 3948 + ((-148 * 1012) >> 12 = -37).
+  EXPECT_EQ(Gained({255, 255, 255}, 1, 1, 17), Bgr({std::vector<Pixel>(70, Pixel{255, 250, 251})}));
+  std::mt19937 random(33);
+  Image src(kRoxeFormatRGB24, 200, 9);
+  src.randomise(random);
+  for (const float blue : {15.9f, 15.9999f, 16.0f, 16.1f, 31.9f, 32.0f, 100.0f, -0.001f})
+    for (const float other : {0.0305f, 0.0313f, 1.0f, 2.999f, 3.0f, 3.1f}) {
+      const float matrix[9] = {other, 0, 0, 0, other, 0, 0, 0, blue};
+      Image dst(kRoxeFormatRGB24, 200, 9), expected(kRoxeFormatRGB24, 200, 9);
+      roxe::ApplyStdColorTemperatureMatrix(src.record, dst.record, matrix);
+      const RowsInstead plain(roxe::kPlainRows);
+      roxe::ApplyStdColorTemperatureMatrix(src.record, expected.record, matrix);
+      EXPECT_EQ(dst, expected) << blue << ' ' << other;
+    }
+}
+
 TEST(ColourTemperature, GreenerAndMoreMagenta) {
   EXPECT_EQ(Balanced({{128, 128, 128}}, 0, 100), Bgr({{{139, 79, 144}}}));
   EXPECT_EQ(Balanced({{100, 150, 200}}, 100, -100), Bgr({{{7, 167, 174}}}));

@@ -45,6 +45,13 @@ TEST(ColourTint, FadesInProportionToTheDistance) {
   EXPECT_EQ(Tinted({{30, 30, 200}}, kRed, 80), Bgr({{{38, 38, 179}}}));
 }
 
+TEST(ColourTint, GreysInsideTheToleranceLoseTheLevelThatTheWeightsLack) {
+  // Grey 100 has level 99. Distance 400 / 4 / 81 = 1 of 81 steps: 100 + (202 * -1 >> 14 = -1).
+  EXPECT_EQ(Tinted({{100, 100, 100}}, {120, 120, 120}, 80), Bgr({{{99, 99, 99}}}));
+  // At the reference itself nothing is taken.
+  EXPECT_EQ(Tinted({{120, 120, 120}}, {120, 120, 120}, 80), Bgr({{{120, 120, 120}}}));
+}
+
 TEST(ColourTint, WorkerTakesItsToleranceAsAFloat) {
   const auto tinted = [](float tolerance) {
     Image image = Bgr({{kRed, {30, 30, 200}, {0, 120, 255}, kBlue}});

@@ -95,6 +95,28 @@ TEST(ReplaceColour, AWholeTurnOfTheHueIsNone) {
   }
 }
 
+TEST(ReplaceColour, HugeHueShiftsAreRoundedTogetherWithTheHue) {
+  // Red 200 has hue 360. From 2^24 on floats are even numbers, and a tie goes to a multiple of
+  // four. A sum of 16777577 becomes 16777576, hue 136: blue 200 * 16 / 60 = 53; exactly it would be
+  // 137 and 56.
+  const Pixel red = {0, 0, 200};
+  EXPECT_EQ(Replaced({red}, red, 0, 16777217, 0, 0), Bgr({{{53, 200, 0}}}));
+  // 16777575 becomes 16777576 too, not 135.
+  EXPECT_EQ(Replaced({red}, red, 0, 16777215, 0, 0), Bgr({{{53, 200, 0}}}));
+  // -16777217 becomes -16777216, hue 224: green 200 * (240 - 224) / 60 = 53; exactly 223 and 56.
+  EXPECT_EQ(Replaced({red}, red, 0, -16777577, 0, 0), Bgr({{{200, 53, 0}}}));
+  // The last sum that is exact, 16777216, has hue 136.
+  EXPECT_EQ(Replaced({red}, red, 0, 16776856, 0, 0), Bgr({{{53, 200, 0}}}));
+}
+
+TEST(ReplaceColour, HueShiftIsFullAtTheEdgeOfTheTolerance) {
+  // Distance 1136 / 34 = 33, the last of 34 steps: weight 3411. The colour of hue 120 is (30, 200,
+  // 30): red 200 + (3411 * -170 >> 16 = -9), green 30 + (3411 * 170 >> 16 = 8).
+  EXPECT_EQ(Falloff(35, 34)[33], 3411);
+  EXPECT_EQ(Replaced({{30, 30, 200}}, kRed, 33, 120, 0, 0), Bgr({{{30, 38, 191}}}));
+  EXPECT_EQ(Replaced({{30, 30, 200}}, kRed, 32, 120, 0, 0), Bgr({{{30, 30, 200}}}));
+}
+
 TEST(ReplaceColour, LargeShiftsSaturate) {
   // The largest exact steps: 12850 * 2.55 = 32767. Value 255, saturation 0.
   EXPECT_EQ(Replaced({{0, 0, 100}}, {0, 0, 100}, 0, 0, -12850, 12850), Bgr({{{255, 255, 255}}}));

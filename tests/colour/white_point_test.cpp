@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
 
 #include "geometry/xrml.h"
 #include "support/image.h"
@@ -120,6 +121,20 @@ TEST(WhitePoint, EqualWhitesGiveTheIdentityWithoutWork) {
   EXPECT_EQ(roxe::GetSRGBColorTemperatureMatrix(5000, 3, 5000, 3, matrix.data()), 1);
   EXPECT_EQ(matrix, kIdentity);
   EXPECT_EQ(watch.allocations(), 0);
+}
+
+TEST(WhitePoint, EqualTemperaturesWithOtherTintsAreOtherWhites) {
+  Matrix convert, from, to;
+  EXPECT_EQ(roxe::GetColorTemperatureMatrix(5000, 0, 5000, 20, convert.data()), 1);
+  roxe::GetRGB2XYZMatrix(kPrimaries.data(), 5000, 0, from.data());
+  roxe::GetRGB2XYZMatrix(kPrimaries.data(), 5000, 20, to.data());
+  ExpectNear(Times(to, convert), from);
+  EXPECT_GT(std::abs(convert[0] - 1), 0.001f);
+
+  EXPECT_EQ(roxe::GetSRGBColorTemperatureMatrix(5000, 0, 5000, 20, convert.data()), 1);
+  roxe::GetBradfordXYZMatrix(5000, 0, 5000, 20, from.data());
+  ExpectNear(Times(to, convert), Times(from, to));
+  EXPECT_GT(std::abs(convert[0] - 1), 0.001f);
 }
 
 TEST(WhitePoint, PlainConversionKeepsXyz) {

@@ -186,6 +186,18 @@ TEST(AffineTransform, RectangleMayReachBeyondTheDestination) {
   EXPECT_EQ(dst.pixels(), std::vector<uint8_t>(40 * 40 * 3, 200));
 }
 
+TEST(AffineTransform, MappingIsThatOfTheWholeRectangle) {
+  // 16 pixels onto 32, of which the lower right quarter is drawn: x = 2 (u + 8), y = 2 (v + 8).
+  const Image src(kRoxeFormatRGB24, 40, 40);
+  Image dst(kRoxeFormatRGB24, 8, 8);
+  Quad quad = {0, 0, 32, 0, 32, 32, 0, 32};
+  EXPECT_EQ(roxeAffineTransform(src, dst, &quad, nullptr, {-8, -8, 8, 8}), kRoxeOK);
+  for (int32_t y = 0; y < 8; ++y)
+    for (int32_t x = 0; x < 8; ++x)
+      for (int c = 0; c < 3; ++c)
+        EXPECT_EQ(dst.pixel(x, y)[c], src.pixel(2 * x + 16, 2 * y + 16)[c]) << x << ' ' << y;
+}
+
 TEST(AffineTransform, RecordsAreVerifiedFirst) {
   Image good(kRoxeFormatRGB24, 9, 9), bad(kRoxeFormatRGB24, 9, 9);
   bad.record.rowBytes = 26;
@@ -203,8 +215,8 @@ TEST(AffineTransform, UnusableParametersSortNothing) {
   Quad crossed = {10, 10, 30, 30, 30, 10, 10, 30};
   EXPECT_EQ(roxeAffineTransform(src, dst, &crossed, nullptr, {0, 0, 8, 8}), kRoxeErrParam);
   Quad quad = {30, 30, 10, 30, 10, 10, 30, 10};
-  const PixelRect unusable[] = {{8, 0, 8, 8},  {0, 8, 8, 8},   {9, 0, 8, 8},  {-9, 0, 0, 8},
-                                {0, -9, 8, 0}, {20, 0, 30, 8}, {0, 20, 8, 30}};
+  const PixelRect unusable[] = {{8, 0, 8, 8},  {0, 8, 8, 8},  {9, 0, 8, 8},   {0, 9, 8, 8},
+                                {-9, 0, 0, 8}, {0, -9, 8, 0}, {20, 0, 30, 8}, {0, 20, 8, 30}};
   for (const PixelRect& rect : unusable)
     EXPECT_EQ(roxeAffineTransform(src, dst, &quad, nullptr, rect), kRoxeErrParam);
   EXPECT_EQ(quad.x0, 30);

@@ -143,6 +143,8 @@ TEST(GetDstPoints, ParallelogramHasNoVanishingPoint) {
   EXPECT_EQ(GetDstPoints(&quad, 7, 8, points, &camera), 0);
   ExpectCamera(camera, 7, 8, 0);
   ExpectPoint(points[0], 1, 2, 3);
+  ExpectPoint(points[1], 4, 5, 6);
+  ExpectPoint(points[2], 7, 8, 9);
   ExpectPoint(points[3], 10, 11, 12);
 }
 

@@ -80,8 +80,8 @@ TEST(PerspectiveSize, CollinearityWraps) {
 }
 
 // Expects that drawing quad into rect covers exactly drawn.
-void ExpectDrawn(Quad quad, PixelRect rect, PixelRect drawn) {
-  Image src(kRoxeFormatRGB24, 200, 200), dst(kRoxeFormatRGB24, 330, 340);
+void ExpectDrawn(Quad quad, PixelRect rect, PixelRect drawn, int32_t src_side = 200) {
+  Image src(kRoxeFormatRGB24, src_side, src_side), dst(kRoxeFormatRGB24, 330, 340);
   src.fill(200);
   dst.fill(9);
   EXPECT_EQ(roxePerspectiveDistortionCorrection(src, dst, &quad, 1, 2, rect), 2);
@@ -150,6 +150,33 @@ TEST(Perspective, CornersAreSortedTwice) {
   EXPECT_EQ(quad.y2, 167);
   EXPECT_EQ(quad.x3, 125);
   EXPECT_EQ(quad.y3, 285);
+}
+
+TEST(Perspective, SizeIsThatOfTheCornersSortedOnce) {
+  // Sorted once they are (161, 129), (251, 167), (125, 285), (129, 167), of edges 97.7, 172.6,
+  // 118.1 and 49.7: 107 x 111, and 30 * 107 / 111 = 28.9. Sorted twice they would be 111 x 107.
+  ExpectDrawn({125, 285, 129, 167, 161, 129, 251, 167}, {0, 0, 30, 30}, {0, 0, 28, 30}, 300);
+}
+
+TEST(Perspective, FittedSidesAreCut) {
+  // 50 * 299 / 100 = 149.5 rows.
+  ExpectDrawn({20, 30, 120, 30, 120, 80, 20, 80}, {10, 20, 309, 320}, {10, 20, 309, 169});
+}
+
+TEST(Perspective, RectangleMayBeginBeforeTheDestination) {
+  // 50 * 301 / 100 = 150 rows from row -50 on.
+  ExpectDrawn({20, 30, 120, 30, 120, 80, 20, 80}, {-100, -50, 201, 251}, {0, 0, 201, 100});
+}
+
+TEST(Perspective, NothingFitsANegativeRectangle) {
+  Image src(kRoxeFormatRGB24, 200, 200), dst(kRoxeFormatRGB24, 30, 30);
+  const Image before(dst);
+  const PixelRect rects[] = {{20, 0, 10, 30}, {0, 20, 30, 10}, {20, 20, 10, 10}, {20, 20, 19, 30}};
+  for (const PixelRect& rect : rects) {
+    Quad quad = {20, 30, 120, 30, 120, 80, 20, 80};
+    EXPECT_EQ(roxePerspectiveDistortionCorrection(src, dst, &quad, 0, 0, rect), 0);
+  }
+  EXPECT_EQ(dst, before);
 }
 
 TEST(Perspective, PeakOfMemoryIsThatOfTheTransform) {

@@ -71,6 +71,15 @@ TEST(SortCorners, CoincidentDiagonalEndsAreNotANumberAndStay) {
   EXPECT_EQ(Sorted({5, 5, 0, 0, 5, 5, 10, 10}), (std::vector<int32_t>{0, 0, 5, 5, 5, 5, 10, 10}));
 }
 
+TEST(SortToAntiClockwise, ProductThatIsNoNumberIsNoDiamond) {
+  // Corners 0 and 2 coincide: their cosines are 0 / 0. The first edge is steep all the same.
+  Quad quad = {5, 0, 0, 100, 5, 0, 0, -100};
+  SortToAntiClockwise(&quad);
+  EXPECT_EQ((std::vector<int32_t>{quad.x0, quad.y0, quad.x1, quad.y1, quad.x2, quad.y2, quad.x3,
+                                  quad.y3}),
+            (std::vector<int32_t>{5, 0, 0, -100, 5, 0, 0, 100}));
+}
+
 TEST(AffineMatrix, RowsOfTheEquations) {
   const Quad src = {11, 12, 13, 14, 15, 16, 17, 18}, dst = {1, 2, 3, 4, 5, 6, 7, 8};
   const Block<float*> rows = CreateAffineMatrix(&src, &dst);

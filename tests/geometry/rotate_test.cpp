@@ -6,6 +6,7 @@
 #include <limits>
 #include <vector>
 
+#include "reference/geometry.h"
 #include "support/image.h"
 #include "support/seams.h"
 
@@ -119,6 +120,14 @@ TEST(Rotate, RecordsAreVerifiedSourceFirst) {
   bad.record = good.record;
   bad.record.pixels = nullptr;
   EXPECT_EQ(roxeRotateImage(bad, 0, 0, 0, good, 0, 0), kRoxeErrInvalid);
+}
+
+TEST(Rotate, DestinationIsVerifiedEvenWhereAGreySourceLeavesItAlone) {
+  const Image grey(kRoxeFormatGray8, 9, 9);
+  Image bad(kRoxeFormatRGB24, 9, 9);
+  bad.record.rowBytes = 26;
+  EXPECT_EQ(roxeRotateImage(grey, 4, 4, 0.5f, nullptr, 4, 4), kRoxeErrNull);
+  EXPECT_EQ(roxeRotateImage(grey, 4, 4, 0.5f, bad, 4, 4), kRoxeErrInvalid);
 }
 
 TEST(Rotate, UnknownFormats) {
@@ -296,6 +305,22 @@ TEST(RotateMap, StepsBeyondAPixelCarryOncePerStep) {
   roxe::RotateImage_RGB24(src.record, dst.record, map);
   // k = 1: (10 + 20) / 2; k = 2: the whole of the right one, 40; k = 3: 80 + (80 - 40) / 2 = 100
   EXPECT_EQ(Blues(dst, 1), (std::vector<int>{9, 15, 40, 100}));
+}
+
+TEST(RotateMap, AnyStepBeyondAPixelCarriesOncePerStep) {
+  // One step at a time a little or far beyond a pixel, either way; fractions pile up.
+  std::mt19937 random(17);
+  Image src(kRoxeFormatRGB24, 150, 90);
+  src.randomise(random);
+  for (const size_t k : {0u, 1u, 3u, 4u})
+    for (const float step : {65537.0f / 65536, -65537.0f / 65536, 1.0f, -1.0f, 1.75f, -1.75f}) {
+      float map[6] = {0.5f, 0.25f, 40.9999f, -0.25f, 0.5f, 30.9999f};
+      map[k] = step;
+      Image dst(kRoxeFormatRGB24, 140, 70), expected(kRoxeFormatRGB24, 140, 70);
+      roxe::RotateImage_RGB24(src.record, dst.record, map);
+      reference::RotateImage_RGB24(src.record, expected.record, map);
+      EXPECT_EQ(dst, expected) << k << ' ' << step;
+    }
 }
 
 }  // namespace

@@ -293,6 +293,14 @@ TEST(GammaEstimate, HistogramWeighsTheSlopes) {
   EXPECT_EQ(GetMaximumEntropyEstimateGamma(histogram), 0x1.33332ap+0);
 }
 
+TEST(GammaEstimate, SmallestOfEqualsWins) {
+  // Searched for: the scores at both ends are 0x1.d8e242p+12, and none between is larger.
+  uint32_t histogram[256] = {};
+  histogram[15] = 2584;
+  histogram[255] = 4821;
+  EXPECT_EQ(GetMaximumEntropyEstimateGamma(histogram), 0.65f);
+}
+
 TEST(GammaEstimate, EmptyHistogramGivesOne) { EXPECT_EQ(GammaOfOneLevel(0, 0), 1.0); }
 
 TEST(GammaEstimate, CountsAreSigned) { EXPECT_EQ(GammaOfOneLevel(0, 0x80000000u), 1.0); }

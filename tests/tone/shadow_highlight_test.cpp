@@ -300,6 +300,21 @@ TEST(ShadowHighlight, WithoutMemoryNothingIsTouched) {
   }
 }
 
+TEST(ShadowHighlight, OperationWithoutMemoryIsStillOk) {
+  const Image before = Red100(12, 12);
+  for (const int32_t rows_apart : {0, 1}) {  // row by row, and by whole planes
+    Image image = Red100(12, 12);
+    PixelArray src = image.record, dst = image.record;
+    src.height = dst.height = 11;
+    dst.pixels = image.pixel(0, rows_apart);
+    const AllocationWatch watch(1);
+    EXPECT_EQ(roxeShadowHighlight(&src, &dst, 50, 0, 0), kRoxeOK);
+    EXPECT_EQ(watch.allocations(), 1);
+    EXPECT_EQ(watch.live_blocks(), 0);
+    EXPECT_EQ(image, before);
+  }
+}
+
 TEST(ShadowHighlight, MemoryIsAHundredBytesAColumn) {
   Image image = Red100(17, 50);
   {

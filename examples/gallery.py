@@ -34,6 +34,9 @@ CREDITS = {
 PAGE_CORNERS = "470,140,2130,10,2110,3090,400,2950"
 
 
+GEOMETRY = {"straighten", "rotate", "perspective", "warp"}  # before and after are not one frame
+
+
 @dataclass
 class Exhibit:
     operation: str  # the C function
@@ -46,19 +49,19 @@ class Exhibit:
 
 
 EXHIBITS = [
-    Exhibit("roxeVerifyPixelArray", "otter.jpg", ["info"],
-            "roxeVerifyPixelArray(&src)  /* kRoxeOK */",
-            "Every picture is checked before it is touched: its format, its size, the length of its "
-            "rows. The tool's info command says what a file holds and what this check answers."),
+    Exhibit("roxeuAutoStraightenImage", "sunset-tilted-horizon.jpg",
+            ["straighten", "--line", "70,1430,4200,1250", "--crop"],
+            "roxeuAutoStraightenImage(&src, 70, 1430, 4200, 1250, &dst)",
+            "Two points on the far ridge, and the horizon is level: 2.50 degrees clockwise. The "
+            "destination is the largest picture of the same proportions that shows no background."),
+    Exhibit("roxeRotateImage", "coffee-cup.png", ["rotate", "--angle", "20", "--crop"],
+            "roxeRotateImage(&src, 300, 200, 0.34906585f, &dst, 205, 137)",
+            "Any angle about any point, positive clockwise; here what the turned picture fills."),
     Exhibit("roxeRotateImage", "coffee-cup.png",
             ["rotate", "--angle", "20", "--expand", "--background", "white"],
             "roxeRotateImage(&src, 300, 200, 0.34906585f, &dst, 350, 291)",
-            "Any angle about any point, positive clockwise. The destination was filled with white "
-            "before; pixels that the turned picture does not cover keep what they held."),
-    Exhibit("roxeuAutoStraightenImage", "sunset-tilted-horizon.jpg",
-            ["straighten", "--line", "70,1430,4200,1250"],
-            "roxeuAutoStraightenImage(&src, 70, 1430, 4200, 1250, &dst)",
-            "Two points on the far ridge, and the horizon is level: 2.50 degrees clockwise."),
+            "The same with room for the corners. The destination was filled with white before; "
+            "pixels that the turned picture does not cover keep what they held."),
     Exhibit("roxeGetPerspectiveDistortionCorrectionSize", "book-page.jpg",
             ["perspective", "--corners", PAGE_CORNERS, "--dry-run"],
             "Quad quad = {470, 140, 2130, 10, 2110, 3090, 400, 2950};\n"
@@ -140,6 +143,10 @@ EXHIBITS = [
                       ("less blue", ["--blue", "3"]), ("darker", ["--dark", "3"]),
                       ("more red", ["--red", "-3"]), ("more green", ["--green", "-3"]),
                       ("more blue", ["--blue", "-3"]), ("lighter", ["--dark", "-3"])]),
+    Exhibit("roxeVerifyPixelArray", "otter.jpg", ["info"],
+            "roxeVerifyPixelArray(&src)  /* kRoxeOK */",
+            "Every picture is checked before it is touched: its format, its size, the length of its "
+            "rows. The tool's info command says what a file holds and what this check answers."),
 ]
 
 STYLE = """
@@ -163,6 +170,11 @@ small { opacity: 0.75; }
 .pair span { align-self: end; margin: 0.4rem; padding: 0 0.5rem; border-radius: 4px; color: #fff;
   background: #0008; font-size: 0.8rem; pointer-events: none; }
 .pair .left { justify-self: start; } .pair .right { justify-self: end; }
+.beside { display: grid; grid-template-columns: repeat(auto-fit, minmax(18rem, 1fr)); gap: 0.6rem;
+  align-items: center; margin: 0.8rem 0; }
+.beside figure { margin: 0; } .beside img { width: 100%; max-height: 44rem; object-fit: contain; }
+.beside figcaption, nav { font-size: 0.85rem; }
+nav ul { columns: 3 14rem; padding-left: 1.2rem; margin: 0.5rem 0; }
 .sheet { display: grid; grid-template-columns: repeat(4, 1fr); gap: 0.5rem; }
 .sheet figure { margin: 0; } .sheet img { width: 100%; } .sheet figcaption { font-size: 0.8rem; }
 """
@@ -181,8 +193,11 @@ class Gallery:
     def run_tool(self, command, photo, *output):
         """Runs one command in the root of the project; returns what it says."""
         files = [os.path.join("examples", "photos", photo), *map(os.path.abspath, output)]
-        return subprocess.run([self.tool, command[0], *files, *command[1:]], check=True, text=True,
-                              cwd=self.root, stdout=subprocess.PIPE).stdout
+        ran = subprocess.run([self.tool, command[0], *files, *command[1:]], text=True,
+                             cwd=self.root, capture_output=True, check=False)
+        if ran.returncode != 0:
+            sys.exit(ran.stderr)
+        return ran.stdout
 
     def shrink(self, name, largest=LARGEST_SIDE):
         """A JPEG for the page: the file itself if it is small, or a copy at so many eighths."""
@@ -200,16 +215,17 @@ class Gallery:
         return small
 
     def before(self, photo):
-        """The photograph as an upright JPEG: a level line needs no straightening."""
+        """The photograph as an upright JPEG: a level line needs no straightening, but with a
+        quality the file is written anew."""
         name = os.path.splitext(photo)[0] + ".jpg"
-        self.run_tool(["straighten", "--line", "0,0,1,0"], photo, self.path(name))
+        self.run_tool(["straighten", "--line", "0,0,1,0", "--quality", "95"], photo, self.path(name))
         return name, self.shrink(name)
 
     def after(self, number, exhibit):
         """Name of the result, its small copy and what the tool said."""
         if exhibit.command[0] == "info" or "--dry-run" in exhibit.command:
             return None, None, self.run_tool(exhibit.command, exhibit.photo)
-        name = f"{number:02}-{exhibit.operation}.jpg"
+        name = f"{number:02}-{exhibit.command[0]}.jpg"
         said = self.run_tool(exhibit.command, exhibit.photo, self.path(name))
         return name, self.shrink(name), said
 
@@ -217,7 +233,10 @@ class Gallery:
         name = f"{number:02}-variant-{index}.jpg"
         self.run_tool(exhibit.command[:1] + exhibit.variants[index][1], exhibit.photo,
                       self.path(name))
-        return self.shrink(name, 480)
+        small = self.shrink(name, 480)
+        if small != name:  # no page shows the large one
+            os.unlink(self.path(name))
+        return small
 
     def write(self):
         with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
@@ -229,7 +248,7 @@ class Gallery:
             for (number, exhibit), after in zip(numbered, afters):
                 sheet = list(pool.map(lambda i: self.variant(number, exhibit, i),
                                       range(len(exhibit.variants))))
-                sections.append(section(exhibit, befores[exhibit.photo], after, sheet,
+                sections.append(section(number, exhibit, befores[exhibit.photo], after, sheet,
                                         self.path(befores[exhibit.photo][0])))
         with open(self.path("index.html"), "w", encoding="utf-8") as page:
             page.write(document(sections))
@@ -255,11 +274,19 @@ def shown_command(exhibit):
 
 def slider(before, after, label):
     return f"""<div class="pair">
-<img class="after" src="{after}" alt="{label}, after">
-<img class="before" src="{before}" alt="{label}, before">
+<img class="after" loading="lazy" src="{after}" alt="{label}, after">
+<img class="before" loading="lazy" src="{before}" alt="{label}, before">
 <span class="left">before</span><span class="right">after</span>
 <input type="range" min="0" max="100" value="50" step="0.1" aria-label="{label}: before and after"
  oninput="this.parentNode.style.setProperty('--at', this.value + '%')">
+</div>"""
+
+
+def beside(before, after, label):
+    """Two pictures of different shapes: nothing lies over the same thing."""
+    return f"""<div class="beside">
+<figure><img loading="lazy" src="{before}" alt="{label}, before"><figcaption>before</figcaption></figure>
+<figure><img loading="lazy" src="{after}" alt="{label}, after"><figcaption>after</figcaption></figure>
 </div>"""
 
 
@@ -270,25 +297,31 @@ def single(picture, label, outline, size):
         shape = " ".join(f"{x},{y}" for x, y in zip(values[::2], values[1::2]))
         corners = (f'<svg viewBox="0 0 {size[0]} {size[1]}"><polygon points="{shape}" '
                    f'fill="#4488ff33" stroke="#ff2020" stroke-width="{size[0] // 250}"/></svg>')
-    return f'<div class="pair single"><img src="{picture}" alt="{label}">{corners}</div>'
+    return f'<div class="pair single"><img loading="lazy" src="{picture}" alt="{label}">{corners}</div>'
 
 
-def section(exhibit, before, after, sheet, before_path):
+def title(exhibit):
+    """The command and what tells it from its neighbours."""
+    return f"{exhibit.command[0]}: {os.path.splitext(exhibit.photo)[0].replace('-', ' ')}"
+
+
+def section(number, exhibit, before, after, sheet, before_path):
     name, small, said = after
-    label = html.escape(f"{exhibit.operation} on {exhibit.photo}")
+    label = html.escape(f"{exhibit.command[0]} on {exhibit.photo}")
     if name:
-        picture = slider(before[1], small, label)
+        show = beside if exhibit.command[0] in GEOMETRY else slider
+        picture = show(before[1], small, label)
         links = (f'full size: <a href="{before[0]}">before</a>, <a href="{name}">after</a>')
     else:
         picture = single(before[1], label, exhibit.outline, jpeg_size(before_path))
         picture += f"\n<pre>{html.escape(said.strip())}</pre>"
         links = f'full size: <a href="{before[0]}">the photograph</a>'
     figures = "".join(
-        f'<figure><img src="{small_name}" alt="{caption}"><figcaption>{caption}: '
+        f'<figure><img loading="lazy" src="{small_name}" alt="{caption}"><figcaption>{caption}: '
         f"{' '.join(options)}</figcaption></figure>"
         for small_name, (caption, options) in zip(sheet, exhibit.variants))
-    return f"""<section>
-<h2>{exhibit.operation}</h2>
+    return f"""<section id="{number}">
+<h2>{html.escape(title(exhibit))}</h2>
 <p>{html.escape(exhibit.text)}</p>
 {picture}
 {f'<div class="sheet">{figures}</div>' if figures else ""}
@@ -299,6 +332,8 @@ def section(exhibit, before, after, sheet, before_path):
 
 
 def document(sections):
+    contents = chr(10).join(f'<li><a href="#{number}">{html.escape(title(exhibit))}</a></li>'
+                            for number, exhibit in enumerate(EXHIBITS, 1))
     return f"""<!DOCTYPE html>
 <html lang="en">
 <meta charset="utf-8">
@@ -306,8 +341,11 @@ def document(sections):
 <title>ROXE: fifteen operations, before and after</title>
 <style>{STYLE}</style>
 <h1>ROXE: fifteen operations, before and after</h1>
-<p>Move the bar over a picture to compare, with the mouse, a finger or the arrow keys. Under each
-picture stand the command that made it and the call behind the command.</p>
+<p>Under each picture stand the command that made it and the call behind the command. Where both
+pictures have one frame, move the bar between them with the mouse, a finger or the arrow keys.</p>
+<nav><ul>
+{contents}
+</ul></nav>
 {chr(10).join(sections)}
 </html>
 """

@@ -83,7 +83,7 @@ TEST(PixelArray, RowOffsetsGoBeyondTwoGigabytes) {
   const PixelArray image = {kRoxeFormatGray8, 1, 100000, 100000, some_pixels};
   EXPECT_EQ(reinterpret_cast<uintptr_t>(roxe::row_of(image, 99999)) -
                 reinterpret_cast<uintptr_t>(some_pixels),
-            9999900000u);
+            static_cast<uintptr_t>(9999900000u));
 }
 
 TEST(PixelArray, OverlapIsOfBytesBetweenFirstAndLast) {

@@ -55,9 +55,9 @@ void sum_line(const uint8_t* row, int32_t width, ptrdiff_t channels, uint32_t* a
 void process_row(const uint32_t* acc, uint8_t* out, int32_t width, ptrdiff_t channels, int32_t left,
                  int32_t right, const uint32_t* reciprocals) {
   for (ptrdiff_t c = 0; c < channels; ++c) {
-    for (ptrdiff_t x = 0; x < width; ++x) {
-      const ptrdiff_t first = std::max<ptrdiff_t>(x - left, 0);
-      const ptrdiff_t last = std::min<ptrdiff_t>(x + right, width - 1);
+    for (int64_t x = 0; x < width; ++x) {
+      const int64_t first = std::max<int64_t>(x - left, 0);
+      const int64_t last = std::min<int64_t>(x + right, width - 1);
       const uint32_t up_to_last = acc[channels * last + c];
       const uint32_t before_first = first == 0 ? 0 : acc[channels * (first - 1) + c];
       out[channels * x + c] = scaled_down(up_to_last - before_first, reciprocals[last - first + 1]);

@@ -47,7 +47,22 @@ float XRLog(double x) { return static_cast<float>(std::log(x)); }
 float XRLog10(double x) { return static_cast<float>(std::log10(x)); }
 float XRExp(double x) { return static_cast<float>(std::exp(x)); }
 
+#if defined(__wasm__)
+// libc's function rounds twice here, first to double. The product is exact in double; where the sum
+// then lies halfway between two floats, the error of that sum says which one is nearer.
+float fused_multiply_add(float a, float b, float c) {
+  const double product = static_cast<double>(a) * b, sum = product + c;
+  const double added = sum - product;
+  const double error = (product - (sum - added)) + (c - added);
+  const float nearest = static_cast<float>(sum);
+  const double rest = sum - nearest;
+  if (!(error * rest > 0)) return nearest;
+  const float other = std::nextafterf(nearest, rest > 0 ? HUGE_VALF : -HUGE_VALF);
+  return std::fabs(rest) == std::fabs(other - sum) ? other : nearest;
+}
+#else
 float fused_multiply_add(float a, float b, float c) { return std::fma(a, b, c); }
+#endif
 
 int32_t truncate(float value) {
   if (std::isnan(value)) return std::numeric_limits<int32_t>::min();

@@ -91,7 +91,7 @@ void CompareBoxRows(void (*box_row)(const BoxRow<Sum>&, const uint8_t*, const ui
     const int32_t count = i == 7 ? columns - x : 1 + below(columns - x);
     const ptrdiff_t last = ptrdiff_t{columns - count} * kSumsStep;
     const auto place = [&] {
-      return static_cast<ptrdiff_t>(random()) % (last + 2 * kLanes + 1) - kLanes;
+      return static_cast<ptrdiff_t>(random() % static_cast<size_t>(last + 2 * kLanes + 1)) - kLanes;
     };
     box.runs[i] = {count, below(2) != 0, std::min(place(), last + kLanes), 0};
     box.runs[i].leaving = std::min(place(), last + kLanes);

@@ -13,7 +13,8 @@
 
 #include "roxe.h"
 
-// Memory between two unmapped pages, as close as it gets to one of them.
+// Memory between two unmapped pages, as close as it gets to one of them. (Under WebAssembly, which
+// has none: between bytes that must not change.)
 class GuardedMemory {
  public:
   // Whether data() is the end of the first unmapped page; else data() + size() is the start of the

@@ -15,6 +15,7 @@ import numpy as np
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "python"))
 os.environ.setdefault("ROXE_LIBRARY", str(ROOT / "build/release/libroxe.so.1"))
+PROGRAM = os.environ.get("ROXE_CHECKSUMS", ROOT / "build/release/tests/roxe_checksums")
 TOOL = os.environ.setdefault("ROXE_TOOL", str(ROOT / "build/release/host/roxe"))
 
 import roxe  # noqa: E402

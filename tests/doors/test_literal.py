@@ -10,9 +10,8 @@ import subprocess
 
 import pytest
 
-from doors import DOORS, Refused
+from doors import DOORS, PROGRAM, Refused
 from table import fnv1a, pictures
-from test_checksums import PROGRAM
 
 COMMITTED = pathlib.Path(__file__).with_name("literal.txt").read_text()
 

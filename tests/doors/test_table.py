@@ -1,16 +1,14 @@
 """One table of checksums through every front door."""
 
-import os
 import subprocess
 from concurrent.futures import ThreadPoolExecutor
 
 import pytest
 
-from doors import DOORS, ROOT
+from doors import DOORS, PROGRAM, ROOT
 from table import cases, fnv1a, pictures, target_rows, view
 
 COMMITTED = (ROOT / "tests/checksums/checksums.txt").read_text()
-PROGRAM = os.environ.get("ROXE_CHECKSUMS", ROOT / "build/release/tests/roxe_checksums")
 DRAWN_APART = {"rotate", "straighten", "perspective"}  # pixels may stay uncovered
 
 

@@ -9,6 +9,7 @@ machine only ever adds to it. Ratios are taken between times of the same run.
 
 import argparse
 import json
+import math
 import pathlib
 import sys
 
@@ -130,7 +131,8 @@ def failures(times, goals):
 
 
 def draw(times, goals, context, path):
-    """A bar for each operation and table, in multiples of memcpy; peers where they were measured."""
+    """A bar for each operation and table, in multiples of memcpy on a logarithmic scale; peers where
+    they were measured."""
     yardstick = times[("memcpy", "-", "12MP")]
     colours = {"plain": "#bbbbbb", "sse4": "#a8c6e6", "avx2": "#5b8fc7", "avx512": "#1f4e8c", "neon": "#1f4e8c",
                "peer": "#d98c3f"}
@@ -139,28 +141,36 @@ def draw(times, goals, context, path):
     operations = in_order({n for n, table, size in times if (table, size) == ("plain", "12MP")}, goals)
     shown = [t for t in TABLES + ["peer"] if any(t == table for _, table, _ in times)]
     bar, gap, left, width = 9, 8, 150, 860
-    longest = 60.0  # multiples of memcpy; longer bars are cut and say so
+    longest = 200.0  # multiples of memcpy; the shortest bar begins at 0.5
+
+    def length_of(multiple):
+        return math.log(max(multiple, 0.5) / 0.5, longest / 0.5) * (width - left - 40)
+
     block = bar * len(shown) + gap
-    height = 70 + block * len(operations)
+    height = 86 + block * len(operations)
     out = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{width}" height="{height}" '
            'font-family="sans-serif" font-size="11">',
            f'<rect width="{width}" height="{height}" fill="white"/>',
            f'<text x="10" y="18" font-size="13">Multiples of memcpy of the same 36 MB '
-           f'({yardstick:.2f} ms), one thread, least of {context["repetitions"]} runs</text>',
+           f'({yardstick:.2f} ms), one thread, least of {context["repetitions"]} runs; logarithmic scale</text>',
            f'<text x="10" y="34" fill="#555">{context["processor"]}, {context["date"]}</text>']
     x = 10
     for table in shown:
         out.append(f'<rect x="{x}" y="43" width="10" height="10" fill="{colours[table]}"/>'
                    f'<text x="{x + 14}" y="52">{labels[table]}</text>')
         x += 30 + 7 * len(labels[table])
-    y = 64
+    for multiple in (1, 2, 5, 10, 20, 50, 100):
+        x = left + length_of(multiple)
+        out.append(f'<line x1="{x:.1f}" y1="76" x2="{x:.1f}" y2="{height}" stroke="#ddd"/>'
+                   f'<text x="{x:.1f}" y="72" fill="#555" text-anchor="middle">{multiple}</text>')
+    y = 80
     for operation in operations:
         out.append(f'<text x="{left - 6}" y="{y + block / 2}" text-anchor="end">{operation}</text>')
         for table in shown:
             time = times.get((operation, table, "12MP"))
             if time is not None:
                 multiple = time / yardstick
-                length = min(multiple, longest) * (width - left - 60) / longest
+                length = length_of(multiple)
                 out.append(f'<rect x="{left}" y="{y}" width="{length:.1f}" height="{bar - 1}" '
                            f'fill="{colours[table]}"/>'
                            f'<text x="{left + length + 4:.1f}" y="{y + bar - 1}" font-size="9">'

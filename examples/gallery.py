@@ -301,8 +301,11 @@ def single(picture, label, outline, size):
 
 
 def title(exhibit):
-    """The command and what tells it from its neighbours."""
-    return f"{exhibit.command[0]}: {os.path.splitext(exhibit.photo)[0].replace('-', ' ')}"
+    """The command, its options without a value and the photograph."""
+    words = exhibit.command + ["--"]
+    flags = [word for word, following in zip(words, words[1:])
+             if word.startswith("--") and following.startswith("--")]
+    return f"{' '.join(words[:1] + flags)}: {os.path.splitext(exhibit.photo)[0].replace('-', ' ')}"
 
 
 def section(number, exhibit, before, after, sheet, before_path):

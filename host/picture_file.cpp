@@ -49,20 +49,40 @@ void name_the_file(Notes& notes, size_t first, const std::string& path) {
 
 }  // namespace
 
+LoadedPicture decode_upright(const Bytes& file, const ReadSettings& settings, Notes& notes) {
+  Decoded decoded = decode(file, settings, notes);
+  LoadedPicture loaded{
+      std::move(decoded.picture), std::move(decoded.description), 1, decoded.format, {}};
+  loaded.orientation = exif_orientation(loaded.picture.metadata.exif);
+  make_upright(loaded.picture, loaded.orientation);
+  reset_orientation(loaded.picture.metadata);
+  if (loaded.orientation >= 5) swap_axes(loaded.picture.metadata);
+  return loaded;
+}
+
+Bytes encode_picture(const Picture& picture, FileFormat format, const WriteSettings& settings,
+                     Notes& notes) {
+  const bool grey = picture.one_channel && picture.is_grey();
+  const Metadata metadata = metadata_of_result(picture, settings, notes);
+  switch (format) {
+    case FileFormat::kJpeg:
+      return encode_jpeg(picture, metadata, grey, settings, notes);
+    case FileFormat::kPng:
+      return encode_png(picture, metadata, grey, notes);
+    default:
+      return encode_pnm(picture, metadata, settings, notes);
+  }
+}
+
 LoadedPicture load_picture(const std::string& path, const ReadSettings& settings, Notes& notes) {
   Bytes file = read_file(path);
   const std::string name = name_of_input(path);
   const size_t first_note = notes.size();
   try {
-    Decoded decoded = decode(file, settings, notes);
+    LoadedPicture loaded = decode_upright(file, settings, notes);
     name_the_file(notes, first_note, name);
-    decoded.picture.metadata.modified = modification_time(path);
-    LoadedPicture loaded{std::move(decoded.picture), std::move(decoded.description), 1,
-                         decoded.format, std::move(file)};
-    loaded.orientation = exif_orientation(loaded.picture.metadata.exif);
-    make_upright(loaded.picture, loaded.orientation);
-    reset_orientation(loaded.picture.metadata);
-    if (loaded.orientation >= 5) swap_axes(loaded.picture.metadata);
+    loaded.picture.metadata.modified = modification_time(path);
+    loaded.file = std::move(file);
     return loaded;
   } catch (const Failure& failure) {
     throw Failure(name + ": " + failure.what());
@@ -83,22 +103,11 @@ void save_picture(const Picture& picture, const std::string& path, WriteSettings
                   Notes& notes) {
   const std::string format_name = name_of_format(path, settings.format);
   check_target(path, settings.format);
-  const bool grey = picture.one_channel && picture.is_grey();
   const size_t first_note = notes.size();
+  settings.pgm = ends_in_pgm(format_name);
   Bytes file;
   try {
-    const Metadata metadata = metadata_of_result(picture, settings, notes);
-    switch (*format_of_name(format_name)) {
-      case FileFormat::kJpeg:
-        file = encode_jpeg(picture, metadata, grey, settings, notes);
-        break;
-      case FileFormat::kPng:
-        file = encode_png(picture, metadata, grey, notes);
-        break;
-      case FileFormat::kPnm:
-        settings.pgm = ends_in_pgm(format_name);
-        file = encode_pnm(picture, metadata, settings, notes);
-    }
+    file = encode_picture(picture, *format_of_name(format_name), settings, notes);
   } catch (const Failure& failure) {
     throw Failure(path + ": " + failure.what());
   }
@@ -109,6 +118,9 @@ void save_picture(const Picture& picture, const std::string& path, WriteSettings
 bool copy_picture(const LoadedPicture& loaded, const std::string& path,
                   const WriteSettings& settings) {
   check_target(path, settings.format);
+  const bool as_it_was = !settings.quality && settings.subsampling == Subsampling::kDefault &&
+                         !settings.progressive && !settings.strip && !settings.strip_gps;
+  if (!as_it_was) return false;
   const std::string format_name = name_of_format(path, settings.format);
   if (loaded.format != *format_of_name(format_name)) return false;
   const auto is_pgm = [&] { return loaded.file[1] == '2' || loaded.file[1] == '5'; };

@@ -16,6 +16,11 @@ struct LoadedPicture {
   Bytes file;  // as it was read
 };
 
+// The file as a whole. Throws Failure with a reason that follows the name of the file.
+LoadedPicture decode_upright(const Bytes& file, const ReadSettings& settings, Notes& notes);
+Bytes encode_picture(const Picture& picture, FileFormat format, const WriteSettings& settings,
+                     Notes& notes);
+
 LoadedPicture load_picture(const std::string& path, const ReadSettings& settings, Notes& notes);
 
 // Throws UsageError for an extension that cannot be written, Failure for a place that cannot. The
@@ -25,7 +30,8 @@ void check_target(const std::string& path, const std::string& format = "");
 void save_picture(const Picture& picture, const std::string& path, WriteSettings settings,
                   Notes& notes);
 
-// Writes the file as it was read, if it has the format that the output should have.
+// Writes the file as it was read, if it has the format that the output should have and no option asks
+// for another form.
 bool copy_picture(const LoadedPicture& loaded, const std::string& path,
                   const WriteSettings& settings);
 

@@ -126,7 +126,7 @@ class Straighten : public Operation {
   }
 
   Outcome apply(Picture& picture, Colour background) const override {
-    const auto [first, second] = std::pair(line_[0], line_[1]);
+    const Point first = line_[0], second = line_[1];
     require_inside(picture, first, "the point");
     require_inside(picture, second, "the point");
     const bool upright = std::abs(second.y - first.y) > std::abs(second.x - first.x);

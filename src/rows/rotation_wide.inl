@@ -151,7 +151,10 @@ static bool is_steeper(const RotationWalk& walk, int64_t slope) {
 }
 
 // Strips of columns: the steeper the walk, the more rows of the source a row of the destination
-// crosses, and these are to stay in the first cache until the next row needs them.
+// crosses, and these are to stay in the first cache until the next row needs them. At 85 degrees
+// 12 million pixels (AVX-512) take 0.95 ns each in strips of 512 and 1.18 in strips of 1024; at 45
+// degrees 1.02 and 1.09, and 1.37 in strips of 128. Without fetching the source ahead they take 1.37
+// at 85 degrees and 3.3 instead of 1.3 at 7.3 degrees; without the destination 1.10 at 85 degrees.
 static void rotate_wide(const RotationWalk& walk, uint8_t* dst, ptrdiff_t dst_stride, int32_t rows,
                         int32_t count) {
   const bool is_slanted = is_steeper(walk, 1), is_steep = is_steeper(walk, 6);

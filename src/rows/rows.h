@@ -237,15 +237,6 @@ struct RowKernels {
 };
 
 extern const RowKernels kPlainRows;
-#if defined(__x86_64__)
-extern const RowKernels kSse4Rows;    // SSSE3 and SSE4.1
-extern const RowKernels kAvx2Rows;    // AVX2, FMA, BMI1 and BMI2
-extern const RowKernels kAvx512Rows;  // besides those: AVX-512 F, BW, VL, DQ and VBMI
-#elif defined(__aarch64__)
-extern const RowKernels kNeonRows;
-#elif defined(__wasm__)
-extern const RowKernels kWasmRows;  // 128-bit vectors, nothing relaxed
-#endif
 
 // The best table that this processor can run. Nothing is remembered between calls.
 const RowKernels& Rows();

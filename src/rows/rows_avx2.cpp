@@ -6,7 +6,6 @@
 
 namespace roxe {
 namespace {
-constexpr int32_t kBytes = 32;
 #include "rows/rows_plain.inl"
 #include "rows/simd/avx2.inl"
 #include "rows/rows_narrow.inl"
@@ -21,6 +20,7 @@ namespace by_hand {
 }  // namespace by_hand
 }  // namespace
 
+extern const RowKernels kAvx2Rows;
 constexpr RowKernels kAvx2Rows = [] {
   RowKernels rows = wide_rows("avx2");
   rows.look_up = by_hand::look_up_avx2;

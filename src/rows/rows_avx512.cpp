@@ -9,7 +9,6 @@ namespace {
 #include "rows/rows_plain.inl"
 
 namespace narrow {
-constexpr int32_t kBytes = 32;
 #include "rows/simd/avx2.inl"
 #include "rows/rows_narrow.inl"
 }  // namespace narrow
@@ -18,7 +17,6 @@ using narrow::intensities_wide;
 using narrow::intensity_sums_wide;
 using narrow::to_lanes_wide;
 
-constexpr int32_t kBytes = 64;
 #include "rows/simd/avx512.inl"
 #include "rows/rows_wide.inl"
 
@@ -34,6 +32,7 @@ namespace by_hand {
 }  // namespace by_hand
 }  // namespace
 
+extern const RowKernels kAvx512Rows;
 constexpr RowKernels kAvx512Rows = [] {
   RowKernels rows = wide_rows("avx512");
   rows.look_up = by_hand::look_up_avx512;

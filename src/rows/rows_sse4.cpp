@@ -6,13 +6,13 @@
 
 namespace roxe {
 namespace {
-constexpr int32_t kBytes = 16;
 #include "rows/rows_plain.inl"
 #include "rows/simd/sse4.inl"
 #include "rows/rows_narrow.inl"
 #include "rows/rows_wide.inl"
 }  // namespace
 
+extern const RowKernels kSse4Rows;
 constexpr RowKernels kSse4Rows = wide_rows("sse4");
 
 }  // namespace roxe

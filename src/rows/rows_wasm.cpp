@@ -6,13 +6,13 @@
 
 namespace roxe {
 namespace {
-constexpr int32_t kBytes = 16;
 #include "rows/rows_plain.inl"
 #include "rows/simd/wasm.inl"
 #include "rows/rows_narrow.inl"
 #include "rows/rows_wide.inl"
 }  // namespace
 
+extern const RowKernels kWasmRows;
 constexpr RowKernels kWasmRows = wide_rows("wasm");
 
 }  // namespace roxe

@@ -6,6 +6,16 @@
 
 namespace roxe {
 
+#if defined(__x86_64__)
+extern const RowKernels kSse4Rows;    // SSSE3 and SSE4.1
+extern const RowKernels kAvx2Rows;    // AVX2, FMA, BMI1 and BMI2
+extern const RowKernels kAvx512Rows;  // besides those: AVX-512 F, BW, VL, DQ and VBMI
+#elif defined(__aarch64__)
+extern const RowKernels kNeonRows;
+#elif defined(__wasm__)
+extern const RowKernels kWasmRows;  // 128-bit vectors, nothing relaxed
+#endif
+
 struct RowTable {
   const RowKernels* rows;
   bool (*is_runnable)();  // by what the processor and the operating system can do

@@ -1,7 +1,7 @@
 // Every function of one set of vectors against a plain loop over its lanes. Compiled once for each
 // set, with its flags, so nothing of the standard library is included: an inline function compiled
-// here could be linked into the whole program. ROXE_SET is "rows/simd/<set>.inl", ROXE_SET_BYTES the
-// size of its vectors, ROXE_CHECK the name of the function that is defined here.
+// here could be linked into the whole program. ROXE_SET is "rows/simd/<set>.inl", ROXE_CHECK the
+// name of the function that is defined here.
 #if defined(__x86_64__)
 #include <immintrin.h>
 #elif defined(__aarch64__)
@@ -16,7 +16,6 @@
 namespace roxe {
 namespace {
 
-constexpr int32_t kBytes = ROXE_SET_BYTES;
 #include ROXE_SET
 
 constexpr int32_t kRounds = 300;

@@ -7,17 +7,11 @@
 
 namespace roxe {
 
-// simd_check.cpp, compiled once for each set.
+// simd_check.cpp, compiled once for each set; ROXE_SIMD_SETS is ROXE_SET(name) for each.
 using Fault = void (*)(const char* function, int32_t lane);
-#if defined(__x86_64__)
-void CheckSimd_sse4(Fault fault);
-void CheckSimd_avx2(Fault fault);
-void CheckSimd_avx512(Fault fault);
-#elif defined(__aarch64__)
-void CheckSimd_neon(Fault fault);
-#elif defined(__wasm__)
-void CheckSimd_wasm(Fault fault);
-#endif
+#define ROXE_SET(name) void CheckSimd_##name(Fault fault);
+ROXE_SIMD_SETS
+#undef ROXE_SET
 
 }  // namespace roxe
 
@@ -28,15 +22,9 @@ struct Set {
   void (*check)(roxe::Fault);
 };
 const Set kSets[] = {
-#if defined(__x86_64__)
-    {"sse4", roxe::CheckSimd_sse4},
-    {"avx2", roxe::CheckSimd_avx2},
-    {"avx512", roxe::CheckSimd_avx512},
-#elif defined(__aarch64__)
-    {"neon", roxe::CheckSimd_neon},
-#elif defined(__wasm__)
-    {"wasm", roxe::CheckSimd_wasm},
-#endif
+#define ROXE_SET(name) {#name, roxe::CheckSimd_##name},
+    ROXE_SIMD_SETS
+#undef ROXE_SET
 };
 
 std::set<std::string> faults;

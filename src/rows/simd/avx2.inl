@@ -1,4 +1,5 @@
 // AVX2 and FMA: two blocks.
+constexpr int32_t kBytes = 32;
 #include "rows/simd/types.inl"
 #include "rows/simd/vector_masks.inl"
 

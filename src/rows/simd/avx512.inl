@@ -1,4 +1,5 @@
 // AVX-512 F, BW, VL, DQ and VBMI: four blocks. Masks are bits.
+constexpr int32_t kBytes = 64;
 #include "rows/simd/types.inl"
 
 // Vectors as the intrinsics name them.

@@ -1,4 +1,5 @@
 // SSSE3 and SSE4.1: one block.
+constexpr int32_t kBytes = 16;
 #include "rows/simd/types.inl"
 #include "rows/simd/vector_masks.inl"
 

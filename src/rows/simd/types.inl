@@ -1,4 +1,4 @@
-// The vectors of one instruction set. The unit that includes a set gives kBytes: 16, 32 or 64.
+// The vectors of one instruction set. The set gives kBytes: 16, 32 or 64.
 //
 // The law: a vector is made of blocks of sixteen bytes, and interleaving, packing, spreading and
 // shuffling work within each block. Packing therefore undoes interleaving at every width, and one

@@ -1,4 +1,5 @@
 // WebAssembly with 128-bit vectors, nothing relaxed: one block.
+constexpr int32_t kBytes = 16;
 #include "rows/simd/types.inl"
 #include "rows/simd/vector_masks.inl"
 

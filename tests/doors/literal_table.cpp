@@ -130,10 +130,12 @@ Drawn rotate(const Operations& op, const Image& image, double degrees, const Tur
         ys.push_back(x * std::sin(angle) + y * std::cos(angle));
       }
     const auto first = [](const std::vector<double>& values) {
-      return static_cast<int32_t>(std::floor(std::ranges::min(values) + 1e-6));
+      return static_cast<int32_t>(
+          std::floor(*std::min_element(values.begin(), values.end()) + 1e-6));
     };
     const auto last = [](const std::vector<double>& values) {
-      return static_cast<int32_t>(std::ceil(std::ranges::max(values) - 1e-6));
+      return static_cast<int32_t>(
+          std::ceil(*std::max_element(values.begin(), values.end()) - 1e-6));
     };
     size = {last(xs) - first(xs) + 1, last(ys) - first(ys) + 1};
     to = {-first(xs), -first(ys)};

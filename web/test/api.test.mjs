@@ -1,0 +1,146 @@
+// node --test web/test: the package as its users call it.
+import assert from 'node:assert/strict';
+import {readFile} from 'node:fs/promises';
+import test from 'node:test';
+
+import {load, operations} from '../roxe.mjs';
+
+const roxe = await load();
+
+// Red, green, blue of every pixel, opaque unless alpha is given.
+function image(width, height, pixels, alpha = () => 255) {
+  const data = new Uint8ClampedArray(4 * width * height);
+  for (let i = 0; i < width * height; ++i) {
+    const [x, y] = [i % width, Math.floor(i / width)];
+    data.set([...pixels(x, y), alpha(x, y)], 4 * i);
+  }
+  return {width, height, data};
+}
+const pixel = ({width, data}, x, y) => [...data.slice(4 * (y * width + x), 4 * (y * width + x) + 4)];
+const numbered = (width, height) => image(width, height, (x, y) => [x, y, 7]);
+
+test('a quarter turn clockwise moves every pixel and changes none', () => {
+  const turned = roxe.rotate(numbered(3, 2), {angle: 90});
+  assert.deepEqual([turned.width, turned.height], [2, 3]);
+  // The lower left corner comes to lie at the top left, the upper left one at the top right.
+  assert.deepEqual(pixel(turned, 0, 0), [0, 1, 7, 255]);
+  assert.deepEqual(pixel(turned, 1, 0), [0, 0, 7, 255]);
+  assert.deepEqual(pixel(turned, 0, 2), [2, 1, 7, 255]);
+  assert.deepEqual(roxe.rotate(turned, {angle: -90}).data, numbered(3, 2).data);
+  assert.deepEqual(roxe.rotate(roxe.rotate(numbered(3, 2), {angle: 180}), {angle: -180}).data,
+    numbered(3, 2).data);
+  assert.deepEqual(roxe.rotate(numbered(3, 2), {angle: 720}).data, numbered(3, 2).data);
+});
+
+test('the library itself loses a seam of one pixel, and edges: repeat does not', () => {
+  const grey = image(9, 9, () => [90, 90, 90]);
+  const kept = roxe.rotate(grey, {angle: 0, edges: 'keep', background: 'white'});
+  assert.deepEqual(pixel(kept, 0, 4), [255, 255, 255, 255]);
+  assert.deepEqual(pixel(kept, 1, 4), [90, 90, 90, 255]);
+  const line = [0, 4, 8, 5];
+  const level = roxe.straighten(grey, {line, background: 'white'});
+  assert.deepEqual(pixel(level, 0, 4), [90, 90, 90, 255]);
+});
+
+test('crop leaves no background, whatever the angle', () => {
+  const grey = image(61, 40, () => [90, 90, 90]);
+  for (const crop of [true, 'free'])
+    for (const edges of ['repeat', 'keep'])
+      for (let angle = -89.5; angle < 91; angle += 3.7) {
+        const turned = roxe.rotate(grey, {angle, crop, edges, background: 'magenta'});
+        for (let i = 0; i < turned.data.length; i += 4) assert.equal(turned.data[i], 90, `${angle}`);
+      }
+});
+
+test('opacity goes along, moved by the geometry and untouched by colours', () => {
+  const half = image(4, 1, (x) => [60, 120, 180], (x) => 50 * x);
+  assert.deepEqual(pixel(roxe.rotate(half, {angle: 180}), 0, 0), [60, 120, 180, 150]);
+  const bright = roxe.variations(half, {dark: -2});
+  for (let x = 0; x < 4; ++x) assert.equal(pixel(bright, x, 0)[3], 50 * x);
+});
+
+test('colours keep their places: red stays red where green is replaced', () => {
+  const flags = image(2, 1, (x) => (x === 0 ? [200, 0, 0] : [0, 200, 0]));
+  const changed = roxe.replaceColour(flags, {colour: '#00C800', tolerance: 30, hue: 120});
+  assert.deepEqual(pixel(changed, 0, 0), [200, 0, 0, 255]);
+  const [red, green, blue, alpha] = pixel(changed, 1, 0);
+  assert.deepEqual([green, blue, alpha], [0, 200, 255]);
+  assert.ok(red < 5, `${red}`);  // a degree of hue is 3.3 levels
+});
+
+test('a chain in the module gives what single calls give', () => {
+  const start = image(40, 30, (x, y) => [6 * x, 8 * y, 5 * x + y]);
+  const single = roxe.temperature(roxe.autoGamma(roxe.rotate(start, {angle: 3})), {temperature: 9});
+  const picture = roxe.open(start);
+  const before = picture.copy();
+  picture.rotate({angle: 3}).autoGamma().temperature({temperature: 9});
+  assert.deepEqual(picture.toImage(), single);
+  assert.deepEqual(before.toImage().data, start.data);
+  picture.close();
+  before.close();
+});
+
+test('memory is given back: a thousand calls need no more than ten', async () => {
+  const module = await WebAssembly.compile(await readFile(new URL('../dist/roxe.wasm', import.meta.url)));
+  let memory;
+  const instantiate = WebAssembly.instantiate;
+  WebAssembly.instantiate = async (...given) => {
+    const instance = await instantiate(...given);
+    memory = instance.exports.memory;
+    return instance;
+  };
+  const fresh = await load(module);
+  WebAssembly.instantiate = instantiate;
+  const start = image(200, 100, (x, y) => [x, y, 0], (x) => x);
+  const work = () => {
+    fresh.softFocus(start, {radius: 5, mask: start, maskRadius: 3});
+    fresh.rotate(start, {angle: 5});
+    assert.throws(() => fresh.perspective(start, {corners: [0, 0, 99, 0, 99, 9, 0, 9], fit: [5, 1]}));
+  };
+  for (let i = 0; i < 10; ++i) work();
+  const bytes = memory.buffer.byteLength;
+  for (let i = 0; i < 1000; ++i) work();
+  assert.equal(memory.buffer.byteLength, bytes);
+});
+
+const good = numbered(20, 10);
+const refused = [
+  ['no image', () => roxe.rotate(null, {angle: 1}), /must be \{width, height, data\}/],
+  ['numbers as data', () => roxe.rotate({width: 1, height: 1, data: [1, 2, 3, 4]}, {angle: 1}), /must be/],
+  ['too few bytes', () => roxe.tint({width: 2, height: 2, data: new Uint8Array(12)},
+    {colour: 'red', tolerance: 1}), /needs 16 bytes of data, not 12/],
+  ['a missing option', () => roxe.rotate(good), /^rotate needs angle: positive turns clockwise$/],
+  ['an unknown option', () => roxe.rotate(good, {angel: 2}), /has no option angel; it has angle/],
+  ['a text for a number', () => roxe.rotate(good, {angle: '2'}), /needs a number from -3600 to 3600/],
+  ['not a number', () => roxe.rotate(good, {angle: NaN}), /needs a number/],
+  ['a fraction', () => roxe.shadowHighlight(good, {shadow: 1.5}), /whole number from 0 to 100/],
+  ['out of range', () => roxe.shadowHighlight(good, {shadow: 101}), /whole number from 0 to 100/],
+  ['no colour', () => roxe.tint(good, {colour: 'blurple', tolerance: 1}), /needs a colour such as/],
+  ['a line of one point', () => roxe.straighten(good, {line: [1, 1, 1, 1]}), /two different points/],
+  ['a line outside', () => roxe.straighten(good, {line: [1, 1, 99, 3]}), /lies outside the picture/],
+  ['equal corners', () => roxe.naturalSize([1, 1, 1, 1, 2, 2, 3, 3]), /are the same point/],
+  ['corners on a line', () => roxe.naturalSize([0, 0, 1, 1, 2, 2, 0, 5]), /lie on one line/],
+  ['a corner inside', () => roxe.naturalSize([0, 0, 10, 0, 5, 3, 5, 9]), /lies inside the triangle/],
+  ['a crossing outline', () => roxe.warp(good, {from: [0, 0, 9, 9, 9, 0, 0, 9],
+    to: [0, 0, 9, 0, 9, 9, 0, 9]}), /crosses itself/],
+  ['far corners', () => roxe.perspective(good, {corners: [0, 0, 9, 0, 9, 9, 0, 999]}), /far outside/],
+  ['crop and expand', () => roxe.rotate(good, {angle: 3, crop: true, expand: true}), /crop excludes/],
+  ['too small to crop', () => roxe.rotate(numbered(2, 1), {angle: 30, crop: true}), /too small/],
+  ['size and fit', () => roxe.perspective(good, {corners: [0, 0, 9, 0, 9, 9, 0, 9], size: [1, 1],
+    fit: [2, 2]}), /size excludes fit/],
+  ['a mask of another size', () => roxe.softFocus(good, {radius: 3, mask: numbered(3, 3)}),
+    /the mask has 3 × 3 pixels but the picture has 20 × 10/],
+  ['a region outside', () => roxe.autoGamma(good, {region: [0, 0, 21, 3]}), /reaches outside/],
+];
+for (const [name, call, sentence] of refused)
+  test(`refused: ${name}`, () => {
+    assert.throws(call, (error) => (error instanceof TypeError || error instanceof RangeError) &&
+      sentence.test(error.message));
+  });
+
+test('every operation is a method, on images and on pictures', () => {
+  for (const name of Object.keys(operations)) {
+    assert.equal(typeof roxe[name], 'function');
+    assert.equal(typeof roxe.open(good)[name], 'function');
+  }
+});

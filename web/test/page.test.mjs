@@ -1,0 +1,315 @@
+// node --test web/test/page.test.mjs: the playground in a real browser. ROXE_TOOL is the command-line
+// tool, whose bytes the page must give.
+import {AxeBuilder} from '@axe-core/playwright';
+import assert from 'node:assert/strict';
+import {execFileSync} from 'node:child_process';
+import {createReadStream, existsSync, mkdtempSync, readFileSync, rmSync, writeFileSync} from 'node:fs';
+import http from 'node:http';
+import {tmpdir} from 'node:os';
+import {extname, join} from 'node:path';
+import {after, before, test} from 'node:test';
+import {fileURLToPath} from 'node:url';
+import {inflateSync} from 'node:zlib';
+import {chromium} from 'playwright-core';
+
+import {encodePng} from '../page/png.mjs';
+import {operations} from '../roxe.mjs';
+
+const web = fileURLToPath(new URL('..', import.meta.url));
+const photos = fileURLToPath(new URL('../../examples/photos/', import.meta.url));
+const tool = process.env.ROXE_TOOL;
+const types = {'.html': 'text/html', '.mjs': 'text/javascript', '.wasm': 'application/wasm',
+  '.css': 'text/css', '.jpg': 'image/jpeg', '.png': 'image/png'};
+
+let server, browser, address, folder;
+
+before(async () => {
+  // Served from a folder that is not the top of the site.
+  server = http.createServer((request, response) => {
+    const path = join(web, decodeURIComponent(request.url.replace(/^\/a\/folder\//, '').split('?')[0]) || 'index.html');
+    if (!request.url.startsWith('/a/folder/') || !existsSync(path)) return response.writeHead(404).end();
+    response.writeHead(200, {'content-type': types[extname(path)] ?? 'application/octet-stream'});
+    createReadStream(path).pipe(response);
+  });
+  await new Promise((resolve) => server.listen(0, '127.0.0.1', resolve));
+  address = `http://127.0.0.1:${server.address().port}/a/folder/`;
+  browser = await chromium.launch({
+    executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
+    args: ['--no-sandbox', '--force-color-profile=srgb', '--disable-gpu', '--disable-background-networking'],
+  });
+  folder = mkdtempSync(join(tmpdir(), 'roxe-page-'));
+});
+after(async () => {
+  await browser?.close();
+  server?.close();
+  rmSync(folder, {recursive: true, force: true});
+});
+
+// Runs a test on a fresh page; a complaint in its console or a request to elsewhere is a failure.
+async function onPage(work, settings = {}) {
+  const context = await browser.newContext({viewport: {width: 1280, height: 900}, acceptDownloads: true, ...settings});
+  const page = await context.newPage();
+  const complaints = [];
+  page.on('pageerror', (error) => complaints.push(error.message));
+  page.on('console', (message) => message.type() === 'error' && complaints.push(message.text()));
+  page.on('request', (request) => {
+    if (!/^(data|blob):/.test(request.url()) && !request.url().startsWith(address)) complaints.push(request.url());
+  });
+  try {
+    await page.goto(address);
+    await page.waitForSelector('body[data-ready]');
+    await work(page);
+    assert.deepEqual(complaints, []);
+  } finally {
+    await context.close();
+  }
+}
+
+const settled = (page) => page.waitForSelector('#stage[data-done=true]:not([aria-busy])', {timeout: 60000});
+async function choose(page, file) {
+  await page.setInputFiles('#file', file);
+  await settled(page);
+}
+async function add(page, name) {
+  await page.selectOption('#add', name);
+  await settled(page);
+}
+const recipeOf = (page) => page.inputValue('#recipe');
+async function save(page, button = 'Save as PNG') {
+  const [download] = await Promise.all([page.waitForEvent('download'), page.getByRole('button', {name: button}).click()]);
+  return readFileSync(await download.path());
+}
+// The pixels of a picture file as the browser reads them, without its profile.
+const pixelsOf = (page, bytes) => page.evaluate(async (base64) => {
+  const binary = Uint8Array.from(atob(base64), (c) => c.charCodeAt(0));
+  const bitmap = await createImageBitmap(new Blob([binary]), {colorSpaceConversion: 'none', premultiplyAlpha: 'none'});
+  const context = new OffscreenCanvas(bitmap.width, bitmap.height).getContext('2d');
+  context.drawImage(bitmap, 0, 0);
+  const {data} = context.getImageData(0, 0, bitmap.width, bitmap.height);
+  const digest = new Uint8Array(await crypto.subtle.digest('SHA-256', data));
+  return `${bitmap.width}x${bitmap.height} ${[...digest].join(' ')}`;
+}, bytes.toString('base64'));
+
+// A photograph small enough for many tests.
+const small = join(photos, 'metadata-orientation-5.jpg');
+
+test('a chosen, a dropped and a bundled photograph open', () => onPage(async (page) => {
+  await choose(page, small);
+  assert.match(await page.textContent('#status'), /^metadata-orientation-5\.jpg: \d+ × \d+ pixels/);
+  const data = await page.evaluateHandle(async (base64) => {
+    const transfer = new DataTransfer();
+    const bytes = Uint8Array.from(atob(base64), (c) => c.charCodeAt(0));
+    transfer.items.add(new File([bytes], 'dropped.png', {type: 'image/png'}));
+    return transfer;
+  }, readFileSync(join(photos, 'perspective-grid.png')).toString('base64'));
+  await page.dispatchEvent('#stage', 'drop', {dataTransfer: data});
+  await page.waitForFunction(() => document.querySelector('#status').textContent.startsWith('dropped.png: '));
+  await page.selectOption('#sample', 'rocket-night.jpg');
+  await page.waitForFunction(() => document.querySelector('#status').textContent.startsWith('rocket-night.jpg: '));
+}));
+
+test('every operation works as it is added, and says so', () => onPage(async (page) => {
+  await choose(page, small);
+  for (const name of Object.keys(operations)) {
+    await add(page, name);
+    assert.equal(await page.isHidden('#error'), true, name);
+    await page.locator('#chain [data-do=remove]').click();
+  }
+  assert.equal(await recipeOf(page), '');
+}));
+
+test('a slider moves by keys and by mouse, the preview follows, undo and redo go back and forth', () => onPage(async (page) => {
+  await choose(page, small);
+  await add(page, 'shadowHighlight');
+  const slider = page.locator('input[type=range][id$=-shadow]');
+  const first = await page.getAttribute('#stage', 'data-preview');
+  await slider.focus();
+  for (let i = 0; i < 3; ++i) await page.keyboard.press('ArrowRight');
+  assert.match(await recipeOf(page), /^shadow-highlight --shadow 3\n$/);
+  assert.notEqual(await page.getAttribute('#stage', 'data-preview'), first);
+  const box = await slider.boundingBox();
+  await page.mouse.click(box.x + box.width / 2, box.y + box.height / 2);
+  await settled(page);
+  assert.match(await recipeOf(page), /--shadow (49|50|51)\n$/);
+  await page.getByRole('button', {name: 'Undo'}).click();
+  assert.match(await recipeOf(page), /--shadow 3\n$/);
+  await page.keyboard.press('Control+Shift+Z');
+  assert.match(await recipeOf(page), /--shadow (49|50|51)\n$/);
+  for (let i = 0; i < 5; ++i) await page.keyboard.press('Control+z');
+  await settled(page);
+  assert.equal(await recipeOf(page), '');
+}));
+
+test('operations are reordered, switched off and removed', () => onPage(async (page) => {
+  await choose(page, small);
+  await add(page, 'autoGamma');
+  await add(page, 'temperature');
+  assert.equal(await recipeOf(page), 'auto-gamma\ntemperature\n');
+  await page.getByRole('button', {name: 'Move temperature up'}).click();
+  assert.equal(await recipeOf(page), 'temperature\nauto-gamma\n');
+  await page.getByLabel('temperature is applied').uncheck();
+  assert.equal(await recipeOf(page), 'auto-gamma\n');
+  await page.getByRole('button', {name: 'Remove auto gamma'}).click();
+  assert.equal(await recipeOf(page), '');
+}));
+
+test('a line is drawn by mouse and by keys', () => onPage(async (page) => {
+  await choose(page, small);
+  await add(page, 'straighten');
+  const handle = page.locator('#handles button').first();
+  await handle.waitFor();
+  const line = async () => (await recipeOf(page)).match(/--line ([-\d,]+)/)[1].split(',').map(Number);
+  const start = await line();
+  await handle.focus();
+  await page.keyboard.press('ArrowDown');
+  await page.keyboard.press('ArrowRight');
+  assert.deepEqual(await line(), [start[0] + 1, start[1] + 1, start[2], start[3]]);
+  const box = await handle.boundingBox();
+  await page.mouse.move(box.x + box.width / 2, box.y + box.height / 2);
+  await page.mouse.down();
+  await page.mouse.move(box.x + 60, box.y + 40, {steps: 4});
+  await page.mouse.up();
+  const dragged = await line();
+  assert.ok(dragged[0] > start[0] + 2 && dragged[1] > start[1] + 2, `${dragged}`);
+}));
+
+test('four corners are dragged, and the page is drawn at its natural size', () => onPage(async (page) => {
+  await choose(page, join(photos, 'perspective-grid.png'));
+  await add(page, 'perspective');
+  assert.equal(await page.locator('#handles button').count(), 4);
+  const places = page.locator('[data-place^=corners]');
+  for (const [i, value] of [150, 14, 400, 113, 300, 147, 64, 40].entries()) {
+    await places.nth(i).fill(String(value));
+    await places.nth(i).press('Tab');
+  }
+  await settled(page);
+  assert.match(await recipeOf(page), /--corners 150,14,400,113,300,147,64,40\n/);
+  const box = await page.locator('#handles button').nth(2).boundingBox();
+  await page.mouse.move(box.x + 10, box.y + 10);
+  await page.mouse.down();
+  await page.mouse.move(box.x + 40, box.y + 10, {steps: 3});
+  await page.mouse.up();
+  assert.doesNotMatch(await recipeOf(page), /300,147/);
+}));
+
+test('a pipette takes the colour under it', () => onPage(async (page) => {
+  await choose(page, join(photos, 'perspective-grid.png'));
+  await add(page, 'tint');
+  await page.getByRole('button', {name: 'Pipette'}).first().click();
+  const ground = page.locator('#ground');
+  await page.waitForFunction(() => document.querySelector('#ground').width > 300);
+  const box = await ground.boundingBox();
+  await page.mouse.click(box.x + box.width * 0.25, box.y + box.height * 0.75);
+  const expected = await page.evaluate(() => {
+    const canvas = document.querySelector('#ground');
+    const {data} = canvas.getContext('2d').getImageData(Math.floor(canvas.width * 0.25), Math.floor(canvas.height * 0.75), 1, 1);
+    return '#' + [...data.slice(0, 3)].map((v) => v.toString(16).padStart(2, '0')).join('');
+  });
+  assert.ok((await recipeOf(page)).includes(`--colour '${expected}'`), `${await recipeOf(page)} ${expected}`);
+}));
+
+test('a mask is painted by mouse and by keys', () => onPage(async (page) => {
+  await choose(page, small);
+  await add(page, 'softFocus');
+  await page.getByLabel('mask paint what stays sharp').check();
+  await page.waitForSelector('#brush:visible');
+  await page.waitForSelector('#handles button');
+  const [blurred] = [await pixelsOf(page, await save(page))];
+  const box = await page.locator('#ground').boundingBox();
+  await page.mouse.move(box.x + 40, box.y + 40);
+  await page.mouse.down();
+  await page.mouse.move(box.x + 80, box.y + 60, {steps: 3});
+  await page.mouse.up();
+  await settled(page);
+  const painted = await pixelsOf(page, await save(page));
+  assert.notEqual(painted, blurred);
+  await page.locator('#handles button').focus();
+  await page.keyboard.press('Space');
+  await settled(page);
+  assert.notEqual(await pixelsOf(page, await save(page)), painted);
+  assert.match(await recipeOf(page), /--mask mask\.png/);
+}));
+
+test('a rectangle chooses what auto gamma judges by', () => onPage(async (page) => {
+  await choose(page, small);
+  await add(page, 'autoGamma');
+  await page.getByLabel(/region judge/).check();
+  await page.getByRole('button', {name: 'Draw on the picture'}).click();
+  await page.locator('#handles button').nth(1).focus();
+  const before = await recipeOf(page);
+  await page.keyboard.press('ArrowLeft');
+  const [, , width] = before.match(/--region ([\d,]+)/)[1].split(',').map(Number);
+  assert.equal((await recipeOf(page)).match(/--region ([\d,]+)/)[1].split(',').map(Number)[2], width - 1);
+}));
+
+for (const file of ['perspective-grid.png', 'rocket-night.jpg', 'metadata-exif-xmp-icc.jpg', 'metadata-orientation-5.jpg'])
+  test(`the saved bytes are the tool's: ${file}`, {skip: !tool && 'ROXE_TOOL is not set'}, () => onPage(async (page) => {
+    await choose(page, join(photos, file));
+    await add(page, 'rotate');
+    await page.locator('input[type=number][aria-label^=angle]').fill('3.5');
+    await page.keyboard.press('Tab');
+    await add(page, 'shadowHighlight');
+    await page.locator('input[type=number][aria-label^=shadow]').fill('40');
+    await page.keyboard.press('Tab');
+    await add(page, 'temperature');
+    await page.locator('input[type=number][aria-label^="temperature in"]').fill('-20');
+    await page.keyboard.press('Tab');
+    await add(page, 'replaceColour');
+    await page.locator('input[type=number][aria-label^=hue]').fill('90');
+    await page.keyboard.press('Tab');
+    await settled(page);
+    const saved = await save(page);
+
+    const recipe = join(folder, 'recipe.txt');
+    writeFileSync(recipe, await recipeOf(page));
+    const out = join(folder, file);
+    execFileSync(tool, ['run', recipe, join(photos, file), '--out', out, '--format', 'png']);
+    const expected = readFileSync(join(out, file.replace(/\.[^.]*$/, '.png')));
+    assert.equal(await pixelsOf(page, saved), await pixelsOf(page, expected));
+  }));
+
+test('colours under transparency survive to the last bit', () => onPage(async (page) => {
+  const data = Uint8ClampedArray.from({length: 4 * 64 * 50}, (_, i) => (i * 89 + (i >> 6) * 31) & 255);
+  const file = Buffer.from(await (await encodePng({width: 64, height: 50, data})).arrayBuffer());
+  await choose(page, {name: 'glass.png', mimeType: 'image/png', buffer: file});
+  // The rows as they were packed: two packers may write the same in different ways.
+  const rows = (png) => inflateSync(png.subarray(41, 41 + png.readUInt32BE(33)));
+  assert.deepEqual(rows(await save(page)), rows(file));
+}));
+
+test('what is no picture, and what the browser cannot read, is refused in a sentence', () => onPage(async (page) => {
+  const give = async (name, bytes) => {
+    await page.setInputFiles('#file', {name, mimeType: 'application/octet-stream', buffer: Buffer.from(bytes)});
+    await page.waitForSelector('#error:not([hidden])');
+    return page.textContent('#error');
+  };
+  assert.equal(await give('notes.txt', 'hello'), 'notes.txt is not a picture that this browser can read.');
+  assert.match(await give('a.heic', '\0\0\0\x18ftypheic\0\0\0\0'), /^a\.heic is HEIC, .* save it as JPEG first\.$/);
+  assert.equal(await give('empty.jpg', ''), 'empty.jpg is empty.');
+  assert.match(await give('raw.nef', 'MM\0*\0\0\0\x08'), /raw photograph/);
+  assert.equal(await page.textContent('#status'), 'Nothing is open.');
+}));
+
+for (const colorScheme of ['light', 'dark'])
+  for (const width of [360, 1280])
+    test(`nothing hinders a screen reader: ${colorScheme}, ${width} px`, () => onPage(async (page) => {
+      const check = async (view) => {
+        const {violations} = await new AxeBuilder({page}).analyze();
+        assert.deepEqual(violations.map((v) => `${view}: ${v.id} ${v.nodes[0].html}`), []);
+        const overflow = await page.evaluate(() => document.documentElement.scrollWidth - innerWidth);
+        assert.ok(overflow <= 0, `${view} is ${overflow} px too wide`);
+        if (process.env.ROXE_SHOTS)
+          await page.screenshot({path: join(process.env.ROXE_SHOTS, `${colorScheme}-${width}-${view}.png`), fullPage: true});
+      };
+      await check('empty');
+      await choose(page, join(photos, 'rocket-night.jpg'));
+      await check('open');
+      for (const name of ['straighten', 'perspective', 'softFocus', 'replaceColour', 'autoGamma', 'variations']) {
+        await add(page, name);
+        await check(name);
+        await page.locator('#chain [data-do=remove]').click();
+      }
+      await page.setInputFiles('#file', {name: 'x.txt', mimeType: 'text/plain', buffer: Buffer.from('x')});
+      await page.waitForSelector('#error:not([hidden])');
+      await check('error');
+    }, {colorScheme, viewport: {width, height: 800}}));

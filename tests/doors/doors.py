@@ -4,11 +4,15 @@ Operations and options have the names of the Python package; a picture is a nump
 (height, width, 3), channels blue, green, red. A door that joins is a class with draw() in DOORS.
 """
 
+import atexit
+import base64
+import json
 import os
 import pathlib
 import subprocess
 import sys
 import tempfile
+import threading
 
 import numpy as np
 
@@ -71,7 +75,51 @@ class Tool:
         return [option, str(value)]
 
 
-DOORS = {"tool": Tool, "python": Python}
+class Web:
+    """The WebAssembly module in one node process."""
+
+    process = None
+    lock = threading.Lock()
+
+    @classmethod
+    def draw(cls, operation, image, options):
+        def camel(name):
+            head, *rest = name.strip("_").split("_")
+            return head + "".join(word.capitalize() for word in rest)
+
+        asked = {camel(name): list(np.ravel(value)) if isinstance(value, tuple) else value
+                 for name, value in options.items()}
+        if "mask" in asked:
+            asked["mask"] = cls.rgba(np.repeat(asked["mask"][..., None], 3, axis=2))
+        line = json.dumps({"operation": camel(operation), "image": cls.rgba(image),
+                           "options": asked}, default=int)
+        with cls.lock:
+            if cls.process is None:
+                cls.process = subprocess.Popen(
+                    ["node", ROOT / "tests/doors/web.mjs"], stdin=subprocess.PIPE,
+                    stdout=subprocess.PIPE, text=True)
+                atexit.register(cls.process.kill)
+            cls.process.stdin.write(line + "\n")
+            cls.process.stdin.flush()
+            answer = json.loads(cls.process.stdout.readline())
+        if "refused" in answer:
+            raise Refused(answer["refused"])
+        pixels = np.frombuffer(base64.b64decode(answer["data"]), np.uint8)
+        pixels = pixels.reshape(answer["height"], answer["width"], 4)
+        assert (pixels[..., 3] == 255).all()
+        if operation == "colour_mask":
+            return np.ascontiguousarray(pixels[..., 0])
+        return np.ascontiguousarray(pixels[..., 2::-1])
+
+    @staticmethod
+    def rgba(image):
+        opaque = np.full(image.shape[:2] + (1,), 255, np.uint8)
+        pixels = np.concatenate([image[..., ::-1], opaque], axis=2)
+        return {"width": image.shape[1], "height": image.shape[0],
+                "data": base64.b64encode(pixels.tobytes()).decode()}
+
+
+DOORS = {"tool": Tool, "python": Python, "web": Web}
 
 
 def write(path, image):

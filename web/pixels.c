@@ -72,6 +72,6 @@ EXPORTED void turn_quarters(const uint8_t* src, uint8_t* dst, size_t width, size
 /* The brightness of count pixels, a byte each; weights 77, 150 and 29 of 256 for red, green, blue. */
 EXPORTED void take_brightness(const uint8_t* rgba, uint8_t* grey, size_t count) {
   for (size_t i = 0; i < count; ++i)
-    grey[i] = (uint8_t)((77 * rgba[4 * i] + 150 * rgba[4 * i + 1] + 29 * rgba[4 * i + 2] + 128) >>
-                        8);
+    grey[i] =
+        (uint8_t)((77 * rgba[4 * i] + 150 * rgba[4 * i + 1] + 29 * rgba[4 * i + 2] + 128) >> 8);
 }

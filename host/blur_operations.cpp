@@ -23,13 +23,14 @@ Bytes brightness(const Picture& picture) {
 class SoftFocus : public Operation {
  public:
   void add_options(CLI::App& app) override {
-    add_whole_number(app, "--radius", radius_, 1, 100000, "width of the blur in pixels")
+    add_whole_number(app, "--radius", radius_, 1, 100000,
+                     "length of the window that is averaged, in pixels")
         ->required();
     auto* mask = app.add_option("--mask", mask_path_,
                                 "a picture of the same size: white stays sharp, black is blurred");
     mask->type_name("FILE")->default_str("no mask, everything is blurred");
     add_whole_number(app, "--mask-radius", mask_radius_, 1, 100000,
-                     "width of the blur of the mask's edges")
+                     "the same for the mask, whose edges become soft")
         ->needs(mask);
   }
 

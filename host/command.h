@@ -16,7 +16,8 @@ constexpr int kExitFailed = 1, kExitUsage = 2;
 class Command {
  public:
   Command(CLI::App& parent, std::string_view name, std::string_view description)
-      : app(parent.add_subcommand(std::string(name), std::string(description))) {}
+      : app(parent.add_subcommand(std::string(name), std::string(description))->group("Commands")) {
+  }
   virtual ~Command() = default;
   // Does the work and gives the exit code. Throws UsageError and Failure.
   virtual int run() = 0;

@@ -26,9 +26,9 @@ def soft_focus(
 
     Args:
       image: uint8 of shape (height, width, 3), a view as it is.
-      radius: width of the blur in pixels, 1 (none) to 100000.
+      radius: length of the window that is averaged, in pixels, 1 (none) to 100000.
       mask: uint8 of shape (height, width): 255 stays sharp, 0 is blurred.
-      mask_radius: width of the blur of the mask's edges, 1 (none) to 100000.
+      mask_radius: the same for the mask, whose edges become soft, 1 (none) to 100000.
       out: an array for the result, or image itself. In place with a mask the source is copied.
       order: of the channels; it makes no difference.
 

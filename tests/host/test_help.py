@@ -16,7 +16,7 @@ COMPLETIONS = os.path.join(os.path.dirname(__file__), "..", "..", "host", "compl
 
 class Help(ToolTest):
     def commands(self):
-        listed = self.succeed("--help").split("Subcommands:")[1]
+        listed = self.succeed("--help").split("Commands:")[1]
         return re.findall(r"^  ([a-z-]+) {2,}", listed, re.MULTILINE)
 
     def test_help_of_a_command(self):
@@ -40,12 +40,12 @@ class Help(ToolTest):
         page = self.succeed("manual")
         for name in self.commands():
             self.assertIn(f"\n.SS roxe {name} ".replace("-", "\\-"), page)
-        self.assertIn("\\fB\\-\\-mask\\-radius\\fR \\fIN\\fR\nwidth of the blur", page)
+        self.assertIn("\\fB\\-\\-mask\\-radius\\fR \\fIN\\fR\nthe same for the mask", page)
         if shutil.which("groff"):
             result = subprocess.run(["groff", "-man", "-Tutf8", "-ww"], input=page, text=True,
                                     capture_output=True, check=False)
             self.assertEqual((result.returncode, result.stderr), (0, ""))
-            self.assertIn("width of the blur in pixels", " ".join(result.stdout.split()))
+            self.assertIn("length of the window that is averaged, in pixels", " ".join(result.stdout.split()))
 
 
 class Completion(ToolTest):

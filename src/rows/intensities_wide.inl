@@ -1,3 +1,5 @@
+// Exact before each rounding in 35 bits: weights are multiples of 2^-27, what is added to is at most
+// 255 and a multiple of 2^-25.
 static inline Floats intensities_of(const PixelFloats& p) {
   const Floats red_green = fused_with_byte(0.299f, p.red, 0.587f * p.green);
   return fused_with_byte(0.114f, p.blue, red_green);

@@ -2,7 +2,7 @@
 // numbers from 0.000145 to 1024.
 static inline Floats plus_a_little(Floats v) {
   const FloatMask small = without(greater(all_floats(0.00015f), v), equal(v, Floats{}));
-  if (!any(small) && !any(greater(v, all_floats(1024.0f)))) [[likely]]
+  if (!any(either(small, greater(v, all_floats(1024.0f))))) [[likely]]
     return v + 0.0001f;
   return to_floats(first_doubles(v) + 0.0001, last_doubles(v) + 0.0001);
 }

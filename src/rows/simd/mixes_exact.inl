@@ -26,6 +26,7 @@ static inline Dwords mix_to_bytes(Floats a, Floats b, Floats t) {
   return (Dwords)truncate(sum) >> 23;  // 2^23 times the result, which is below 256
 }
 
+// In doubles product and sum are exact, where the sum has at most 53 bits.
 static inline Floats fused_with_byte(float weight, Floats byte, Floats c) {
   const double w = static_cast<double>(weight);
   return to_floats(first_doubles(byte) * w + first_doubles(c),

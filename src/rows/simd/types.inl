@@ -59,10 +59,14 @@ static inline V spread(V v) {
                                    k + 8, k + 8, k + 12, k + 12, k + 12, k + 12);
 }
 
-// The mask a without b. Masks are vectors of all ones and zeros, or bits.
+// The mask a without b, and a or b. Masks are vectors of all ones and zeros, or bits.
 template <class Mask>
 static inline Mask without(Mask a, Mask b) {
   return static_cast<Mask>(a & ~b);
+}
+template <class Mask>
+static inline Mask either(Mask a, Mask b) {
+  return static_cast<Mask>(a | b);
 }
 
 static inline void prefetch(const void* p) { __builtin_prefetch(p); }

@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include "drawing.h"
 #include "errors.h"
 #include "operation.h"
@@ -34,8 +36,9 @@ class SoftFocus : public Operation {
         ->needs(mask);
   }
 
-  void check() override {
+  void check(const std::string& folder) override {
     if (mask_path_.empty()) return;
+    mask_path_ = (std::filesystem::path(folder) / mask_path_).string();
     Notes notes;  // what a mask loses on the way to grey is of no interest
     const Picture mask = load_picture(mask_path_, {}, notes).picture;
     mask_width_ = mask.width();

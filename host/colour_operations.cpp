@@ -1,6 +1,13 @@
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <utility>
+
 #include "drawing.h"
+#include "errors.h"
 #include "operation.h"
 #include "options.h"
+#include "status.h"
 #include "text.h"
 
 namespace host {
@@ -92,25 +99,89 @@ class Tint : public Operation {
   Selection selection_;
 };
 
+// By how much the channels of a colour differ.
+int32_t distance_from_grey(Colour c) {
+  const auto [least, most] = std::minmax({c.red, c.green, c.blue});
+  return most - least;
+}
+
+struct Balance {
+  int32_t temperature = 0, tint = 0;
+
+  int32_t apply(const PixelArray* from, PixelArray* to) const {
+    return roxeColorTemperature(from, to, temperature, tint);
+  }
+};
+
+// Of all balances the one that brings a colour nearest to grey, the gentlest of equals. Every one is
+// tried on a picture of this one pixel.
+Balance balance_for(Colour grey) {
+  Balance best;
+  std::pair best_merit(INT32_MAX, INT32_MAX);
+  const Picture pixel(1, 1, grey);
+  Picture balanced(1, 1);
+  const PixelArray from = pixel.record();
+  PixelArray to = balanced.record();
+  for (int32_t temperature = -100; temperature <= 100; ++temperature)
+    for (int32_t tint = -100; tint <= 100; ++tint) {
+      const Balance balance = {temperature, tint};
+      expect_ok(balance.apply(&from, &to));
+      const std::pair merit(distance_from_grey(balanced.at(0, 0)),
+                            std::abs(temperature) + std::abs(tint));
+      if (merit < best_merit) {
+        best_merit = merit;
+        best = balance;
+      }
+    }
+  return best;
+}
+
 class Temperature : public Operation {
  public:
   void add_options(CLI::App& app) override {
-    add_whole_number(app, "--temperature", temperature_, -100, 100,
-                     "-100 (cooler) to 100 (warmer)");
-    add_whole_number(app, "--tint", tint_, -100, 100, "-100 (greener) to 100 (more magenta)");
+    auto* temperature = add_whole_number(app, "--temperature", balance_.temperature, -100, 100,
+                                         "-100 (cooler) to 100 (warmer)");
+    auto* tint = add_whole_number(app, "--tint", balance_.tint, -100, 100,
+                                  "-100 (greener) to 100 (more magenta)");
+    add_text(app, "--grey,--gray", "X,Y",
+             "a pixel that should be grey: finds the temperature and tint that make it so",
+             [this](const std::string& text) { grey_ = Places(text, 1, "--grey"); })
+        ->default_str("as --temperature and --tint say")
+        ->excludes(temperature)
+        ->excludes(tint);
   }
 
   Outcome apply(Picture& picture, Colour) const override {
-    const bool changed = draw_in_place(picture, [&](const PixelArray* from, PixelArray* to) {
-      return roxeColorTemperature(from, to, temperature_, tint_);
-    });
-    return {"balanced to temperature " + std::to_string(temperature_) + ", tint " +
-                std::to_string(tint_),
+    Balance balance = balance_;
+    const auto balanced = [&](const PixelArray* from, PixelArray* to) {
+      return balance.apply(from, to);
+    };
+    const auto sentence = [&] {
+      return "balanced to temperature " + std::to_string(balance.temperature) + ", tint " +
+             std::to_string(balance.tint);
+    };
+    if (grey_.empty()) {
+      const bool changed = draw_in_place(picture, balanced);
+      return {sentence(), changed};
+    }
+
+    const Point at = grey_.on(size_of(picture))[0];
+    if (!picture.contains(at.x, at.y))
+      throw UsageError("--grey " + to_text(at) + " lies outside the picture of " +
+                       picture.size_text() + " pixels");
+    const Colour before = picture.at(at.x, at.y);
+    const std::string place = to_text(before) + " at " + to_text(at);
+    if (distance_from_grey(before) == 0)
+      return {"not balanced: " + place + " is grey already", false};
+    balance = balance_for(before);
+    const bool changed = draw_in_place(picture, balanced);
+    return {sentence() + ", which turns " + place + " into " + to_text(picture.at(at.x, at.y)),
             changed};
   }
 
  private:
-  int32_t temperature_ = 0, tint_ = 0;
+  Balance balance_;
+  Places grey_;
 };
 
 }  // namespace

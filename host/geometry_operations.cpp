@@ -7,6 +7,7 @@
 #include "crop.h"
 #include "drawing.h"
 #include "errors.h"
+#include "metadata.h"
 #include "operation.h"
 #include "options.h"
 #include "status.h"
@@ -37,7 +38,7 @@ class Rotate : public Operation {
         ->type_name("DEG");
     auto* about =
         add_text(app, "--about", "X,Y", "the point that stays in place (default: the centre)",
-                 [this](const std::string& text) { about_ = points(text, 1, "--about"); });
+                 [this](const std::string& text) { about_ = Places(text, 1, "--about"); });
     auto* expand =
         app.add_flag("--expand", expand_, "make the picture larger, so that nothing is cut off");
     add_crop(app, crop_)->excludes(about)->excludes(expand);
@@ -51,11 +52,12 @@ class Rotate : public Operation {
       // The EXIF orientations that ask for 0, 90, 180 and 270 degrees clockwise.
       constexpr int kOrientations[] = {1, 6, 3, 8};
       make_upright(picture, kOrientations[static_cast<int>(quarters + 4) % 4]);
+      if (std::abs(quarters) == 1) swap_axes(picture.metadata);
       return {turned(angle_), quarters != 0};
     }
 
-    const Point centre =
-        about_.empty() ? Point{picture.width() / 2, picture.height() / 2} : about_[0];
+    const Point centre = about_.empty() ? Point{picture.width() / 2, picture.height() / 2}
+                                        : about_.on(size_of(picture))[0];
     if (!about_.empty()) require_inside(picture, centre, "--about");
     const double radians = angle * std::numbers::pi / 180;
     Canvas canvas{size_of(picture), centre};
@@ -101,7 +103,7 @@ class Rotate : public Operation {
   }
 
   double angle_ = 0;
-  std::vector<Point> about_;
+  Places about_;
   bool expand_ = false;
   Crop crop_ = Crop::kNone;
   Edges edges_ = Edges::kRepeat;
@@ -114,19 +116,20 @@ class Straighten : public Operation {
   void add_options(CLI::App& app) override {
     add_text(app, "--line", "X1,Y1,X2,Y2",
              "two points of a line that should be level or upright, such as the horizon",
-             [this](const std::string& text) { line_ = points(text, 2, "--line"); })
+             [this](const std::string& text) { line_ = Places(text, 2, "--line"); })
         ->required();
     add_crop(app, crop_);
     add_edges(app, edges_);
   }
 
-  void check() override {
-    if (line_[0].x == line_[1].x && line_[0].y == line_[1].y)
-      throw UsageError("--line needs two different points, and both are " + to_text(line_[0]));
+  void check(const std::string&) override {
+    if (!line_.need_a_picture()) require_different(line_.on({}));
   }
 
   Outcome apply(Picture& picture, Colour background) const override {
-    const Point first = line_[0], second = line_[1];
+    const std::vector<Point> line = line_.on(size_of(picture));
+    require_different(line);
+    const Point first = line[0], second = line[1];
     require_inside(picture, first, "the point");
     require_inside(picture, second, "the point");
     const bool upright = std::abs(second.y - first.y) > std::abs(second.x - first.x);
@@ -147,6 +150,11 @@ class Straighten : public Operation {
   }
 
  private:
+  static void require_different(const std::vector<Point>& line) {
+    if (line[0].x == line[1].x && line[0].y == line[1].y)
+      throw UsageError("--line needs two different points, and both are " + to_text(line[0]));
+  }
+
   // The library draws nothing at all where nothing is to be done. The source of the one pixel here
   // is the centre of three by three.
   static bool turns(Point first, Point second) {
@@ -163,7 +171,7 @@ class Straighten : public Operation {
     return std::abs(dy) > std::abs(dx) ? std::atan(dx / dy) : std::atan(-dy / dx);
   }
 
-  std::vector<Point> line_;
+  Places line_;
   Crop crop_ = Crop::kNone;
   Edges edges_ = Edges::kRepeat;
 };
@@ -175,7 +183,7 @@ class Perspective : public Operation {
   void add_options(CLI::App& app) override {
     add_text(app, "--corners", "X1,Y1,...,X4,Y4",
              "the corners of something rectangular, in any order; it is drawn upright",
-             [this](const std::string& text) { corners_ = points(text, 4, "--corners"); })
+             [this](const std::string& text) { corners_ = Places(text, 4, "--corners"); })
         ->required();
     auto* exact = add_text(app, "--size", "WxH", "draw it at exactly this size",
                            [this](const std::string& text) { size_ = size(text, "--size"); })
@@ -188,30 +196,27 @@ class Perspective : public Operation {
     add_edges(app, edges_);
   }
 
-  void check() override {
-    quad_ = convex_quad(corners_, CornerOrder::kAny, "--corners");
-    Quad sorted = quad_;
-    if (!roxeGetPerspectiveDistortionCorrectionSize(&sorted, 0, 0, 1, &natural_.width,
-                                                    &natural_.height))
-      throw UsageError("--corners: no rectangle seen in perspective has these corners");
-    if (fit_.width > 0 && (fitted().width < 1 || fitted().height < 1))
-      throw UsageError("--fit is too narrow for the natural size of these corners, " +
-                       size_text(natural_.width, natural_.height) + " pixels");
+  void check(const std::string&) override {
+    if (!corners_.need_a_picture()) plan(corners_.on({}));
   }
 
   bool only_reports() const override { return dry_run_; }
 
   Outcome apply(Picture& picture, Colour background) const override {
-    require_near(corners_, size_of(picture), "--corners");
+    const std::vector<Point> corners = corners_.on(size_of(picture));
+    const Plan planned = plan(corners);
+    require_near(corners, size_of(picture), "--corners");
+    const Size drawn = planned.drawn;
     if (dry_run_)
-      return {"natural size: " + size_text(natural_.width, natural_.height) + " pixels", false};
+      return {
+          "natural size: " + size_text(planned.natural.width, planned.natural.height) + " pixels",
+          false};
 
     // At its natural size the library leaves nothing of the rectangle out.
     const bool natural = size_.width == 0 && fit_.width == 0;
-    const Size drawn = natural ? natural_ : fit_.width > 0 ? fitted() : size_;
     const PixelRect rect = {0, 0, drawn.width, drawn.height};
     const auto draw = [&](const PixelArray* from, PixelArray* to) -> int32_t {
-      Quad quad = shifted(quad_, shift_of(edges_));
+      Quad quad = shifted(planned.quad, shift_of(edges_));
       if (!natural) return roxeAffineTransform(from, to, &quad, nullptr, rect);
       constexpr int32_t kDrawn = 2;  // this operation's own word for success
       const int32_t status = roxePerspectiveDistortionCorrection(from, to, &quad, 0, 0, rect);
@@ -222,18 +227,40 @@ class Perspective : public Operation {
   }
 
  private:
+  struct Plan {
+    Quad quad;
+    Size natural, drawn;
+  };
+
+  Plan plan(const std::vector<Point>& corners) const {
+    Plan plan = {convex_quad(corners, CornerOrder::kAny, "--corners"), {}, size_};
+    Quad sorted = plan.quad;
+    if (!roxeGetPerspectiveDistortionCorrectionSize(&sorted, 0, 0, 1, &plan.natural.width,
+                                                    &plan.natural.height))
+      throw UsageError("--corners: no rectangle seen in perspective has these corners");
+    if (fit_.width > 0)
+      plan.drawn = fitted(plan.natural);
+    else if (size_.width == 0)
+      plan.drawn = plan.natural;
+    return plan;
+  }
+
   // The largest size of the natural proportions within --fit.
-  Size fitted() const {
-    const int64_t across = int64_t{natural_.height} * fit_.width;
-    const int64_t down = int64_t{natural_.width} * fit_.height;
-    if (down > across) return {fit_.width, static_cast<int32_t>(across / natural_.width)};
-    return {static_cast<int32_t>(down / natural_.height), fit_.height};
+  Size fitted(Size natural) const {
+    const int64_t across = int64_t{natural.height} * fit_.width;
+    const int64_t down = int64_t{natural.width} * fit_.height;
+    const Size fitted = down > across
+                            ? Size{fit_.width, static_cast<int32_t>(across / natural.width)}
+                            : Size{static_cast<int32_t>(down / natural.height), fit_.height};
+    if (fitted.width < 1 || fitted.height < 1)
+      throw UsageError("--fit is too narrow for the natural size of these corners, " +
+                       size_text(natural.width, natural.height) + " pixels");
+    return fitted;
   }
 
   bool dry_run_ = false;
-  std::vector<Point> corners_;
-  Quad quad_ = {};
-  Size natural_, size_, fit_;
+  Places corners_;
+  Size size_, fit_;
   Edges edges_ = Edges::kRepeat;
 };
 
@@ -243,36 +270,43 @@ class Warp : public Operation {
  public:
   void add_options(CLI::App& app) override {
     add_text(app, "--from", "X1,Y1,...,X4,Y4", "four points of the picture, around their outline",
-             [this](const std::string& text) { from_ = points(text, 4, "--from"); })
+             [this](const std::string& text) { from_ = Places(text, 4, "--from"); })
         ->required();
     add_text(app, "--to", "X1,Y1,...,X4,Y4", "where these four come to lie, in the same order",
-             [this](const std::string& text) { to_ = points(text, 4, "--to"); })
+             [this](const std::string& text) { to_ = Places(text, 4, "--to"); })
         ->required();
     add_text(app, "--size", "WxH", "size of the result (default: that of the picture)",
              [this](const std::string& text) { size_ = size(text, "--size"); });
     add_edges(app, edges_);
   }
 
-  void check() override {
-    from_quad_ = convex_quad(from_, CornerOrder::kAroundTheOutline, "--from");
-    to_quad_ = convex_quad(to_, CornerOrder::kAroundTheOutline, "--to");
+  void check(const std::string&) override {
+    for (const auto& [places, name] : {std::pair(&from_, "--from"), std::pair(&to_, "--to")})
+      if (!places->need_a_picture())
+        convex_quad(places->on({}), CornerOrder::kAroundTheOutline, name);
   }
 
   Outcome apply(Picture& picture, Colour background) const override {
     const Size drawn = size_.width > 0 ? size_ : size_of(picture);
-    require_near(from_, size_of(picture), "--from");
-    require_near(to_, drawn, "--to");
+    const Quad from_quad = quad(from_, size_of(picture), "--from");
+    const Quad to_quad = quad(to_, drawn, "--to");
     const auto warp = [&](const PixelArray* from, PixelArray* to) {
-      Quad quad = shifted(from_quad_, shift_of(edges_));
-      return roxeAffineTransform(from, to, &quad, &to_quad_, {0, 0, drawn.width, drawn.height});
+      Quad source = shifted(from_quad, shift_of(edges_));
+      return roxeAffineTransform(from, to, &source, &to_quad, {0, 0, drawn.width, drawn.height});
     };
     const bool changed = draw_into(picture, drawn, background, warp, edges_);
     return {"warped", changed};
   }
 
  private:
-  std::vector<Point> from_, to_;
-  Quad from_quad_ = {}, to_quad_ = {};
+  static Quad quad(const Places& places, Size picture, std::string_view name) {
+    const std::vector<Point> corners = places.on(picture);
+    const Quad quad = convex_quad(corners, CornerOrder::kAroundTheOutline, name);
+    require_near(corners, picture, name);
+    return quad;
+  }
+
+  Places from_, to_;
   Size size_;
   Edges edges_ = Edges::kRepeat;
 };

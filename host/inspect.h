@@ -12,8 +12,12 @@ namespace host {
 // Lines of "name: value" about a file.
 std::string info_text(const LoadedPicture& loaded, const std::string& path);
 
-// The colour of a pixel of the upright picture. Throws UsageError outside it.
-std::string pick_text(const Picture& picture, Point point);
+// The same as a JSON object in ASCII. What the file does not say is null.
+std::string info_json(const LoadedPicture& loaded, const std::string& path);
+
+// The colour of a pixel of the upright picture, or the mean of a square of area × area pixels around
+// it, as far as they lie in the picture. Throws UsageError outside it.
+std::string pick_text(const Picture& picture, Point point, int32_t area);
 
 }  // namespace host
 

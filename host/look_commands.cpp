@@ -13,16 +13,19 @@ class Info : public Command {
  public:
   explicit Info(CLI::App& parent) : Command(parent, "info", "Say what is in a picture file") {
     app->add_option("IN", input_, "the picture to read")->required()->type_name("");
+    app->add_flag("--json", json_, "as a JSON object, for other programs");
   }
 
   int run() override {
     Notes notes;
-    say(info_text(load_picture(input_, {}, notes), printable(input_)));
+    const LoadedPicture loaded = load_picture(input_, {}, notes);
+    say(json_ ? info_json(loaded, input_) : info_text(loaded, printable(input_)));
     return 0;
   }
 
  private:
   std::string input_;
+  bool json_ = false;
 };
 
 class Pick : public Command {
@@ -30,19 +33,23 @@ class Pick : public Command {
   explicit Pick(CLI::App& parent) : Command(parent, "pick", "Print the colour of a pixel") {
     app->add_option("IN", input_, "the picture to read")->required()->type_name("");
     add_text(*app, "POINT", "", "X,Y of the pixel, in the upright picture",
-             [this](const std::string& text) { point_ = points(text, 1, "POINT")[0]; })
+             [this](const std::string& text) { point_ = Places(text, 1, "POINT"); })
         ->required();
+    add_whole_number(*app, "--area", area_, 1, 9999,
+                     "the mean of a square of N by N pixels around it");
   }
 
   int run() override {
     Notes notes;
-    say(pick_text(load_picture(input_, {}, notes).picture, point_));
+    const Picture picture = load_picture(input_, {}, notes).picture;
+    say(pick_text(picture, point_.on(size_of(picture))[0], area_));
     return 0;
   }
 
  private:
   std::string input_;
-  Point point_;
+  Places point_;
+  int32_t area_ = 1;
 };
 
 }  // namespace

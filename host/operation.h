@@ -27,8 +27,9 @@ class Operation {
   virtual ~Operation() = default;
   // Ties the options to the members.
   virtual void add_options(CLI::App& app) = 0;
-  // Turns what was typed into values, before any picture is there. Throws UsageError.
-  virtual void check() {}
+  // Turns what was typed into values, before any picture is there. Files that the options name are
+  // looked for from a folder on; empty: from where the tool runs. Throws UsageError.
+  virtual void check(const std::string& folder = {}) { static_cast<void>(folder); }
   // Whether apply only computes what it returns, and there is no picture to write.
   virtual bool only_reports() const { return false; }
   // Changes the picture and says what was done. Uncovered pixels take the background. May run for

@@ -1,6 +1,7 @@
 #include "recipe.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <string_view>
 
 #include "errors.h"
@@ -43,7 +44,7 @@ void refuse_option_of_the_output(const std::string& argument) {
 
 }  // namespace
 
-Step read_step(std::string_view line) {
+Step read_step(std::string_view line, const std::string& folder) {
   std::vector<std::string> arguments = words(line);
   if (arguments.empty()) throw UsageError("a step needs an operation");
   const auto entry = std::find_if(operations().begin(), operations().end(),
@@ -66,7 +67,7 @@ Step read_step(std::string_view line) {
     throw UsageError(error.what() + std::string(" (see roxe ") + std::string(entry->name) +
                      " --help)");
   }
-  step.operation->check();
+  step.operation->check(folder);
   if (step.operation->only_reports()) throw UsageError("--dry-run has no place in a recipe");
   return step;
 }
@@ -77,6 +78,7 @@ Recipe read_recipe(const std::string& path) {
   if (text.find('\0') != text.npos) throw UsageError(path + ": is not a text file");
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";  // some editors begin UTF-8 so
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  const std::string folder = std::filesystem::path(path).parent_path().string();
   Recipe recipe;
   size_t start = 0;
   for (int number = 1; start < text.size(); ++number) {
@@ -85,7 +87,7 @@ Recipe read_recipe(const std::string& path) {
     start = end + 1;
     if (line.find_first_not_of(" \t\r\v\f") == line.npos) continue;
     try {
-      recipe.push_back(read_step(line));
+      recipe.push_back(read_step(line, folder));
     } catch (const UsageError& error) {
       throw UsageError(path + ", line " + std::to_string(number) + ": " + error.what());
     }

@@ -25,10 +25,12 @@ struct Step {
 };
 using Recipe = std::vector<Step>;
 
-// "shadow-highlight --shadow 20". Throws UsageError if it makes no sense.
-Step read_step(std::string_view line);
+// "shadow-highlight --shadow 20". Files are named from a folder on; empty: from where the tool runs.
+// Throws UsageError if it makes no sense.
+Step read_step(std::string_view line, const std::string& folder = {});
 
-// Throws UsageError with the number of the line that makes no sense.
+// Files are named from the recipe's folder on. Throws UsageError with the number of the line that
+// makes no sense.
 Recipe read_recipe(const std::string& path);
 
 // Does one step after the other.

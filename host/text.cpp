@@ -6,30 +6,11 @@
 #include <cmath>
 #include <cstdio>
 
+#include "colour_names.h"
 #include "errors.h"
 
 namespace host {
 namespace {
-
-struct NamedColour {
-  std::string_view name;
-  Colour colour;
-};
-
-constexpr NamedColour kColours[] = {
-    {"black", {0, 0, 0}},          {"white", {255, 255, 255}},    {"grey", {128, 128, 128}},
-    {"gray", {128, 128, 128}},     {"silver", {192, 192, 192}},   {"red", {255, 0, 0}},
-    {"green", {0, 128, 0}},        {"lime", {0, 255, 0}},         {"blue", {0, 0, 255}},
-    {"yellow", {255, 255, 0}},     {"cyan", {0, 255, 255}},       {"aqua", {0, 255, 255}},
-    {"magenta", {255, 0, 255}},    {"fuchsia", {255, 0, 255}},    {"orange", {255, 165, 0}},
-    {"brown", {165, 42, 42}},      {"pink", {255, 192, 203}},     {"purple", {128, 0, 128}},
-    {"violet", {238, 130, 238}},   {"maroon", {128, 0, 0}},       {"navy", {0, 0, 128}},
-    {"teal", {0, 128, 128}},       {"olive", {128, 128, 0}},      {"gold", {255, 215, 0}},
-    {"turquoise", {64, 224, 208}}, {"skyblue", {135, 206, 235}},  {"salmon", {250, 128, 114}},
-    {"tan", {210, 180, 140}},      {"beige", {245, 245, 220}},    {"indigo", {75, 0, 130}},
-    {"crimson", {220, 20, 60}},    {"chocolate", {210, 105, 30}}, {"coral", {255, 127, 80}},
-    {"khaki", {240, 230, 140}},    {"lavender", {230, 230, 250}}, {"ivory", {255, 255, 240}},
-};
 
 std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
 
@@ -61,29 +42,63 @@ double decimal_number(std::string_view text, int32_t low, int32_t high, std::str
   return value;
 }
 
-std::vector<int32_t> whole_numbers(std::string_view text, size_t count, std::string_view what) {
-  std::vector<int32_t> values;
+namespace {
+
+bool parse(std::string_view text, Coordinate& coordinate) {
+  coordinate.is_percent = text.ends_with('%');
+  if (coordinate.is_percent) {
+    // Farther than these lies no picture's neighbour, and what follows stays within 32 bits.
+    constexpr double kFarthest = 500;
+    return parse(text.substr(0, text.size() - 1), coordinate.value) &&
+           std::abs(coordinate.value) <= kFarthest;
+  }
+  int32_t pixel = 0;
+  const bool good = parse(text, pixel);
+  coordinate.value = pixel;
+  return good;
+}
+
+int32_t rounded(double value) { return static_cast<int32_t>(std::floor(value + 0.5)); }
+
+}  // namespace
+
+int32_t Coordinate::pixel(int32_t length) const {
+  return rounded(is_percent ? value * (length - 1) / 100 : value);
+}
+
+int32_t Coordinate::count(int32_t length) const {
+  return is_percent ? std::max(1, rounded(value * length / 100)) : rounded(value);
+}
+
+std::vector<Coordinate> coordinates(std::string_view text, size_t count, std::string_view what) {
+  std::vector<Coordinate> values;
   std::string_view rest = text;
   bool good = true;
   for (;;) {
     const size_t comma = rest.find(',');
-    int32_t value = 0;
-    good = good && parse(rest.substr(0, comma), value);
-    values.push_back(value);
+    good = parse(rest.substr(0, comma), values.emplace_back()) && good;
     if (comma == std::string_view::npos) break;
     rest.remove_prefix(comma + 1);
   }
   if (!good || values.size() != count)
     throw UsageError(std::string(what) + " needs " + std::to_string(count) +
-                     " whole numbers separated by commas, not " + quoted(text));
+                     " whole numbers or percentages separated by commas, not " + quoted(text));
   return values;
 }
 
-std::vector<Point> points(std::string_view text, size_t count, std::string_view what) {
-  const std::vector<int32_t> values = whole_numbers(text, 2 * count, what);
-  std::vector<Point> result;
-  for (size_t i = 0; i < count; ++i) result.push_back({values[2 * i], values[2 * i + 1]});
-  return result;
+Places::Places(std::string_view text, size_t count, std::string_view what)
+    : coordinates_(coordinates(text, 2 * count, what)) {}
+
+bool Places::need_a_picture() const {
+  return std::ranges::any_of(coordinates_, &Coordinate::is_percent);
+}
+
+std::vector<Point> Places::on(Size picture) const {
+  std::vector<Point> points;
+  for (size_t i = 0; i < coordinates_.size(); i += 2)
+    points.push_back(
+        {coordinates_[i].pixel(picture.width), coordinates_[i + 1].pixel(picture.height)});
+  return points;
 }
 
 Size size(std::string_view text, std::string_view what) {
@@ -115,7 +130,7 @@ Colour colour(std::string_view text, std::string_view what) {
   std::string name(text);
   std::transform(name.begin(), name.end(), name.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  for (const NamedColour& known : kColours)
+  for (const NamedColour& known : kColourNames)
     if (known.name == name) return known.colour;
 
   if (name.size() == 4 && name[0] == '#')

@@ -22,13 +22,14 @@ class AutoGamma : public Operation {
       });
       return {"corrected the exposure", changed};
     }
-    const int64_t right = int64_t{region_[0]} + region_[2];
-    const int64_t bottom = int64_t{region_[1]} + region_[3];
+    const int32_t left = region_[0].pixel(picture.width());
+    const int32_t top = region_[1].pixel(picture.height());
+    const int64_t right = int64_t{left} + region_[2].count(picture.width());
+    const int64_t bottom = int64_t{top} + region_[3].count(picture.height());
     if (right > picture.width() || bottom > picture.height())
       throw UsageError("--region " + region_text_ + " reaches outside the picture of " +
                        picture.size_text() + " pixels");
-    const PixelRect rect = {region_[0], region_[1], static_cast<int32_t>(right),
-                            static_cast<int32_t>(bottom)};
+    const PixelRect rect = {left, top, static_cast<int32_t>(right), static_cast<int32_t>(bottom)};
     const bool changed = draw_in_place(picture, [&](const PixelArray* from, PixelArray* to) {
       return roxeAutoGamma(from, to, &rect);
     });
@@ -38,13 +39,14 @@ class AutoGamma : public Operation {
  private:
   void set_region(const std::string& text) {
     region_text_ = text;
-    region_ = whole_numbers(text, 4, "--region");
-    if (region_[0] < 0 || region_[1] < 0 || region_[2] < 1 || region_[3] < 1)
+    region_ = coordinates(text, 4, "--region");
+    if (region_[0].value < 0 || region_[1].value < 0 || region_[2].value <= 0 ||
+        region_[3].value <= 0)
       throw UsageError("--region needs a place inside the picture and a size of at least 1,1");
   }
 
   std::string region_text_;
-  std::vector<int32_t> region_;
+  std::vector<Coordinate> region_;
 };
 
 class ShadowHighlight : public Operation {

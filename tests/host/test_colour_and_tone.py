@@ -1,5 +1,6 @@
 """Soft focus, the operations on colour and those on tone from the command line."""
 
+import re
 import unittest
 
 from pictures import (ToolTest, chunk, exif, pgm, pgm_rows, photo, plain, png, ppm, ppm_rows,
@@ -106,6 +107,44 @@ class Colours(ToolTest):
         magenta, = self.out("temperature", "--tint", 40)
         self.assertGreater(green[1] - green[0], magenta[1] - magenta[0])
 
+    def test_the_balance_that_makes_a_pixel_grey(self):
+        def spread(pixel):
+            return max(pixel) - min(pixel)
+
+        for colour in ((120, 130, 150), (200, 180, 160), (90, 60, 40)):
+            self.write("in.ppm", ppm([[(9, 9, 9), colour]]))
+            text = self.succeed("temperature", "in.ppm", "out.ppm", "--grey", "1,0")
+            after = ppm_rows(self.read("out.ppm"))[0][1]
+            names = ["#%02X%02X%02X" % pixel for pixel in (colour, after)]
+            self.assertIn(f", which turns {names[0]} at (1, 0) into {names[1]}", text)
+            temperature, tint = map(int, re.search(r"temperature (\S+), tint (\S+),", text).groups())
+            self.assertLessEqual(spread(after), 2)
+            # What it says is what it does, and nothing near or far is better, or as good and gentler.
+            self.succeed("temperature", "in.ppm", "same.ppm", "--temperature", temperature, "--tint",
+                         tint)
+            self.assertEqual(self.read("same.ppm"), self.read("out.ppm"))
+            others = [(temperature + i, tint + j) for i in (-2, -1, 1, 2) for j in (-1, 0, 1)]
+            others += [(i, j) for i in range(-90, 91, 30) for j in range(-90, 91, 30)]
+            for i, j in others:
+                self.succeed("temperature", "in.ppm", "other.ppm", "--temperature", i, "--tint", j)
+                other = ppm_rows(self.read("other.ppm"))[0][1]
+                self.assertGreaterEqual((spread(other), abs(i) + abs(j)),
+                                        (spread(after), abs(temperature) + abs(tint)))
+
+    def test_a_grey_pixel_asks_for_nothing(self):
+        self.write("in.ppm", ppm([[(77, 77, 77)]]))
+        text = self.succeed("temperature", "in.ppm", "out.ppm", "--gray", "100%,0%")
+        self.assertIn("not balanced: #4D4D4D at (0, 0) is grey already", text)
+        self.assertEqual(self.read("out.ppm"), self.read("in.ppm"))
+
+    def test_names_of_colours(self):
+        self.write("in.ppm", ppm([[GREY]]))
+        for name, colour in (("rebeccapurple", "#663399"), ("LightGoldenRodYellow", "#FAFAD2"),
+                             ("darkslategrey", "#2F4F4F"), ("darkslategray", "#2F4F4F"),
+                             ("aliceblue", "#F0F8FF"), ("yellowgreen", "#9ACD32")):
+            self.assertIn(f"kept {colour} within 3", self.succeed(
+                "tint", "in.ppm", "out.ppm", "--colour", name, "--tolerance", 3))
+
     def test_arguments(self):
         command = ("replace-colour", "in.ppm", "out.ppm")
         self.refuse(2, "--colour", *command, "--tolerance", 3)
@@ -116,6 +155,9 @@ class Colours(ToolTest):
         self.refuse(2, "--hue needs a whole number from -360 to 360", *red, 9, "--hue", 361)
         self.refuse(2, "--saturation needs a whole number", *red, 9, "--saturation", -101)
         self.refuse(2, "--value needs a whole number", *red, 9, "--value", 101)
+        self.refuse(2, "exclude", "temperature", "in.ppm", "out.ppm", "--grey", "0,0", "--tint", 3)
+        self.refuse(2, "--grey (4, 0) lies outside the picture of 4 × 1", "temperature", "in.ppm",
+                    "out.ppm", "--grey", "4,0")
         for option in ("--temperature", "--tint"):
             for value in (-101, 101, "warm"):
                 self.refuse(2, option + " needs a whole number from -100 to 100", "temperature",
@@ -139,6 +181,16 @@ class Tone(ToolTest):
         dark, light = (ppm_rows(self.read(name))[5][5][1] for name in ("dark.ppm", "light.ppm"))
         self.assertGreater(dark, light)
         for region in ("0,0,41,20", "-1,0,5,5", "0,0,0,5", "39,19,2,1", "0,0,5", "all"):
+            self.refuse(2, "--region", "auto-gamma", "in.ppm", "out.ppm", "--region=" + region)
+
+    def test_a_region_in_percent(self):
+        self.write("in.ppm", ppm([[(x * y % 256,) * 3 for x in range(40)] for y in range(21)]))
+        for region, pixels in (("0%,0%,50%,100%", "0,0,20,21"), ("50%,50%,50%,50%", "20,10,20,11"),
+                               ("100%,100%,0.1%,0.1%", "39,20,1,1"), ("25%,3,5,10%", "10,3,5,2")):
+            self.succeed("auto-gamma", "in.ppm", "out.ppm", "--region", region)
+            self.succeed("auto-gamma", "in.ppm", "pixels.ppm", "--region", pixels)
+            self.assertEqual(self.read("out.ppm"), self.read("pixels.ppm"))
+        for region in ("60%,0,50%,5", "-1%,0,5,5", "0,0,0%,5"):
             self.refuse(2, "--region", "auto-gamma", "in.ppm", "out.ppm", "--region=" + region)
 
     def test_shadow_highlight(self):

@@ -3,9 +3,10 @@
 import itertools
 import math
 import re
+import struct
 import unittest
 
-from pictures import ToolTest, photo, plain, ppm, ppm_rows, speckled
+from pictures import ToolTest, chunk, photo, plain, png, png_chunks, ppm, ppm_rows, speckled
 
 BLACK, WHITE, RED = (0, 0, 0), (255, 255, 255), (255, 0, 0)
 
@@ -43,6 +44,15 @@ class QuarterTurns(ToolTest):
                     self.succeed("rotate", "in.ppm", "out.ppm", "--angle", angle, *options)
                     self.assertEqual(ppm_rows(self.read("out.ppm")), turned(rows, quarters))
 
+    def test_pixels_per_metre_turn_too(self):
+        pixels = [bytes([1, 2, 3])] * 2
+        self.write("in.png", png(3, 2, 8, 0, pixels,
+                                 [chunk(b"pHYs", struct.pack(">IIB", 1000, 3000, 1))]))
+        for angle, density in ((90, (3000, 1000)), (180, (1000, 3000)), (-90, (3000, 1000))):
+            self.succeed("rotate", "in.png", "out.png", "--angle", angle)
+            chunks = dict(png_chunks(self.read("out.png")))
+            self.assertEqual(struct.unpack(">IIB", chunks[b"pHYs"]), (*density, 1))
+
     def test_what_is_said(self):
         self.write("in.ppm", ppm(speckled(9, 7)))
         for angle, words in ((0, "not turned; copied as it is, 9 × 7"), (360, "not turned; copied as it is, 9 × 7"),
@@ -63,6 +73,41 @@ class QuarterTurns(ToolTest):
         self.write("in.ppm", ppm(speckled(9, 7)))
         text = self.succeed("rotate", "in.ppm", "out.ppm", "--angle", "90.001")
         self.assertIn("9 × 7 pixels", text)
+
+
+class Percent(ToolTest):
+    """0% is the first pixel of an axis, 100% the last."""
+
+    def test_the_same_as_in_pixels(self):
+        self.write("in.ppm", ppm(speckled(41, 31)))
+        for name, percent, pixels in (
+                ("rotate", ("--angle", 20, "--about", "50%,100%"),
+                 ("--angle", 20, "--about", "20,30")),
+                ("straighten", ("--line=0%,10%,100%,20.1%",), ("--line=0,3,40,6",)),
+                ("straighten", ("--line=2,3,100%,50%",), ("--line=2,3,40,15",)),
+                ("perspective", ("--corners=0%,0%,100%,10%,90%,100%,-5%,105%",),
+                 ("--corners=0,0,40,3,36,30,-2,32",)),
+                ("warp", ("--from=0%,0%,100%,0%,100%,100%,0%,100%",
+                          "--to=0%,0%,100%,0%,100%,100%,50%,100%", "--size", "21x11"),
+                 ("--from=0,0,40,0,40,30,0,30", "--to=0,0,20,0,20,10,10,10", "--size", "21x11"))):
+            self.succeed(name, "in.ppm", "percent.ppm", *percent)
+            self.succeed(name, "in.ppm", "pixels.ppm", *pixels)
+            self.assertEqual(self.read("percent.ppm"), self.read("pixels.ppm"))
+
+    def test_what_makes_no_sense(self):
+        self.write("in.ppm", ppm(speckled(9, 7)))
+        for place in ("5%%,0", "%,0", "nan%,0", "501%,0", "1e9%,0", "5 %%,1", "5.5,1"):
+            self.refuse(2, "--about needs 2 whole numbers or percentages", "rotate", "in.ppm",
+                        "out.ppm", "--angle", 3, "--about=" + place)
+        self.refuse(2, "--about (9, 0) lies outside", "rotate", "in.ppm", "out.ppm", "--angle", 3,
+                    "--about", "110%,0%")
+        self.refuse(2, "two different points, and both are (4, 3)", "straighten", "in.ppm",
+                    "out.ppm", "--line", "50%,50%,52%,48%")
+        self.refuse(2, "corners 1 and 2 are the same point (0, 0)", "perspective", "in.ppm",
+                    "out.ppm", "--corners", "0%,0%,1%,0%,100%,100%,0%,100%")
+        self.refuse(2, "--to: the outline from corner 1 to 2 to 3 to 4 crosses", "warp", "in.ppm",
+                    "out.ppm", "--from", "0%,0%,100%,0%,100%,100%,0%,100%",
+                    "--to", "0%,0%,100%,100%,100%,0%,0%,100%")
 
 
 class Edges(ToolTest):

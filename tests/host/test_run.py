@@ -6,7 +6,7 @@ import re
 import subprocess
 import unittest
 
-from pictures import TOOL, ToolTest, plain, ppm, ppm_rows, snapshot, speckled
+from pictures import TOOL, ToolTest, pgm, plain, ppm, ppm_rows, snapshot, speckled
 
 USAGE, FAILED = 2, 1
 
@@ -62,6 +62,25 @@ class Recipes(ToolTest):
         for recipe in ("plain", "marked"):
             self.succeed("run", recipe, self.inputs[0], "--out", recipe + "-out")
         self.assertEqual(self.read("marked-out/photo0.ppm"), self.read("plain-out/photo0.ppm"))
+
+    def test_masks_lie_beside_the_recipe_and_places_fit_every_size(self):
+        os.mkdir(self.path("recipes"))
+        self.write("recipes/mask.pgm", pgm([[128] * 20] * 30))
+        self.write("recipes/evening", b"soft-focus --radius 9 --mask mask.pgm\n"
+                                      b"straighten --line 0%,20%,100%,30%  # the shore\n")
+        self.succeed("run", "recipes/evening", self.inputs[0], "--out", "done")
+        self.succeed("soft-focus", self.inputs[0], "step.ppm", "--radius", 9, "--mask",
+                     "recipes/mask.pgm")
+        self.succeed("straighten", "step.ppm", "step.ppm", "--line", "0,6,19,9")
+        self.assertEqual(self.read("done/photo0.ppm"), self.read("step.ppm"))
+        self.write("recipes/other", b"soft-focus --radius 9 --mask '%s'" % os.fsencode(
+            self.path("recipes/mask.pgm")))
+        self.succeed("run", "recipes/other", self.inputs[0], "--out", "other")
+        self.write("percent", b"straighten --line 0%,20%,100%,30%")
+        self.succeed("run", "percent", *self.inputs, "--out", "all")
+        for i, name in enumerate(self.names):
+            self.succeed("straighten", "photos/" + name, "one.ppm", "--line", f"0,6,{19 + i},9")
+            self.assertEqual(self.read("all/" + name), self.read("one.ppm"))
 
     def test_the_number_at_a_time_changes_nothing(self):
         self.write("recipe", b"rotate --angle -20")

@@ -12,4 +12,4 @@ set(CMAKE_CXX_FLAGS_INIT "--target=wasm32-wasi --sysroot=/usr -fno-exceptions \
 # The stack lies first in memory, so that it ends in a trap and not in other data.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-L/usr/lib/wasm32-wasi -Wl,--stack-first -Wl,-z,stack-size=1048576")
 set(CMAKE_CROSSCOMPILING_EMULATOR
-  node --experimental-wasi-unstable-preview1 --no-warnings ${CMAKE_CURRENT_LIST_DIR}/run_wasm.mjs)
+  node ${CMAKE_CURRENT_LIST_DIR}/run_wasm.mjs)

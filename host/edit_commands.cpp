@@ -2,6 +2,7 @@
 #include "command.h"
 #include "compare.h"
 #include "errors.h"
+#include "files.h"
 #include "output_options.h"
 #include "picture_file.h"
 #include "recipe.h"
@@ -9,6 +10,11 @@
 
 namespace host {
 namespace {
+
+bool is_same_file(const std::string& one, const std::string& other) {
+  const auto identity = identity_of(one);
+  return one == other || (identity && identity == identity_of(other));
+}
 
 // IN and OUT around the steps of a recipe.
 class OnePicture : public Command {
@@ -39,6 +45,9 @@ class OnePicture : public Command {
     if (output_.empty()) throw UsageError("OUT, the picture to write, is missing");
     check_target(output_, options_.settings.format);
     if (!comparison_.empty()) check_target(comparison_);
+    for (const std::string& other : {input_, output_})
+      if (is_same_file(comparison_, other))
+        throw UsageError("--compare " + comparison_ + " would replace " + other);
 
     Notes notes;
     LoadedPicture loaded = load_picture(input_, options_.reading(), notes);

@@ -93,6 +93,13 @@ class Comparison(ToolTest):
         names = {name for name, _ in png_chunks(self.read("side.png"))}
         self.assertEqual(names, {b"IHDR", b"iCCP", b"IDAT", b"IEND"})
 
+    def test_it_replaces_neither_input_nor_output(self):
+        self.write("in.ppm", ppm(speckled(4, 3)))
+        os.link(self.path("in.ppm"), self.path("link.ppm"))
+        for name in ("in.ppm", "out.ppm", "link.ppm"):
+            self.refuse(USAGE, f"--compare {name} would replace", "rotate", "in.ppm", "out.ppm",
+                        "--angle", 3, "--compare", name)
+
     def test_a_place_that_cannot_be_written(self):
         self.write("in.ppm", ppm(speckled(4, 3)))
         for name in ("none/side.png", "side"):

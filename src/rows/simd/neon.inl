@@ -135,7 +135,8 @@ static inline Planes load_planes(const uint8_t* bgr) {
   return {(Bytes)v.val[0], (Bytes)v.val[1], (Bytes)v.val[2]};
 }
 static inline void store_planes(uint8_t* bgr, const Planes& planes) {
-  vst3q_u8(bgr, {{(U8)planes.blue, (U8)planes.green, (U8)planes.red}});
+  const uint8x16x3_t v = {{(U8)planes.blue, (U8)planes.green, (U8)planes.red}};
+  vst3q_u8(bgr, v);
 }
 
 // Corners are the pixel and its right neighbour in the upper row, then in the lower one.

@@ -65,10 +65,11 @@ double achromatic_pixel_metric(double, double saturation1, double value1, double
 
 double minkowski_metric(double hue1, double saturation1, double value1, double hue2,
                         double saturation2, double value2, double limit) {
-  double turn = std::fabs(hue2 - hue1);
-  if (turn > 180.0) turn = 360.0 - turn;
-  const float sum = XRPow(turn, 1.0) + XRPow(std::fabs(saturation2 - saturation1), 3.0) +
-                    XRPow(std::fabs(value2 - value1), 2.0);
+  float turn = static_cast<float>(std::fabs(hue2 - hue1));
+  if (turn > 180.0f) turn = 360.0f - turn;
+  const float saturations = static_cast<float>(std::fabs(saturation2 - saturation1));
+  const float values = static_cast<float>(std::fabs(value2 - value1));
+  const float sum = XRPow(turn, 1.0) + XRPow(saturations, 3.0) + XRPow(values, 2.0);
   const float distance = XRPow(sum, 0.5);
   return distance <= limit ? distance / limit : 1.0;
 }

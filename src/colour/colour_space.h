@@ -15,8 +15,8 @@ void XRDRGB2HSV(uint32_t red, uint32_t green, uint32_t blue, int32_t* hue, int32
 void XRDHSV2RGB(float hue, float saturation, float value, uint8_t* red, uint8_t* green,
                 uint8_t* blue);
 
-// In floats. Components 0 ... 255; hue 0 ... 360 degrees, -1 for a grey; saturation 0 ... 1;
-// lightness 0 ... 255.
+// In floats. Components 0 ... 255; hue from 0 to below 360 degrees, -1 for a grey; saturation 0 ...
+// 1; lightness 0 ... 255.
 void XRDRGB2HSL(uint32_t red, uint32_t green, uint32_t blue, float* hue, float* saturation,
                 float* lightness);
 

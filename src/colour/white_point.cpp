@@ -77,7 +77,7 @@ int32_t GetWhitePoint(int32_t temperature, int32_t tint, WhitePoint* out) {
   if (temperature > 25000) {
     WhitePoint coolest;
     GetWhitePoint(25000, 0, &coolest);
-    const float beyond = static_cast<float>(temperature - 25000);
+    const float beyond = t - 25000.0f;
     out->x = coolest.x + (0.15f - coolest.x) / 16000.0f * beyond;
     out->y = coolest.y + (0.06f - coolest.y) / 16000.0f * beyond;
     return 1;
@@ -88,7 +88,7 @@ int32_t GetWhitePoint(int32_t temperature, int32_t tint, WhitePoint* out) {
       temperature <= 7000
           ? -4.607f * (1e9f / t3) + 2.9678f * (1e6f / t2) + 0.09911f * (1e3f / t) + 0.244063f
           : -2.0064f * (1e9f / t3) + 1.9018f * (1e6f / t2) + 0.24748f * (1e3f / t) + 0.23704f;
-  const float y = -3.0f * x * x + 2.87f * x - 0.275f;
+  const float y = -3.0f * (x * x) + 2.87f * x - 0.275f;
   float offset = static_cast<float>(tint) * 0.0006f;
   if (tint <= 0) offset *= 0.75f;
   out->x = x + offset;

@@ -24,7 +24,7 @@ float XRSin(double x) { return static_cast<float>(std::sin(x)); }
 float XRCos(double x) { return static_cast<float>(std::cos(x)); }
 float XRTan(double x) { return static_cast<float>(std::tan(x)); }
 float XRASin(double x) { return static_cast<float>(std::asin(x)); }
-float XRACos(double x) { return static_cast<float>(std::asin(x)); }  // a slip that callers rely on
+float XRACos(double x) { return static_cast<float>(std::asin(x)); }  // the arc sine
 float XRATan(double x) { return static_cast<float>(std::atan(x)); }
 float XRSqrt(double x) { return static_cast<float>(std::sqrt(x)); }
 float XRPow(double base, double exponent) { return static_cast<float>(std::pow(base, exponent)); }

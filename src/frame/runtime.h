@@ -29,7 +29,7 @@ float XRSin(double x);
 float XRCos(double x);
 float XRTan(double x);
 float XRASin(double x);
-float XRACos(double x);  // computes the arc sine, not the arc cosine
+float XRACos(double x);  // the arc sine, not the arc cosine; nothing calls it
 float XRATan(double x);
 float XRSqrt(double x);
 float XRPow(double base, double exponent);

@@ -38,8 +38,8 @@ float xrmlGetLengthPoint2Place(Point3D p0, Point3D p1, Point3D p2, Point3D p3);
 // 0.
 int32_t xrmlIsConvexQuadrilateral(const Quad* quad);
 
-// Inverts an n x n row-major matrix; dst may be src. Returns 1, or 0 if the matrix is singular or
-// memory is short; dst then holds a partly reduced copy.
+// Inverts an n x n row-major matrix; dst may be src. Returns 1, or 0 if the matrix is singular (dst
+// is then partly reduced) or there is no memory (dst is then the plain copy).
 int32_t xrmlMatrixInverse(float* dst, const float* src, int32_t n);
 
 // c = a * b for rows = n, row-major; c is apart from a and b. In general row k of b starts at

@@ -151,8 +151,8 @@ struct RowKernels {
 
   // ---- geometry (rotation.inl, projective.inl)
 
-  // Samples the walk at count pixels in each of so many rows, dst_stride apart. Those that do not lie
-  // strictly between the first and the last column and row of the source are left as they were. The
+  // Samples the walk at count pixels in each of so many rows, dst_stride apart. Those whose
+  // whole column and row are not 1 ... columns - 2 and 1 ... rows - 2 are left as they were. The
   // plain body reads and writes pixel after pixel, row after row, and allows dst to lie in the source,
   // and steps of any length; the others do not.
   void (*rotate)(const RotationWalk& walk, uint8_t* dst, ptrdiff_t dst_stride, int32_t rows,

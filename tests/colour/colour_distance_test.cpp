@@ -124,6 +124,16 @@ TEST(ColourDistance, MinkowskiHasMixedExponents) {
   EXPECT_EQ(roxe::minkowski_metric(358, 12, 50, 2, 10, 52, 3), 1.0);
 }
 
+TEST(ColourDistance, MinkowskiTakesDifferencesInSinglePrecision) {
+  // Saturations apart by 100 and less than half the step of floats there: the root of 100^3 is
+  // 1000. Not rounded first it would be 1000.00006.
+  EXPECT_EQ(roxe::minkowski_metric(0, 0, 0, 0, 100.0000038, 0, 2000), 0.5);
+  // Values: the root of 100^2. Not rounded first 100.000008.
+  EXPECT_EQ(roxe::minkowski_metric(0, 0, 0, 0, 0, 100.0000038, 200), 0.5);
+  // Hues: 360 - 296 = 64, whose root is 8. Not rounded first 7.999999.
+  EXPECT_EQ(roxe::minkowski_metric(0, 0, 0, 296.000012, 0, 0, 16), 0.5);
+}
+
 TEST(ColourDistance, CanberraAddsShares) {
   EXPECT_EQ(roxe::canberra_metric(10, 30, 20, 30, 10, 20, 4), 0.25);  // 0.5 + 0.5 + 0
   EXPECT_EQ(roxe::canberra_metric(0, 0, 1, 0, 0.0005, 3, 1), 0.5);    // a sum of 0.0005 is no sum

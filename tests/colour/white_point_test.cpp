@@ -80,6 +80,13 @@ TEST(WhitePoint, AboveTwentyFiveThousandALineToTheBluePrimary) {
   White(INT32_MIN, INT32_MIN);
 }
 
+TEST(WhitePoint, RoundingsOfTheFormsAreTheirs) {
+  // x is squared first: -3 x * x would end in 6e.
+  EXPECT_EQ(White(10000, 0).y, 0x1.2af972p-2f);
+  // 16777219 becomes 16777220 before 25000 is taken away: 16752219 would give ...174p+6.
+  EXPECT_EQ(White(16777219, 0).x, -0x1.a13176p+6f);
+}
+
 TEST(WhitePoint, TintMovesAlongTheNormal) {
   const roxe::WhitePoint none = White(6500, 0), greener = White(6500, -1), redder = White(6500, 1);
   EXPECT_NEAR(greener.x - none.x, -0.00045, 1e-7);

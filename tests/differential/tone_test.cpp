@@ -174,7 +174,7 @@ TEST(ReferenceTone, ShadowsAreLiftedInAllChannelsAlike) {
   EXPECT_EQ(dst.pixel(0, 0)[2], lifted + 10);
 }
 
-// Heads of the columns of the listing, and its rows.
+// Inputs, and the outputs of each row for them.
 constexpr int32_t kInputs[] = {1, 16, 64, 128, 192, 240, 254, 255};
 constexpr int32_t kLighterRows[8][8] = {
     {1, 16, 64, 128, 192, 240, 253, 254},   {1, 17, 66, 130, 193, 240, 254, 254},

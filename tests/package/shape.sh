@@ -28,6 +28,18 @@ for object in $objects; do
   fi
 done
 
+echo "no mutable data and no static constructor in the library but the compiler's own"
+# The start-up code's, and the record of the processor that __builtin_cpu_supports reads.
+own='\.data|\.bss|__dso_handle|__TMC_END__|completed\.0|__cpu_(model|features2)'
+if objdump -t "$build/libroxe.so" | awk '/ \.(data|bss|tdata|tbss)\t/ { print $NF }' | grep -vxE "$own"; then
+  fail "the library holds mutable data"
+fi
+constructors=$(objdump -h "$build/libroxe.so" | awk '$2 == ".init_array" { print $3 }')
+case $constructors in
+  00000008 | 00000010) ;;  # the start-up code's frame_dummy, the support code's look at the processor
+  *) fail "the library holds a constructor" ;;
+esac
+
 echo "no weak symbols in the tables of rows"
 for object in $(find "$build/CMakeFiles/roxe_objects.dir" -name 'rows_*.o'); do
   if nm "$object" | grep -q ' [VvWw] '; then

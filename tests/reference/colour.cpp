@@ -155,11 +155,13 @@ double achromatic_pixel_metric(double, double saturation1, double value1, double
 
 double minkowski_metric(double hue1, double saturation1, double value1, double hue2,
                         double saturation2, double value2, double limit) {
-  double dh = std::fabs(hue2 - hue1);
-  if (dh > 180.0) dh = 360.0 - dh;
-  const float h = reference::XRPow(dh, 1.0);
-  const float s = reference::XRPow(std::fabs(saturation2 - saturation1), 3.0);
-  const float v = reference::XRPow(std::fabs(value2 - value1), 2.0);
+  float dh = static_cast<float>(std::fabs(hue2 - hue1));
+  if (dh > 180.0f) dh = 360.0f - dh;
+  const float ds = static_cast<float>(std::fabs(saturation2 - saturation1));
+  const float dv = static_cast<float>(std::fabs(value2 - value1));
+  const float h = reference::XRPow(static_cast<double>(dh), 1.0);
+  const float s = reference::XRPow(static_cast<double>(ds), 3.0);
+  const float v = reference::XRPow(static_cast<double>(dv), 2.0);
   const float r = reference::XRPow(static_cast<double>(h + s + v), 0.5);
   return static_cast<double>(r) <= limit ? static_cast<double>(r) / limit : 1.0;
 }
@@ -399,7 +401,7 @@ WhitePoint GetWhitePoint(int32_t temperature, int32_t tint) {
   }
   if (temperature > 25000) {
     const WhitePoint start = reference::GetWhitePoint(25000, 0);
-    const float beyond = static_cast<float>(temperature - 25000);
+    const float beyond = t - 25000.0f;
     return {1.0f, start.x + (0.15f - start.x) / 16000.0f * beyond,
             start.y + (0.06f - start.y) / 16000.0f * beyond};
   }
@@ -412,7 +414,8 @@ WhitePoint GetWhitePoint(int32_t temperature, int32_t tint) {
   } else {
     x = cube * -2.0064f + square * 1.9018f + inverse * 0.24748f + 0.23704f;
   }
-  const float y = -3.0f * x * x + 2.87f * x - 0.275f;
+  const float square_of_x = x * x;
+  const float y = -3.0f * square_of_x + 2.87f * x - 0.275f;
   float d = static_cast<float>(tint) * 0.0006f;
   if (tint <= 0) d = d * 0.75f;
   return {1.0f, x + d, y + d * (-1.0f / (2.87f - 6.0f * x))};

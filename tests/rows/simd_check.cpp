@@ -180,12 +180,6 @@ class Check {
       return static_cast<uint32_t>(as[2 * i] * bs[2 * i]) +
              static_cast<uint32_t>(as[2 * i + 1] * bs[2 * i + 1]);
     });
-    // Small enough that sums fit.
-    const Bytes small = (b & 127) - all_bytes(64);
-    expect("byte_pair_sums", (SignedWords)byte_pair_sums(a, small), [&](int32_t i) {
-      return a[2 * i] * static_cast<int8_t>(small[2 * i]) +
-             a[2 * i + 1] * static_cast<int8_t>(small[2 * i + 1]);
-    });
     const Dwords ad = (Dwords)a, bd = (Dwords)b;
     expect("max dwords", max(ad, bd), [&](int32_t i) { return ad[i] > bd[i] ? ad[i] : bd[i]; });
     Dwords above = bd;
@@ -230,17 +224,8 @@ class Check {
            [&](int32_t i) { return truth[i] ? a[i] : b[i]; });
     Bytes nearly = yes;
     expect_true("all", all(mask_of(nearly)));
-    const int32_t byte = below(kBytes);
-    nearly[byte] = 0;
+    nearly[below(kBytes)] = 0;
     expect_true("all", !all(mask_of(nearly)));
-    Bytes hardly = {};
-    expect_true("any bytes", !any(mask_of(hardly)));
-    hardly[byte] = 255;
-    expect_true("any bytes", any(mask_of(hardly)));
-    expect("select_bytes", select_bytes(truth, a, b),
-           [&](int32_t i) { return truth[i] ? a[i] : b[i]; });
-    expect("increment", increment(mask_of(truth), a),
-           [&](int32_t i) { return static_cast<uint8_t>(truth[i] ? a[i] + 1 : a[i]); });
 
     const float values[] = {0.0f, -0.0f, 1.0f, -3.5f, 1e30f, __builtin_inff(), __builtin_nanf("")};
     const float u = values[below(7)], v = values[below(7)];
@@ -310,15 +295,6 @@ class Check {
     for (uint8_t& entry : table) entry = static_cast<uint8_t>(random());
     expect("byte_table", look_up(byte_table(table), index),
            [&](int32_t i) { return table[index[i]]; });
-    const Bytes half = index & 127;
-    expect("half_table", look_up(half_table(table), half),
-           [&](int32_t i) { return table[half[i]]; });
-    const int32_t few = below(kBytes);
-    expect("load_few", load_few(table, few), [&](int32_t i) { return i < few ? table[i] : 0; });
-    uint8_t stored[64] = {};
-    store_few(stored, index, few);
-    for (int32_t i = 0; i < kBytes; ++i)
-      expect_true("store_few", stored[i] == (i < few ? index[i] : 0));
     const int32_t entries = 1 + below(256);
     for (int32_t i = entries; i < 256; ++i) table[i] = 0;
     expect("short_table", look_up(short_table(table, entries), index),

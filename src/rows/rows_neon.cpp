@@ -13,6 +13,12 @@ namespace {
 }  // namespace
 
 extern const RowKernels kNeonRows;
-constexpr RowKernels kNeonRows = wide_rows("neon");
+constexpr RowKernels kNeonRows = [] {
+  RowKernels rows = wide_rows("neon");
+  // g++ makes loads of three channels of the plain row: 1.6 instructions a pixel instead of 3.5.
+  // With clang the plain row has 5.6.
+  rows.blend_masked = blend_masked;
+  return rows;
+}();
 
 }  // namespace roxe

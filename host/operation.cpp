@@ -10,8 +10,7 @@ namespace {
 std::string hint(std::string_view name) {
   constexpr std::array kMissing = {"crop", "resize", "scale", "thumbnail"};
   if (std::ranges::find(kMissing, name) == kMissing.end()) return "";
-  return ": ROXE neither crops nor resizes (but see roxe straighten --help and roxe perspective "
-         "--help)";
+  return ": ROXE neither crops nor resizes (but straighten and rotate have --crop)";
 }
 
 }  // namespace

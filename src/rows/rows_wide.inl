@@ -1,12 +1,23 @@
 // The wide rows, one text for every set, and the table of them. Rows without a wide text are plain.
+#include "rows/pixel_parts_wide.inl"
+#include "rows/word_bounds.inl"
+
 #include "rows/blend_masked_wide.inl"
 #include "rows/box_lanes_wide.inl"
+#include "rows/byte_table_wide.inl"
+#include "rows/colour_selection_wide.inl"
 #include "rows/projective_wide.inl"
 #include "rows/rotation_wide.inl"
 #include "rows/shadow_highlight_wide.inl"
+#include "rows/white_balance_wide.inl"
 
 static constexpr RowKernels wide_rows(const char* name) {
   RowKernels rows = plain_rows(name);
+
+  if constexpr (kWideTables) {
+    rows.look_up = look_up_wide;
+    rows.look_up_bgr = look_up_bgr_wide;
+  }
 
   // geometry
   rows.rotate = rotate_wide;
@@ -18,6 +29,12 @@ static constexpr RowKernels wide_rows(const char* name) {
   rows.from_lanes = from_lanes_wide;
   rows.box_row_16 = box_row_16_wide;
   rows.box_row_32 = box_row_32_wide;
+
+  // colour
+  rows.draw_selection = draw_selection_wide;
+  rows.replace_colour = replace_colour_wide;
+  rows.accent_colour = accent_colour_wide;
+  rows.balance_white = balance_white_wide;
 
   // tone
   rows.intensities = intensities_wide;

@@ -20,6 +20,8 @@ using roxe::ColourSelection;
 using roxe::ColourShift;
 using roxe::RowKernels;
 
+#include "rows/word_bounds.inl"
+
 using RunRow = std::function<void(const RowKernels&, const uint8_t*, uint8_t*, int32_t)>;
 struct Setting {
   std::string name;
@@ -87,7 +89,9 @@ std::vector<Setting> LargeShifts() {
           Replacement(selection, 0, 32768, 0),
           Replacement(selection, 0, 0, INT32_MIN),
           Replacement(selection, INT32_MAX, INT32_MAX, INT32_MAX),
-          Replacement(selection, -1, INT32_MIN, 3)};
+          Replacement(selection, -1, INT32_MIN, 3),
+          Replacement(selection, 359, 32767, 32767),
+          Replacement(selection, 360, -32768, -32767)};
 }
 
 // Bytes of which some neighbours are alike, as in pictures: whole vectors inside and outside.
@@ -172,19 +176,61 @@ TEST(ColourRows, SelectionsAreTheSameOnEveryTable) { ExpectSame(Selections()); }
 
 TEST(ColourRows, LargeShiftsAreTheSameOnEveryTable) { ExpectSame(LargeShifts()); }
 
+// What the wide rows take on and what they leave to the plain ones.
+TEST(ColourRows, ShiftsInWords) {
+  const auto fits = [](int32_t hue, int32_t saturation, int32_t value) {
+    return fits_words(ColourShift{hue, saturation, value, {}});
+  };
+  EXPECT_TRUE(fits(0, -32767, -32767));
+  EXPECT_TRUE(fits(359, 32767, 32767));
+  EXPECT_FALSE(fits(-1, 0, 0));
+  EXPECT_FALSE(fits(360, 0, 0));
+  for (const int32_t step : {32768, -32768}) {
+    EXPECT_FALSE(fits(0, step, 0));
+    EXPECT_FALSE(fits(0, 0, step));
+  }
+}
+
+TEST(ColourRows, GainsInWords) {
+  const auto fits = [](int32_t red, int32_t green, int32_t blue) {
+    return fits_words(roxe::ColourMatrix{{red, 0, 0, 0, green, 0, 0, 0, blue}});
+  };
+  EXPECT_TRUE(fits(128, 0, 0));
+  EXPECT_TRUE(fits(12287, 12287, 65535));
+  EXPECT_FALSE(fits(127, 0, 0));
+  EXPECT_FALSE(fits(12288, 0, 0));
+  EXPECT_FALSE(fits(128, -1, 0));
+  EXPECT_FALSE(fits(128, 12288, 0));
+  EXPECT_FALSE(fits(128, 0, -1));
+  EXPECT_FALSE(fits(128, 0, 65536));
+  for (const int i : {1, 2, 3, 5, 6, 7}) {
+    roxe::ColourMatrix mixed = {{4096, 0, 0, 0, 4096, 0, 0, 0, 4096}};
+    EXPECT_TRUE(fits_words(mixed));
+    mixed.entry[i] = 1;
+    EXPECT_FALSE(fits_words(mixed)) << i;
+  }
+}
+
 TEST(ColourRows, BalancesAreTheSameOnEveryTable) {
   ExpectSame({Balance(0, 0), Balance(30, 0), Balance(-100, 0), Balance(-100, 100),
               Balance(100, -100), Balance(-19, 40)});
   // A mix of channels, and gains that words do not hold.
   ExpectSame({Balance({1, 0.5f, 0, 0, 1, 0, 0.25f, 0, 0.5f}), Balance({3, 0, 0, 0, 1, 0, 0, 0, 1}),
               Balance({0.02f, 0, 0, 0, 1, 0, 0, 0, 16}), Balance({1, 0, 0, 0, -1, 0, 0, 0, 2})});
+  // The least and the largest gains in words, and those next to them.
+  const float one = 1.0f / 4096.0f;
+  ExpectSame({Balance({128 * one, 0, 0, 0, 0, 0, 0, 0, 16 - one}),
+              Balance({127 * one, 0, 0, 0, 0, 0, 0, 0, 16 - one}),
+              Balance({3 - one, 0, 0, 0, 3 - one, 0, 0, 0, 16 - one}),
+              Balance({3, 0, 0, 0, 3, 0, 0, 0, 16}), Balance({1, 0, 0, 0, 1, 0, 0, 0, 4 - one}),
+              Balance({1, 0, 0, 0, 1, 0, 0, 0, 4})});
 }
 
 TEST(ExhaustiveColourRows, BalanceOfAllColours) {
   ExpectSameForAllColours({Balance(30, 0), Balance(100, 100), Balance(100, -100),
                            Balance(-100, 100), Balance(-100, -100),
-                           Balance({0.03125f, 0, 0, 0, 0.25f, 0, 0, 0, 15.99f}),
-                           Balance({2.99f, 0, 0, 0, 2.99f, 0, 0, 0, 3.99f})});
+                           Balance({0.03125f, 0, 0, 0, 0.25f, 0, 0, 0, 15.9998f}),
+                           Balance({2.9998f, 0, 0, 0, 2.9998f, 0, 0, 0, 3.9998f})});
 }
 
 TEST(ExhaustiveColourRows, SelectionsOfAllColours) {

@@ -76,6 +76,7 @@ static FloatMask not_at_most(Floats a, Floats b) {
   return (FloatMask)_mm256_cmp_ps((F)a, (F)b, _CMP_NLE_UQ);
 }
 static bool all(ByteMask m) { return _mm256_movemask_epi8((I)m) == -1; }
+static bool any(ByteMask m) { return _mm256_movemask_epi8((I)m) != 0; }
 static bool any(FloatMask m) { return _mm256_movemask_ps((F)m) != 0; }
 static Bytes select(ByteMask where, Bytes a, Bytes b) {
   return (Bytes)_mm256_blendv_epi8((I)b, (I)a, (I)where);
@@ -126,6 +127,7 @@ static Words upper_words(Dwords even, Dwords odd) {
 #include "rows/simd/byte_shuffles.inl"
 #include "rows/simd/byte_table_x86.inl"
 #include "rows/simd/planes.inl"
+constexpr bool kWideTables = true, kQuickTables = false;
 
 static inline Threefold threefold(Bytes pixels) {
   const Bytes first = {0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4,  5,

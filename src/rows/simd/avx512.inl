@@ -73,6 +73,7 @@ static FloatMask not_at_most(Floats a, Floats b) {
   return _mm512_cmp_ps_mask((F)a, (F)b, _CMP_NLE_UQ);
 }
 static bool all(ByteMask m) { return m == ~uint64_t{0}; }
+static bool any(ByteMask m) { return m != 0; }
 static bool any(FloatMask m) { return m != 0; }
 static ByteMask mask_of(Bytes all_ones_or_zero) { return _mm512_movepi8_mask((I)all_ones_or_zero); }
 static Bytes select(ByteMask where, Bytes a, Bytes b) {
@@ -80,6 +81,12 @@ static Bytes select(ByteMask where, Bytes a, Bytes b) {
 }
 static Words select(WordMask where, Words a, Words b) {
   return (Words)_mm512_mask_mov_epi16((I)b, where, (I)a);
+}
+static Bytes select_bytes(Bytes where, Bytes a, Bytes b) {
+  return (Bytes)_mm512_ternarylogic_epi64((I)where, (I)a, (I)b, 0xca);
+}
+static Bytes increment(ByteMask where, Bytes a) {
+  return (Bytes)_mm512_mask_add_epi8((I)a, where, (I)a, (I)all_bytes(1));
 }
 static Words only(WordMask where, Words a) { return (Words)_mm512_maskz_mov_epi16(where, (I)a); }
 
@@ -196,6 +203,23 @@ static inline Bytes look_up(const ByteTable& t, Bytes index) {
 }
 using ShortTable = ByteTable;
 static inline ShortTable short_table(const uint8_t* table, int32_t) { return byte_table(table); }
+struct HalfTable {
+  Bytes part[2];
+};
+static inline HalfTable half_table(const uint8_t* table) {
+  return {{load<Bytes>(table), load<Bytes>(table + 64)}};
+}
+static inline Bytes look_up(const HalfTable& t, Bytes index) {
+  return (Bytes)_mm512_permutex2var_epi8((I)t.part[0], (I)index, (I)t.part[1]);
+}
+constexpr bool kWideTables = true, kQuickTables = true;
+
+static inline Bytes load_few(const uint8_t* p, ptrdiff_t count) {
+  return (Bytes)_mm512_maskz_loadu_epi8((uint64_t{1} << count) - 1, p);
+}
+static inline void store_few(uint8_t* p, Bytes v, ptrdiff_t count) {
+  _mm512_mask_storeu_epi8(p, (uint64_t{1} << count) - 1, (I)v);
+}
 
 static inline Planes load_planes(const uint8_t* bgr) {
   const I a = (I)load<Bytes>(bgr), b = (I)load<Bytes>(bgr + 64), last = (I)load<Bytes>(bgr + 128);

@@ -15,3 +15,5 @@ static inline Bytes look_up(const ShortTable& table, Bytes index) {
     result |= shuffle_or_zero(table.part[i], index);
   return result;
 }
+using HalfTable = ShortTable;
+static inline HalfTable half_table(const uint8_t* table) { return short_table(table, 128); }

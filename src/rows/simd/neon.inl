@@ -82,7 +82,15 @@ static WordMask greater(SignedWords a, SignedWords b) {
 static FloatMask equal(Floats a, Floats b) { return (FloatMask)vceqq_f32((F32)a, (F32)b); }
 static FloatMask greater(Floats a, Floats b) { return (FloatMask)vcgtq_f32((F32)a, (F32)b); }
 static FloatMask not_at_most(Floats a, Floats b) { return ~(FloatMask)vcleq_f32((F32)a, (F32)b); }
+static Words byte_pair_sums(Bytes a, Bytes b) {
+  const auto product = [](uint8x8_t x, uint8x8_t y) {
+    return vmulq_s16(vreinterpretq_s16_u16(vmovl_u8(x)), vmovl_s8(vreinterpret_s8_u8(y)));
+  };
+  return (Words)vpaddq_s16(product(vget_low_u8((U8)a), vget_low_u8((U8)b)),
+                           product(vget_high_u8((U8)a), vget_high_u8((U8)b)));
+}
 static bool all(ByteMask m) { return vminvq_u8((U8)m) == 255; }
+static bool any(ByteMask m) { return vmaxvq_u8((U8)m) != 0; }
 static bool any(FloatMask m) { return vmaxvq_u32((U32)m) != 0; }
 static Bytes select(ByteMask where, Bytes a, Bytes b) {
   return (Bytes)vbslq_u8((U8)where, (U8)a, (U8)b);
@@ -129,6 +137,17 @@ static inline Bytes look_up(const ByteTable& t, Bytes index) {
 }
 using ShortTable = ByteTable;
 static inline ShortTable short_table(const uint8_t* table, int32_t) { return byte_table(table); }
+struct HalfTable {
+  uint8x16x4_t part[2];
+};
+static inline HalfTable half_table(const uint8_t* table) {
+  return {{vld1q_u8_x4(table), vld1q_u8_x4(table + 64)}};
+}
+static inline Bytes look_up(const HalfTable& t, Bytes index) {
+  const U8 found = vqtbl4q_u8(t.part[0], (U8)index);
+  return (Bytes)vqtbx4q_u8(found, t.part[1], vsubq_u8((U8)index, vdupq_n_u8(64)));
+}
+constexpr bool kWideTables = true, kQuickTables = true;
 
 static inline Planes load_planes(const uint8_t* bgr) {
   const uint8x16x3_t v = vld3q_u8(bgr);

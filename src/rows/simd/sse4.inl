@@ -66,6 +66,7 @@ static WordMask greater(SignedWords a, SignedWords b) {
 static FloatMask greater(Floats a, Floats b) { return (FloatMask)_mm_cmpgt_ps((F)a, (F)b); }
 static FloatMask not_at_most(Floats a, Floats b) { return (FloatMask)_mm_cmpnle_ps((F)a, (F)b); }
 static bool all(ByteMask m) { return _mm_movemask_epi8((I)m) == 0xffff; }
+static bool any(ByteMask m) { return _mm_movemask_epi8((I)m) != 0; }
 static bool any(FloatMask m) { return _mm_movemask_ps((F)m) != 0; }
 static Bytes select(ByteMask where, Bytes a, Bytes b) {
   return (Bytes)_mm_blendv_epi8((I)b, (I)a, (I)where);
@@ -98,6 +99,7 @@ static Words upper_words(Dwords even, Dwords odd) {
 #include "rows/simd/byte_shuffles.inl"
 #include "rows/simd/byte_table_x86.inl"
 #include "rows/simd/planes.inl"
+constexpr bool kWideTables = false, kQuickTables = false;
 #include "rows/simd/loaded_floats.inl"
 
 static inline Corners corners_side_by_side(const uint8_t* upper, ptrdiff_t stride) {

@@ -50,6 +50,9 @@ static Words mul_high(Words a, Words b);
 static SignedWords mul_high(SignedWords a, SignedWords b);
 // a[2 i] * b[2 i] + a[2 i + 1] * b[2 i + 1] of signed words.
 static Dwords pair_sums(Words a, Words b);
+// a[2 i] * b[2 i] + a[2 i + 1] * b[2 i + 1] of bytes a and signed bytes b, in signed words; sums that
+// do not fit differ.
+static Words byte_pair_sums(Bytes a, Bytes b);
 static Dwords max(Dwords a, Dwords b);
 static bool any_above(Dwords a, Dwords b);
 // Where one is not a number, or zeros differ in sign, sets differ.
@@ -67,12 +70,17 @@ static FloatMask equal(Floats a, Floats b);
 static FloatMask greater(Floats a, Floats b);
 static FloatMask not_at_most(Floats a, Floats b);  // also where one is not a number
 static bool all(ByteMask m);
+static bool any(ByteMask m);
 static bool any(FloatMask m);
 static ByteMask mask_of(Bytes all_ones_or_zero);
 // a where the mask says so, else b; a there, else 0.
 static Bytes select(ByteMask where, Bytes a, Bytes b);
 static Words select(WordMask where, Words a, Words b);
 static Words only(WordMask where, Words a);
+// a where the bytes of where are 255, b where they are 0.
+static Bytes select_bytes(Bytes where, Bytes a, Bytes b);
+// a + 1 where the mask says so, else a.
+static Bytes increment(ByteMask where, Bytes a);
 
 // ---- conversions; first and last are the halves of a vector, not of its blocks
 static Floats to_floats(SignedDwords a);
@@ -96,6 +104,12 @@ static Threefold threefold(Bytes pixels);
 // hold 0 as well.
 static ByteTable byte_table(const uint8_t* table);
 static Bytes look_up(const ByteTable& table, Bytes index);
+// HalfTable: 128 entries; for other indices it gives something.
+// kQuickTables: whether a look-up takes a few instructions. kWideTables: whether it is faster than
+// loads of entries.
+static HalfTable half_table(const uint8_t* table);
+static Bytes look_up(const HalfTable& table, Bytes index);
+static_assert(kWideTables || !kQuickTables);
 static ShortTable short_table(const uint8_t* table, int32_t entries);
 static Bytes look_up(const ShortTable& table, Bytes index);
 // FloatTable: 256 or 512 floats, of which those from 256 on are equal. Indices of 4 * kDwords
@@ -108,6 +122,10 @@ static FoundFloats look_up(const FloatTable& table, const Indices& indices);
 // table[index[8 j + i]] in dword i of block j: of the words that interleaving takes from the low
 // halves, or with index + 4 from the high ones.
 static Dwords entries_of_words(const uint32_t* table, const uint16_t* index);
+
+// The first count bytes, fewer than kBytes; zeros beyond.
+static Bytes load_few(const uint8_t* p, ptrdiff_t count);
+static void store_few(uint8_t* p, Bytes v, ptrdiff_t count);
 
 // ---- pixels of three bytes
 static Planes load_planes(const uint8_t* bgr);

@@ -92,7 +92,16 @@ static WordMask greater(SignedWords a, SignedWords b) {
 static FloatMask equal(Floats a, Floats b) { return (FloatMask)wasm_f32x4_eq((V)a, (V)b); }
 static FloatMask greater(Floats a, Floats b) { return (FloatMask)wasm_f32x4_gt((V)a, (V)b); }
 static FloatMask not_at_most(Floats a, Floats b) { return ~(FloatMask)wasm_f32x4_le((V)a, (V)b); }
+static Words byte_pair_sums(Bytes a, Bytes b) {
+  const V low =
+      wasm_i16x8_mul(wasm_u16x8_extend_low_u8x16((V)a), wasm_i16x8_extend_low_i8x16((V)b));
+  const V high =
+      wasm_i16x8_mul(wasm_u16x8_extend_high_u8x16((V)a), wasm_i16x8_extend_high_i8x16((V)b));
+  return (Words)wasm_i16x8_add(wasm_i16x8_shuffle(low, high, 0, 2, 4, 6, 8, 10, 12, 14),
+                               wasm_i16x8_shuffle(low, high, 1, 3, 5, 7, 9, 11, 13, 15));
+}
 static bool all(ByteMask m) { return wasm_i8x16_all_true((V)m); }
+static bool any(ByteMask m) { return wasm_v128_any_true((V)m); }
 static bool any(FloatMask m) { return wasm_v128_any_true((V)m); }
 static Bytes select(ByteMask where, Bytes a, Bytes b) {
   return (Bytes)wasm_v128_bitselect((V)a, (V)b, (V)where);
@@ -129,6 +138,7 @@ static Bytes load_2_pairs(const uint8_t* a, const uint8_t* b) {
 #include "rows/simd/one_block.inl"
 #include "rows/simd/byte_shuffles.inl"
 #include "rows/simd/planes.inl"
+constexpr bool kWideTables = false, kQuickTables = false;
 #include "rows/simd/loaded_floats.inl"
 
 using ByteTable = ShortTable;

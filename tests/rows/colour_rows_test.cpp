@@ -16,6 +16,7 @@
 
 namespace {
 
+using roxe::ColourMatrix;
 using roxe::ColourSelection;
 using roxe::ColourShift;
 using roxe::RowKernels;

@@ -180,6 +180,11 @@ class Check {
       return static_cast<uint32_t>(as[2 * i] * bs[2 * i]) +
              static_cast<uint32_t>(as[2 * i + 1] * bs[2 * i + 1]);
     });
+    const Bytes small = b & all_bytes(0x8f);  // -128 ... -113, 0 ... 15
+    expect("byte_pair_sums", byte_pair_sums(a & all_bytes(127), small), [&](int32_t i) {
+      const auto product = [&](int32_t k) { return (a[k] & 127) * static_cast<int8_t>(small[k]); };
+      return static_cast<uint16_t>(product(2 * i) + product(2 * i + 1));
+    });
     const Dwords ad = (Dwords)a, bd = (Dwords)b;
     expect("max dwords", max(ad, bd), [&](int32_t i) { return ad[i] > bd[i] ? ad[i] : bd[i]; });
     Dwords above = bd;
@@ -222,6 +227,14 @@ class Check {
     const Bytes truth = select(at_most(a, b), yes, Bytes{});
     expect("mask_of", select(mask_of(truth), a, b),
            [&](int32_t i) { return truth[i] ? a[i] : b[i]; });
+    expect("select_bytes", select_bytes(truth, a, b),
+           [&](int32_t i) { return truth[i] ? a[i] : b[i]; });
+    expect("increment", increment(mask_of(truth), a),
+           [&](int32_t i) { return static_cast<uint8_t>(truth[i] ? a[i] + 1 : a[i]); });
+    Bytes hardly = {};
+    expect_true("any bytes", !any(mask_of(hardly)));
+    hardly[below(kBytes)] = 255;
+    expect_true("any bytes", any(mask_of(hardly)));
     Bytes nearly = yes;
     expect_true("all", all(mask_of(nearly)));
     nearly[below(kBytes)] = 0;
@@ -295,6 +308,15 @@ class Check {
     for (uint8_t& entry : table) entry = static_cast<uint8_t>(random());
     expect("byte_table", look_up(byte_table(table), index),
            [&](int32_t i) { return table[index[i]]; });
+    const Bytes low_index = index & all_bytes(127);
+    expect("half_table", look_up(half_table(table), low_index),
+           [&](int32_t i) { return table[low_index[i]]; });
+    const int32_t few = below(kBytes);
+    expect("load_few", load_few(table, few), [&](int32_t i) { return i < few ? table[i] : 0; });
+    uint8_t stored[kBytes];
+    store(stored, all_bytes(77));
+    store_few(stored, index, few);
+    expect("store_few", load<Bytes>(stored), [&](int32_t i) { return i < few ? index[i] : 77; });
     const int32_t entries = 1 + below(256);
     for (int32_t i = entries; i < 256; ++i) table[i] = 0;
     expect("short_table", look_up(short_table(table, entries), index),

@@ -104,14 +104,14 @@ static Threefold threefold(Bytes pixels);
 // hold 0 as well.
 static ByteTable byte_table(const uint8_t* table);
 static Bytes look_up(const ByteTable& table, Bytes index);
-// HalfTable: 128 entries; for other indices it gives something.
-// kQuickTables: whether a look-up takes a few instructions. kWideTables: whether it is faster than
-// loads of entries.
-static HalfTable half_table(const uint8_t* table);
-static Bytes look_up(const HalfTable& table, Bytes index);
-static_assert(kWideTables || !kQuickTables);
 static ShortTable short_table(const uint8_t* table, int32_t entries);
 static Bytes look_up(const ShortTable& table, Bytes index);
+// HalfTable: 128 entries, for indices below 128.
+static HalfTable half_table(const uint8_t* table);
+static Bytes look_up(const HalfTable& table, Bytes index);
+// kQuickTables: whether a look-up takes a few instructions. kWideTables: whether it is faster than
+// loads of entries.
+static_assert(kWideTables || !kQuickTables);
 // FloatTable: 256 or 512 floats, of which those from 256 on are equal. Indices of 4 * kDwords
 // look-ups are kept first: vector(k) gives those of the lanes from k on. What is found has a function
 // at(k), the lanes from k on.

@@ -4,7 +4,15 @@
 #ifndef ROXE_FRAME_NUMBERS_H_
 #define ROXE_FRAME_NUMBERS_H_
 
+#include <cfloat>
 #include <cstdint>
+
+#if defined(__FAST_MATH__)
+#error "ROXE gives the same bytes everywhere: -ffast-math and -Ofast change them"
+#endif
+#if FLT_EVAL_METHOD != 0
+#error "ROXE gives the same bytes everywhere: x87 arithmetic changes them (-msse2 -mfpmath=sse)"
+#endif
 
 namespace roxe {
 

@@ -137,6 +137,10 @@ struct ColourMatrix {
   int32_t entry[9];
 };
 
+// For 0 and from here on, adding 0.0001 in single precision gives what adding it in double precision
+// and rounding gives; for the number before it does not.
+constexpr float kLittleInSingle = 0x1.2e48e8p-13f;
+
 struct RowKernels {
   const char* name;  // "plain", "sse4", "avx2", "avx512", "neon", "wasm"
 

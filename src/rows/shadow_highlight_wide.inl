@@ -1,8 +1,7 @@
-// float(double(v) + 0.0001). One addition in single precision gives the same for 0 and for all
-// numbers from 0.000145 to 1024.
+// float(double(v) + 0.0001)
 static inline Floats plus_a_little(Floats v) {
-  const FloatMask small = without(greater(all_floats(0.00015f), v), equal(v, Floats{}));
-  if (!any(either(small, greater(v, all_floats(1024.0f))))) [[likely]]
+  const FloatMask small = without(greater(all_floats(kLittleInSingle), v), equal(v, Floats{}));
+  if (!any(small)) [[likely]]
     return v + 0.0001f;
   return to_floats(first_doubles(v) + 0.0001, last_doubles(v) + 0.0001);
 }

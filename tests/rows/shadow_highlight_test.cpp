@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cmath>
 #include <cstring>
 #include <functional>
+#include <limits>
 
 #include "support/rows.h"
 
@@ -164,18 +167,32 @@ TEST(Rows, ToneShiftsOfLongRowsAreTheSameOnEveryTable) {
 }
 
 TEST(ExhaustiveRows, LittleMayBeAddedInSinglePrecision) {
-  // The fast bodies rely on it from 0.00015 to 1024.
-  const float least = 0.00015f, most = 1024.0f;
-  uint32_t bits, end;
-  std::memcpy(&bits, &least, 4);
-  std::memcpy(&end, &most, 4);
+  const auto differs = [](float v) {
+    return v + 0.0001f != static_cast<float>(static_cast<double>(v) + 0.0001);
+  };
+  EXPECT_FALSE(differs(0));
+  EXPECT_TRUE(differs(std::nextafterf(roxe::kLittleInSingle, 0)));
+  const uint32_t end = std::bit_cast<uint32_t>(std::numeric_limits<float>::infinity());
   uint32_t differences = 0;
-  for (; bits <= end; ++bits) {
-    float v;
-    std::memcpy(&v, &bits, 4);
-    differences += v + 0.0001f != static_cast<float>(static_cast<double>(v) + 0.0001);
-  }
+  for (uint32_t bits = std::bit_cast<uint32_t>(roxe::kLittleInSingle); bits <= end; ++bits)
+    differences += differs(std::bit_cast<float>(bits));
   EXPECT_EQ(differences, 0u);
+}
+
+TEST(Rows, ToneShiftsAddLittleInDoublePrecisionWhereItMatters) {
+  // Next to 0.000144 the two precisions give sums one last place apart: times this target, 99 and
+  // a little or 100.
+  const float sum = std::nextafterf(roxe::kLittleInSingle, 0);
+  Floats intensity(kLongest), blurred(kLongest), combined(256), midtone(512), shift(kLongest);
+  std::fill_n(blurred.of(), kLongest, sum);
+  std::fill_n(combined.of(), 256, 0x1.0db6e4p+7f);
+  for (size_t i = 0; i < 512; ++i) midtone[i] = static_cast<float>(std::min<size_t>(i, 256));
+  midtone[99] = 7;
+  for (const roxe::RowKernels* rows : RunnableTables()) {
+    rows->tone_shifts(intensity.of(), blurred.of(), combined.of(), midtone.of(), shift.of(),
+                      kLongest);
+    for (size_t i = 0; i < kLongest; ++i) ASSERT_EQ(shift[i], 7.0f) << rows->name << ' ' << i;
+  }
 }
 
 TEST(Rows, MidtoneShiftsAreTheSameOnEveryTable) {

@@ -1,6 +1,7 @@
 // White points of colour temperatures, and matrices that take a picture from one white to another.
 // Temperatures are in kelvin; a tint is an offset along the normal of the daylight locus, positive
 // toward magenta. Functions return 1, or 0 for a null matrix, no memory or a singular matrix.
+// No exported operation reaches them: that of the temperature has a matrix of its own.
 #ifndef ROXE_COLOUR_WHITE_POINT_H_
 #define ROXE_COLOUR_WHITE_POINT_H_
 

@@ -1,4 +1,5 @@
-// Estimates where the corners of a rectangle lie in space from its picture in perspective.
+// Estimates where the corners of a rectangle lie in space from its picture in perspective. No
+// exported operation reaches it.
 #ifndef ROXE_GEOMETRY_DST_POINTS_H_
 #define ROXE_GEOMETRY_DST_POINTS_H_
 

@@ -70,9 +70,16 @@ PixelArray record_in(Input& input, size_t size, size_t* offset) {
   return record;
 }
 
-Quad quad_of(Input& input, const PixelArray& src) {
-  const auto x = [&] { return input.amount(-3, src.width + 3); };
-  const auto y = [&] { return input.amount(-3, src.height + 3); };
+// Mostly a quadrilateral whose corners lie near those of the picture, else any points.
+Quad quad_of(Input& input, const PixelArray& picture) {
+  if (input.byte() % 4 != 0) {
+    const auto x = [&] { return input.below(picture.width / 3 + 1); };
+    const auto y = [&] { return input.below(picture.height / 3 + 1); };
+    const int32_t right = picture.width, bottom = picture.height;
+    return {x(), y(), right - x(), y(), right - x(), bottom - y(), x(), bottom - y()};
+  }
+  const auto x = [&] { return input.amount(-3, picture.width + 3); };
+  const auto y = [&] { return input.amount(-3, picture.height + 3); };
   return {x(), y(), x(), y(), x(), y(), x(), y()};
 }
 

@@ -5,8 +5,14 @@ from typing import Optional, Tuple
 import numpy as np
 
 from roxe import _native
-from roxe._arguments import choice, colour as colour_argument, require_inside, whole_number
-from roxe._arguments import whole_numbers
+from roxe._arguments import (
+    choice,
+    colour as colour_argument,
+    points,
+    require_inside,
+    whole_number,
+    whole_numbers,
+)
 from roxe._images import Image, is_in_place, map_pixels, record, require_apart, target_record
 from roxe._native import PixelArray, PixelRect, expect, library, no_memory
 
@@ -192,11 +198,38 @@ def tint(
     return map_pixels(image, out, order, call)
 
 
+def _copied(image: Image, out: Optional[Image]) -> Image:
+    """The picture as it is, in out or a new array."""
+    if out is None:
+        return image.copy()
+    is_in_place(image, record(image, "image"), out, target_record(out, image.shape))
+    out[...] = image
+    return out
+
+
+def _balance_for(pixel: Image) -> Tuple[int, int]:
+    """The temperature and tint that bring a colour, blue, green, red, nearest to grey."""
+    before = pixel.reshape(1, 1, 3).copy()
+    after = np.empty_like(before)
+    source, target = record(before, "image"), record(after, "out")
+    balance = library().roxeColorTemperature
+    best, best_merit = (0, 0), (256, 0)
+    for warmth in range(-100, 101):
+        for magenta in range(-100, 101):
+            expect(balance(source, target, warmth, magenta), _native.OK, {})
+            blue, green, red = after.tobytes()
+            merit = (max(blue, green, red) - min(blue, green, red), abs(warmth) + abs(magenta))
+            if merit < best_merit:
+                best, best_merit = (warmth, magenta), merit
+    return best
+
+
 def temperature(
     image: Image,
     *,
     temperature: int = 0,
     tint: int = 0,
+    grey: Optional[Tuple[int, int]] = None,
     out: Optional[Image] = None,
     order: str = "bgr",
 ) -> Image:
@@ -206,6 +239,8 @@ def temperature(
       image: uint8 of shape (height, width, 3), a view as it is.
       temperature: -100 (cooler) to 100 (warmer).
       tint: -100 (greener) to 100 (more magenta).
+      grey: a pixel (x, y) that should be grey: finds the temperature and tint that bring it nearest,
+        the gentlest of equals. Where it is grey already the picture stays as it is.
       out: an array for the result, or image itself.
       order: of the channels, "bgr" or "rgb", which costs a swapped copy each way.
 
@@ -217,9 +252,22 @@ def temperature(
     >>> blue, green, red = roxe.temperature(grey, temperature=40)[0, 0]
     >>> bool(red > green > blue)
     True
+    >>> bluish = np.full((1, 1, 3), (150, 128, 120), np.uint8)
+    >>> roxe.temperature(bluish, grey=(0, 0))[0, 0].ptp() < 4
+    True
     """
     warmth = whole_number(temperature, -100, 100, "temperature")
     magenta = whole_number(tint, -100, 100, "tint")
+    if grey is not None:
+        if warmth or magenta:
+            raise ValueError("grey cannot go with temperature or tint")
+        place = points(grey, 1, "grey")[0]
+        source = record(image, "image")
+        require_inside(place, source.width, source.height, "grey")
+        pixel = image[place[1], place[0]][:: 1 if order == "bgr" else -1]
+        if pixel.min() == pixel.max():
+            return _copied(image, out)
+        warmth, magenta = _balance_for(pixel)
     no_gains = ValueError(f"temperature {warmth} and tint {magenta} have no white balance")
 
     def call(source: PixelArray, target: PixelArray) -> None:

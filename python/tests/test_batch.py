@@ -222,6 +222,11 @@ def test_masks_belong_to_the_recipe():
     (["recipe.txt", "in", "--out", "."], ".: results there could replace the photographs"),
     (["recipe.txt", "in", "--out", "out", "--jobs", "0"], "--jobs needs a whole number from 1"),
     (["recipe.txt", "in", "--out", "out", "--quality", "101"], "--quality needs a whole number"),
+    (["recipe.txt", "in", "--out", "out", "--sharpness", "3"],
+     "this argument was not expected: --sharpness"),
+    (["recipe.txt", "in", "in2", "--out", "out"], "this argument was not expected: in2"),
+    (["recipe.txt", "in", "--out", "out", "--overwrite"], "--overwrite has no place here"),
+    (["recipe.txt", "in", "--out", "out", "--format", "gif"], "--format"),
     (["recipe.txt", "in", "--out", "out", "--tool", "nothing"],
      "the tool nothing cannot be run (No such file or directory): give --tool PATH"),
     (["recipe.txt", "in", "--out", "out", "--tool", "true"], "true is not the tool"),
@@ -241,6 +246,16 @@ def test_commands_without_sense(tmp_path, monkeypatch, arguments, sentence):
         run(arguments)
     assert str(refusal.value).startswith(sentence)
     assert not (tmp_path / "out").exists()
+
+
+def test_options_of_the_tool_go_to_the_tool_and_into_the_manifest(job, tmp_path):
+    plain = process(job, "000.ppm", None)
+    path = tmp_path / "in/000.ppm"
+    other = {**job, "arguments": ["--format", "png"], "extension": ".png",
+             "identity": {**job["identity"], "options": ["--format", "png"]}}
+    entry = process(other, "000.ppm", plain)
+    assert entry["output"] == "000.png" and entry["options"] == ["--format", "png"]
+    assert (tmp_path / "out/000.png").read_bytes().startswith(b"\x89PNG") and path.exists()
 
 
 def test_one_batch_at_a_time(tmp_path, monkeypatch):

@@ -59,3 +59,22 @@ def test_defaults_of_the_steps():
     assert np.array_equal(roxe.variations(picture, red=2),
                           roxe.variations(picture, red=np.int64(2), level=2))
     assert not np.array_equal(roxe.variations(picture, red=2), roxe.variations(picture, red=2, level=3))
+
+
+def test_a_pixel_that_should_be_grey():
+    picture = noise(8, 9)
+    picture[2, 3] = 180, 150, 140
+    results = {}
+    for temperature in range(-100, 101):
+        for tint in range(-100, 101, 4):
+            pixel = roxe.temperature(picture[2:3, 3:4], temperature=temperature, tint=tint)[0, 0]
+            results[temperature, tint] = int(pixel.max()) - int(pixel.min())
+    balanced = roxe.temperature(picture, grey=(3, 2))
+    spread = int(balanced[2, 3].max()) - int(balanced[2, 3].min())
+    assert spread <= min(results.values()) < 40
+    swapped = np.ascontiguousarray(picture[..., ::-1])
+    assert np.array_equal(roxe.temperature(swapped, grey=(3, 2), order="rgb"), balanced[..., ::-1])
+    picture[2, 3] = 90
+    assert np.array_equal(roxe.temperature(picture, grey=(3, 2)), picture)
+    assert roxe.temperature(picture, grey=(3, 2)) is not picture
+    assert roxe.temperature(picture, grey=(3, 2), out=picture) is picture

@@ -16,6 +16,7 @@ from typing import Any, Dict, List, Optional, Sequence, Tuple
 from roxe.batch.folder import Folder, Refusal
 from roxe.batch.task import Job, result_name, sha256
 
+OURS = {"--dry-run", "--overwrite", "--skip-existing", "--progress"}  # of the tool's options
 EXTENSIONS = {".jpg", ".jpeg", ".png", ".ppm", ".pgm"}
 
 
@@ -99,11 +100,12 @@ def parse(arguments: Optional[Sequence[str]]) -> argparse.Namespace:
                        help="photographs at a time on this machine (default: all processors)")
     parser.add_argument("--tool", default=os.environ.get("ROXE_TOOL", "roxe"), metavar="PATH",
                         help="the command-line tool, on every machine (default: roxe)")
-    parser.add_argument("--format", choices=("jpg", "png", "ppm"),
-                        help="of the results (default: as each photograph)")
-    parser.add_argument("--quality", type=int, metavar="N", help="of a JPEG, as for roxe run")
-    parser.add_argument("--background", metavar="COLOUR", help="as for roxe run")
-    return parser.parse_args(arguments)
+    parser.add_argument("--format", metavar="NAME",
+                        help="of the results: jpg, png, ... (default: as each photograph)")
+    parser.epilog = "Other options say how pictures are written and go to roxe run as they are."
+    options, others = parser.parse_known_args(arguments)
+    options.others = others
+    return options
 
 
 def prepare(options: argparse.Namespace) -> Tuple[Job, List[str]]:
@@ -119,9 +121,13 @@ def prepare(options: argparse.Namespace) -> Tuple[Job, List[str]]:
         recipe = pathlib.Path(options.recipe).read_text(encoding="utf-8", errors="surrogateescape")
     except OSError as error:
         raise Refusal(f"{options.recipe}: cannot be read ({error.strerror})")
-    arguments = [text for name in ("format", "quality", "background")
-                 if (value := getattr(options, name)) is not None
-                 for text in (f"--{name}", str(value))]
+    arguments = [*(["--format", options.format] if options.format else []), *options.others]
+    for before, word in zip(["", *arguments], arguments):
+        if not word.startswith("-") and not before.startswith("--"):
+            raise Refusal(f"this argument was not expected: {word}")
+        if word.split("=")[0] in OURS:
+            raise Refusal(f"{word} has no place here: results are always written to --out and kept "
+                          "while the manifest says that they are right")
     check_recipe(options.tool, options.recipe, arguments)
     extension = f".{options.format}" if options.format else ""
     photographs = find_photographs(source, target)

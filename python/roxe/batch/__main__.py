@@ -58,14 +58,15 @@ def masks_of(recipe: str) -> List[str]:
     return sorted(set(masks))
 
 
-def identity_of(recipe: str, arguments: Sequence[str]) -> Dict[str, Any]:
+def identity_of(recipe: str, folder: str, arguments: Sequence[str]) -> Dict[str, Any]:
     """What results depend on besides the photograph."""
     raw = recipe.encode("utf-8", errors="surrogateescape")
     identity: Dict[str, Any] = {"recipe_sha256": hashlib.sha256(raw).hexdigest()}
     if arguments:
         identity["options"] = list(arguments)
     with contextlib.suppress(OSError):  # the tool will say that a mask is missing
-        masks = {os.path.basename(mask): sha256(mask) for mask in masks_of(recipe)}
+        masks = {os.path.basename(mask): sha256(os.path.join(folder, mask))
+                 for mask in masks_of(recipe)}
         if masks:
             identity["masks_sha256"] = masks
     return identity
@@ -135,8 +136,9 @@ def prepare(options: argparse.Namespace) -> Tuple[Job, List[str]]:
         raise Refusal(f"{options.source}: holds no photograph")
     refuse_collisions(photographs, extension)
     job: Job = {"tool": options.tool, "source": source, "target": target, "scratch": "",
-                "current": os.getcwd(), "recipe": recipe, "arguments": arguments,
-                "extension": extension, "identity": identity_of(recipe, arguments)}
+                "recipe": os.path.realpath(options.recipe), "arguments": arguments,
+                "extension": extension,
+                "identity": identity_of(recipe, os.path.dirname(options.recipe), arguments)}
     return job, photographs
 
 

@@ -2,7 +2,6 @@
 
 import hashlib
 import os
-import pathlib
 import re
 import subprocess
 import tempfile
@@ -21,8 +20,7 @@ class Job(TypedDict):
     source: str  # folders
     target: str
     scratch: str
-    current: str  # where a recipe's masks are looked for
-    recipe: str
+    recipe: str  # the file; its masks lie where it names them
     arguments: Sequence[str]  # of the tool
     extension: str  # of the results; empty: as each photograph
     identity: Mapping[str, Any]  # what tells this recipe from others in the manifest
@@ -66,26 +64,30 @@ def process(job: Job, photograph: str, known: Optional[Entry]) -> Entry:
     entry: Entry = {"input": photograph, "input_sha256": sha256(source), **job["identity"]}
     if known is not None and is_unchanged(job, entry, known):
         return known
+    if sha256(job["recipe"]) != job["identity"]["recipe_sha256"]:
+        return {**entry, "error": "the recipe was changed while the batch ran"}
     output = result_name(photograph, job["extension"])
     with tempfile.TemporaryDirectory(dir=job["scratch"]) as folder:
-        recipe = os.path.join(folder, "recipe.txt")
-        pathlib.Path(recipe).write_text(job["recipe"], encoding="utf-8", errors="surrogateescape")
+        alive = os.path.join(folder, "alive")  # gone where another run has swept this one
+        open(alive, "x", encoding="utf-8").close()
         results = os.path.join(folder, "result")
         ran = subprocess.run(
-            [job["tool"], "run", recipe, source, "--out", results, "--jobs", "1", *job["arguments"]],
-            cwd=job["current"], stdin=subprocess.DEVNULL, capture_output=True, text=True,
+            [job["tool"], "run", job["recipe"], source, "--out", results, "--jobs", "1", *job["arguments"]],
+            stdin=subprocess.DEVNULL, capture_output=True, text=True,
             errors="replace")
         if ran.returncode < 0:
             return {**entry, "error": f"the tool was ended by signal {-ran.returncode}"}
         if ran.returncode > 0:
             said = [line for line in ran.stderr.splitlines() if not line.startswith("roxe: note:")]
             message = said[-1] if said else f"the tool ended with code {ran.returncode}"
-            folders = (folder, results, job["source"], job["target"], job["current"])
+            folders = (folder, results, job["source"], job["target"],
+                       os.path.dirname(job["recipe"]))
             message = without_paths(message.removeprefix("roxe: "), folders)
             return {**entry, "error": message.removeprefix(f"{photograph}: ")}
         made = os.path.join(results, os.path.basename(output))
         entry.update(output=output, output_sha256=sha256(made))
         target = os.path.join(job["target"], output)
         os.makedirs(os.path.dirname(target), exist_ok=True)
+        os.stat(alive)
         os.replace(made, target)
     return entry

@@ -72,3 +72,10 @@ def test_a_straightening_with_nothing_to_do_gives_the_picture():
             drawn = door.draw("straighten", image, {"line": line})
             assert (drawn == image).all(), name
     assert Python.draw("straighten", image, {"line": (3, 0, 3, 40)}) is not image
+
+
+def test_names_of_colours_are_the_same():
+    from roxe._colours import COLOURS
+    listed = re.findall(r'\{"(\w+)", \{0x(\w\w), 0x(\w\w), 0x(\w\w)\}\}',
+                        (ROOT / "host/colour_names.h").read_text())
+    assert {name: "#" + "".join(digits).lower() for name, *digits in listed} == COLOURS

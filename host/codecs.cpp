@@ -4,6 +4,9 @@
 #include <cctype>
 #include <filesystem>
 #include <set>
+#include <utility>
+
+#include "cmyk.h"
 
 namespace host {
 namespace {
@@ -19,6 +22,9 @@ bool starts_with(const Bytes& file, std::string_view magic, size_t at = 0) {
 std::optional<FileFormat> format_of_content(const Bytes& file) {
   if (starts_with(file, "\xFF\xD8\xFF")) return FileFormat::kJpeg;
   if (starts_with(file, "\x89PNG\r\n\x1A\n")) return FileFormat::kPng;
+  using namespace std::string_view_literals;
+  if (starts_with(file, "II*\0"sv) || starts_with(file, "MM\0*"sv)) return FileFormat::kTiff;
+  if (starts_with(file, "RIFF") && starts_with(file, "WEBP", 8)) return FileFormat::kWebp;
   const bool portable =
       file.size() > 2 && file[0] == 'P' && (std::isspace(file[2]) || file[2] == '#');
   if (portable && (file[1] == '2' || file[1] == '3' || file[1] == '5' || file[1] == '6'))
@@ -27,10 +33,7 @@ std::optional<FileFormat> format_of_content(const Bytes& file) {
 }
 
 std::string_view known_stranger(const Bytes& file) {
-  using namespace std::string_view_literals;
   if (starts_with(file, "GIF8")) return "a GIF picture";
-  if (starts_with(file, "II*\0"sv) || starts_with(file, "MM\0*"sv)) return "a TIFF or raw picture";
-  if (starts_with(file, "RIFF") && starts_with(file, "WEBP", 8)) return "a WebP picture";
   if (starts_with(file, "ftyp", 4)) return "a HEIF, AVIF or video file";
   if (starts_with(file, "BM")) return "a BMP picture";
   if (starts_with(file, "%PDF")) return "a PDF document";
@@ -42,8 +45,21 @@ std::optional<FileFormat> format_of_name(std::string_view path) {
   for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   if (extension == ".jpg" || extension == ".jpeg") return FileFormat::kJpeg;
   if (extension == ".png") return FileFormat::kPng;
+  if (extension == ".webp") return FileFormat::kWebp;
   if (extension == ".ppm" || extension == ".pgm") return FileFormat::kPnm;
   return {};
+}
+
+std::string version_text() {
+  std::string with, without;
+  for (const auto& [library, name] :
+       {std::pair{tiff_library(), "libtiff (TIFF)"}, std::pair{webp_library(), "libwebp (WebP)"},
+        std::pair{colour_library(), "lcms2 (CMYK)"}})
+    if (library.empty())
+      without += (without.empty() ? "; without " : ", ") + std::string(name);
+    else
+      with += ", " + library;
+  return "roxe 1.0.0, with libjpeg, libpng" + with + without;
 }
 
 void note_jpeg_blocks(const Metadata& metadata, std::string_view format, Notes& notes) {

@@ -14,7 +14,7 @@
 
 namespace host {
 
-enum class FileFormat { kJpeg, kPng, kPnm };
+enum class FileFormat { kJpeg, kPng, kPnm, kTiff, kWebp };
 inline constexpr char kFormats[] = "jpg|png|ppm|pgm";  // that can be asked for
 
 // What was read besides the pixels.
@@ -34,8 +34,7 @@ struct ReadSettings {
 enum class Subsampling { kDefault, k444, k422, k420 };
 
 struct WriteSettings {
-  std::optional<int>
-      quality;  // 1 ... 100; without one a JPEG from a JPEG keeps its tables, 95 else
+  std::optional<int> quality;  // 1 ... 100; without one as an input of the same format, 95 else
   Subsampling subsampling = Subsampling::kDefault;  // as quality: kept, 4:4:4 else
   bool progressive = false;                         // of a JPEG
   bool strip = false;                               // writes no metadata but what colours mean
@@ -64,14 +63,25 @@ bool profile_fits(const Bytes& icc, bool grey, Notes& notes);
 Decoded decode_jpeg(const Bytes& file, const ReadSettings& settings, Notes& notes);
 Decoded decode_png(const Bytes& file, const ReadSettings& settings, Notes& notes);
 Decoded decode_pnm(const Bytes& file, Notes& notes);
+Decoded decode_tiff(const Bytes& file, const ReadSettings& settings, Notes& notes);
+Decoded decode_webp(const Bytes& file, const ReadSettings& settings, Notes& notes);
 
 // The metadata is what is written, not the picture's own. Grey is written as one channel where the
 // format has it.
 Bytes encode_jpeg(const Picture& picture, const Metadata& metadata, bool grey,
                   const WriteSettings& settings, Notes& notes);
 Bytes encode_png(const Picture& picture, const Metadata& metadata, bool grey, Notes& notes);
+Bytes encode_webp(const Picture& picture, const Metadata& metadata, const WriteSettings& settings,
+                  Notes& notes);
 Bytes encode_pnm(const Picture& picture, const Metadata& metadata, const WriteSettings& settings,
                  Notes& notes);
+
+// The libraries behind formats that a build may lack, with their versions; empty if it lacks them.
+std::string tiff_library();
+std::string webp_library();
+
+// What --version prints.
+std::string version_text();
 
 }  // namespace host
 

@@ -28,7 +28,7 @@ class OnePicture : public Command {
         ->type_name("");
     return app
         ->add_option("OUT", output_,
-                     "the picture to write: .jpg, .png, .ppm or .pgm; - is standard output")
+                     "the picture to write: .jpg, .png, .webp, .ppm or .pgm; - is standard output")
         ->type_name("");
   }
 

@@ -395,6 +395,40 @@ bool holds_another_jpeg(const Bytes& exif) {
   }
 }
 
+Bytes make_exif(int orientation, const std::vector<std::pair<uint16_t, std::string>>& texts) {
+  std::vector<std::pair<uint16_t, std::string>> entries = texts;
+  entries.emplace_back(kOrientation, "");
+  std::sort(entries.begin(), entries.end());
+  constexpr size_t kDirectory = 8;
+  Bytes exif(kDirectory + 6 + kEntryBytes * entries.size());
+  exif[0] = exif[1] = 'I';
+  put(exif, 2, 2, 42);
+  put(exif, 4, 4, kDirectory);
+  put(exif, kDirectory, 2, static_cast<uint32_t>(entries.size()));
+  size_t entry = kDirectory + 2;
+  for (const auto& [tag, text] : entries) {
+    put(exif, entry, 2, tag);
+    if (tag == kOrientation) {
+      put(exif, entry + 2, 2, kShort);
+      put(exif, entry + 4, 4, 1);
+      put(exif, entry + 8, 2, static_cast<uint32_t>(orientation));
+    } else {
+      const size_t count = text.size() + 1;
+      put(exif, entry + 2, 2, kAscii);
+      put(exif, entry + 4, 4, static_cast<uint32_t>(count));
+      size_t place = entry + 8;
+      if (count > 4) {
+        place = exif.size();
+        put(exif, entry + 8, 4, static_cast<uint32_t>(place));
+        exif.resize(place + (count + 1) / 2 * 2);
+      }
+      std::copy(text.begin(), text.end(), exif.begin() + static_cast<ptrdiff_t>(place));
+    }
+    entry += kEntryBytes;
+  }
+  return exif;
+}
+
 ExifTexts exif_texts(const Bytes& exif) {
   const Tiff tiff(exif);
   const auto first = tiff.first_directory();

@@ -7,6 +7,8 @@
 
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "picture.h"
 
@@ -42,6 +44,9 @@ ThumbnailChange renew_exif_thumbnail(Bytes& exif, size_t most_bytes, const MakeT
 
 // Whether something else in the block begins like a JPEG: a preview among the maker's notes.
 bool holds_another_jpeg(const Bytes& exif);
+
+// A block of an orientation and texts by their tags.
+Bytes make_exif(int orientation, const std::vector<std::pair<uint16_t, std::string>>& texts);
 
 struct ExifTexts {
   std::string make, model, date;  // the date as YYYY:MM:DD hh:mm:ss, when the picture was taken

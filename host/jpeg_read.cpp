@@ -2,11 +2,13 @@
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 
 #include "jpeg_shared.h"
 // after it, as it needs <cstdio> and jpeglib.h
 #include <jerror.h>
 
+#include "cmyk.h"
 #include "codecs.h"
 #include "errors.h"
 
@@ -154,6 +156,13 @@ void read_metadata(const jpeg_decompress_struct& codec, Metadata& metadata, Note
                         codec.Y_density};
 }
 
+std::unique_ptr<CmykToSrgb> cmyk_converter(const jpeg_decompress_struct& codec) {
+  Metadata metadata;
+  Notes later;
+  read_icc(codec.marker_list, metadata, later);
+  return make_cmyk_to_srgb(metadata.icc, codec.saw_Adobe_marker);
+}
+
 // Tables and samples, for a result that is compressed the same way.
 std::optional<JpegCoding> coding_of(const jpeg_decompress_struct& codec) {
   if (codec.jpeg_color_space != JCS_YCbCr && codec.jpeg_color_space != JCS_GRAYSCALE) return {};
@@ -195,16 +204,20 @@ bool read_header(Decompressor& decompressor, const uint8_t* data, size_t size) {
   return true;
 }
 
-bool read_pixels(Decompressor& decompressor, Picture& picture) {
+// Four channels go through a row of their own.
+bool read_pixels(Decompressor& decompressor, Picture& picture, const CmykToSrgb* cmyk,
+                 uint8_t* cmyk_row) {
   jpeg_decompress_struct& codec = decompressor.codec;
   if (setjmp(decompressor.errors.shared.jump)) return false;
   decompressor.progress.progress_monitor = refuse_many_scans;
   codec.progress = &decompressor.progress;
-  codec.out_color_space = JCS_EXT_BGR;
+  codec.out_color_space = cmyk ? JCS_CMYK : JCS_EXT_BGR;
   jpeg_start_decompress(&codec);
   while (codec.output_scanline < codec.output_height) {
-    JSAMPROW row = picture.row(static_cast<int32_t>(codec.output_scanline));
+    uint8_t* to = picture.row(static_cast<int32_t>(codec.output_scanline));
+    JSAMPROW row = cmyk ? cmyk_row : to;
     jpeg_read_scanlines(&codec, &row, 1);
+    if (cmyk) cmyk->convert(cmyk_row, to, picture.width());
   }
   return true;
 }
@@ -257,16 +270,20 @@ Decoded decode_jpeg(const Bytes& file, const ReadSettings& settings, Notes& note
   };
   if (!read_header(decompressor, file.data(), file.size())) throw refusal(errors.shared.message);
   const jpeg_decompress_struct& codec = decompressor.codec;
-  if (codec.jpeg_color_space == JCS_CMYK || codec.jpeg_color_space == JCS_YCCK)
+  const bool is_cmyk = codec.jpeg_color_space == JCS_CMYK || codec.jpeg_color_space == JCS_YCCK;
+  const std::unique_ptr<CmykToSrgb> cmyk = is_cmyk ? cmyk_converter(codec) : nullptr;
+  if (is_cmyk && !cmyk)
     throw Failure(
-        "a CMYK JPEG cannot be edited without colour management; convert it to RGB first");
+        "a CMYK JPEG cannot be edited without colour management and a profile; convert it to RGB "
+        "first");
+  Bytes cmyk_row(cmyk ? size_t{codec.image_width} * 4 : 0);
 
   Picture picture(static_cast<int32_t>(codec.image_width),
                   static_cast<int32_t>(codec.image_height));
   if (!settings.damaged && !may_hold_its_blocks(codec, file.size()))
     throw refusal("the file ends early");
   picture.one_channel = codec.num_components == 1;
-  if (!read_pixels(decompressor, picture)) {
+  if (!read_pixels(decompressor, picture, cmyk.get(), cmyk_row.data())) {
     if (!settings.damaged || codec.output_scanline == 0) throw refusal(errors.shared.message);
     errors.damaged = true;
     errors.damaged_row = codec.output_scanline;
@@ -275,6 +292,10 @@ Decoded decode_jpeg(const Bytes& file, const ReadSettings& settings, Notes& note
   }
   read_metadata(codec, picture.metadata, notes);
   picture.metadata.jpeg_coding = coding_of(codec);
+  if (cmyk) {
+    picture.metadata.icc.clear();
+    notes.push_back("its CMYK pixels are turned into sRGB through its profile");
+  }
   if (!errors.damaged && !read_end(decompressor) && !settings.damaged)
     throw refusal(errors.shared.message);
   if (errors.damaged) notes.push_back(damage_note(decompressor));

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "codecs.h"
 #include "command.h"
 #include "errors.h"
 #include "files.h"
@@ -20,12 +21,14 @@ namespace {
 
 int run(int argc, char** argv) {
   CLI::App app(
-      "Edits photographs: JPEG, PNG, PPM and PGM. Angles in degrees; pixels count from the "
+      "Edits photographs: JPEG, PNG, TIFF, WebP, PPM and PGM. Angles in degrees; pixels count from "
+      "the "
       "top left corner, (0, 0), of the upright picture.");
   app.name("roxe");
   app.footer("Exit codes: 0 done, 1 the work failed, 2 the command makes no sense.");
   app.require_subcommand(1);
-  app.set_version_flag("--version", "roxe 1.0.0", "print the version");
+  app.set_version_flag("--version", version_text(),
+                       "print the version and the libraries of formats");
 
   std::vector<std::unique_ptr<Command>> commands;
   for (auto make : {edit_commands, batch_commands, look_commands, help_commands})

@@ -28,6 +28,7 @@ Metadata only_colours(const Metadata& metadata) {
   kept.gamma = metadata.gamma;
   kept.chromaticities = metadata.chromaticities;
   kept.jpeg_coding = metadata.jpeg_coding;
+  kept.lossless = metadata.lossless;
   for (const Metadata::Chunk& chunk : metadata.chunks)
     if (std::find(std::begin(kColourChunks), std::end(kColourChunks), chunk.name) !=
         std::end(kColourChunks))

@@ -69,6 +69,7 @@ struct Metadata {
   std::optional<std::array<int32_t, 8>> chromaticities;
 
   std::optional<JpegCoding> jpeg_coding;
+  bool lossless = false;             // a WebP that keeps every pixel
   std::optional<timespec> modified;  // when the file was last changed
 };
 

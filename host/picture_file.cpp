@@ -15,14 +15,19 @@ Decoded decode(const Bytes& file, const ReadSettings& settings, Notes& notes) {
   const auto format = format_of_content(file);
   if (!format) {
     const std::string_view stranger = known_stranger(file);
-    if (stranger.empty()) throw Failure("is not a JPEG, PNG, PPM or PGM picture");
-    throw Failure("is " + std::string(stranger) + "; only JPEG, PNG, PPM and PGM can be read");
+    if (stranger.empty()) throw Failure("is not a JPEG, PNG, TIFF, WebP, PPM or PGM picture");
+    throw Failure("is " + std::string(stranger) +
+                  "; only JPEG, PNG, TIFF, WebP, PPM and PGM can be read");
   }
   switch (*format) {
     case FileFormat::kJpeg:
       return decode_jpeg(file, settings, notes);
     case FileFormat::kPng:
       return decode_png(file, settings, notes);
+    case FileFormat::kTiff:
+      return decode_tiff(file, settings, notes);
+    case FileFormat::kWebp:
+      return decode_webp(file, settings, notes);
     default:
       return decode_pnm(file, notes);
   }
@@ -69,6 +74,8 @@ Bytes encode_picture(const Picture& picture, FileFormat format, const WriteSetti
       return encode_jpeg(picture, metadata, grey, settings, notes);
     case FileFormat::kPng:
       return encode_png(picture, metadata, grey, notes);
+    case FileFormat::kWebp:
+      return encode_webp(picture, metadata, settings, notes);
     default:
       return encode_pnm(picture, metadata, settings, notes);
   }
@@ -94,7 +101,7 @@ void check_target(const std::string& path, const std::string& format) {
     throw UsageError(path == kStandardStream
                          ? "--format must say what to write on standard output"
                          : path +
-                               ": the extension must say what to write: .jpg, .jpeg, .png, "
+                               ": the extension must say what to write: .jpg, .jpeg, .png, .webp, "
                                ".ppm or .pgm");
   check_writable(path);
 }

@@ -62,7 +62,7 @@ def test_deaths_and_restarts_change_nothing(tmp_path):
     assert code == 1
     assert output.startswith("99 of 100 photographs done (0 before) in ")
     assert output.endswith(", written to undisturbed; 1 failed\n")
-    sentence = "is not a JPEG, PNG, PPM or PGM picture"
+    sentence = "is not a JPEG, PNG, TIFF, WebP, PPM or PGM picture"
     assert f"roxe.batch: 042.ppm: {sentence}\n" in errors
     assert "100 of 100 photographs, 1 failed, 0 done before, 0:00 left\n" in errors
 
@@ -190,7 +190,7 @@ def test_what_stands_in_the_manifest_is_not_done_again(job, tmp_path):
 
 def test_failures_hold_no_paths_of_a_machine(job, tmp_path):
     failed = process(job, "001.ppm", None)
-    assert failed["error"] == "is not a JPEG, PNG, PPM or PGM picture"
+    assert failed["error"] == "is not a JPEG, PNG, TIFF, WebP, PPM or PGM picture"
     assert str(tmp_path) not in json.dumps(failed)
     tool = wrapped_tool(tmp_path, "kill -11 $$")
     crashed = process({**job, "tool": str(tool)}, "000.ppm", None)

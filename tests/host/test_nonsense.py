@@ -75,12 +75,13 @@ class Inputs(ToolTest):
                     self.assertRegex(result.stderr, r"\Aroxe: [^\n]+\n\Z")
 
     def test_files_that_are_no_pictures(self):
-        self.refuse_file("is not a JPEG, PNG, PPM or PGM picture", b"Dear diary,\n")
+        self.refuse_file("is not a JPEG, PNG, TIFF, WebP, PPM or PGM picture", b"Dear diary,\n")
         self.refuse_file("the file is empty", b"")
-        self.refuse_file("is not a JPEG, PNG, PPM or PGM picture", bytes(1000))
-        for magic, words in ((b"GIF89a", "a GIF picture"), (b"II*\0", "a TIFF or raw picture"),
-                             (b"MM\0*", "a TIFF or raw picture"), (b"BM", "a BMP picture"),
-                             (b"RIFF\0\0\0\0WEBP", "a WebP picture"), (b"%PDF-1.7", "a PDF"),
+        self.refuse_file("is not a JPEG, PNG, TIFF, WebP, PPM or PGM picture", bytes(1000))
+        for magic, words in ((b"GIF89a", "a GIF picture"), (b"II*\0", "the TIFF is damaged, incomplete or"),
+                             (b"MM\0*", "the TIFF is damaged, incomplete or"),
+                             (b"RIFF\0\0\0\0WEBP", "the WebP is damaged or incomplete"),
+                             (b"BM", "a BMP picture"), (b"%PDF-1.7", "a PDF"),
                              (b"\0\0\0\x18ftypheic", "a HEIF, AVIF or video file")):
             self.refuse_file(words, magic + bytes(100))
 

@@ -212,7 +212,7 @@ class Recipes(ToolTest):
                                1)
         self.assertEqual(result.stderr.splitlines(), [
             "roxe: 1 of 7 done", "roxe: 2 of 7 done", "roxe: 3 of 7 done",
-            "roxe: photos/photo3.ppm: is not a JPEG, PNG, PPM or PGM picture",
+            "roxe: photos/photo3.ppm: is not a JPEG, PNG, TIFF, WebP, PPM or PGM picture",
             "roxe: 3 of 7 done, 1 failed", "roxe: 4 of 7 done, 1 failed",
             "roxe: 5 of 7 done, 1 failed"])  # the last line is the summary
 

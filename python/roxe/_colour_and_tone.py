@@ -59,7 +59,7 @@ def soft_focus(
     elif mask_radius != 1:
         raise ValueError("mask_radius needs a mask")
     if out is None:
-        result: Image = np.empty(image.shape, np.uint8)
+        result: Image = np.zeros(image.shape, np.uint8)  # without memory the library leaves it so
         target = record(result, "out")
     else:
         result, target = out, target_record(out, image.shape)
@@ -159,7 +159,7 @@ def colour_mask(
         expect(library().roxeReplaceColorMask(source, target, *selection), _native.OK, {})
 
     grey = map_pixels(image, None, order, call)  # three equal channels
-    result: Image = np.empty(grey.shape[:2], np.uint8) if out is None else out
+    result: Image = np.zeros(grey.shape[:2], np.uint8) if out is None else out
     result[...] = grey[..., 0]
     return result
 

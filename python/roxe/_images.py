@@ -193,7 +193,7 @@ def map_pixels(
     rgb = choice(order, ("bgr", "rgb"), "order") == "rgb"
     source = record(image, "image")
     if out is None:
-        result: Image = np.empty(image.shape, np.uint8)
+        result: Image = np.zeros(image.shape, np.uint8)  # without memory the library leaves it so
         target = record(result, "out")
     else:
         result = out

@@ -94,6 +94,8 @@ class Web:
         line = json.dumps({"operation": camel(operation), "image": cls.rgba(image),
                            "options": asked}, default=int)
         with cls.lock:
+            if not (ROOT / "web/dist/roxe.wasm").exists():
+                raise FileNotFoundError("web/dist/roxe.wasm is missing: run scripts/web first")
             if cls.process is None:
                 cls.process = subprocess.Popen(
                     ["node", ROOT / "tests/doors/web.mjs"], stdin=subprocess.PIPE,

@@ -173,6 +173,20 @@ TEST(BoxBlur, SavesRowsThatLeaveTheWindowAfterTheLastEntered) {
             Gray({{27, 31}, {36, 40}, {44, 48}}));
 }
 
+TEST(BoxBlur, RowsOverwrittenInTheWindowLeaveItAsTheyAreByThen) {
+  // dst begins one row below src in the same memory; windows of three rows. (120 + 30) / 2 = 75
+  // overwrites row 1; (120 + 30 + 0) / 3 = 49 (the third is truncated) overwrites row 2 and
+  // (30 + 0 + 0) / 3 = 9 row 3. Row 1, which entered as 30, then leaves as 75: 0 + 0 + 0 + 30 - 75
+  // = -45 in a window of three is -15, 241 as a byte, truncated toward minus infinity from
+  // -14.99999. Row 2, which entered as 0, leaves as 49: -94 halved is -47, 209 as a byte.
+  Image memory = Gray({{120}, {30}, {0}, {0}, {0}, {7}});
+  PixelArray src = memory.record, dst = memory.record;
+  src.height = dst.height = 5;
+  dst.pixels = memory.pixel(0, 1);
+  EXPECT_EQ(roxe::BoxBlurA(&src, &dst, 1, 1, 1, 1), 1);
+  EXPECT_EQ(memory, Gray({{120}, {75}, {49}, {9}, {241}, {209}}));
+}
+
 TEST(BoxBlur, ExtentsFarBeyondThePicture) {
   const Image image = Gray({{10, 20}, {30, 40}});
   EXPECT_EQ(Blurred(image, INT_MAX, INT_MAX, INT_MAX, INT_MAX), Gray({{25, 25}, {25, 25}}));

@@ -312,6 +312,36 @@ TEST(SoftFocus, OverlappingPicturesAreBlurredWhole) {
   EXPECT_EQ(memory, expected);
 }
 
+TEST(SoftFocus, SumsWrapWhereOverlappingPicturesMakeThemNegative) {
+  // One column, dst one row below src. The first pass takes the rows y - 10 ... y + 9: row 0 of dst
+  // is 255 / 10 = 25, which overwrites row 1 of src. Rows 1 and 2, which entered as 0, leave as 25
+  // and 23 from windows of 12 and 11 rows: -25 / 12 is -3 and -48 / 11 is -5, 253 and 251 as bytes.
+  // Rows of dst after the first pass (blue): 25 23 21 19 18 18 18 18 18 18 18 0 253 251.
+  std::vector<std::vector<Pixel>> rows(15, {{0, 0, 0}});
+  rows[0] = {{255, 120, 0}};
+  for (uint8_t y = 1; y < 14; ++y) rows[y] = {{0, 0, static_cast<uint8_t>(10 * y)}};
+  Image memory = Bgr(rows);
+  PixelArray src = memory.record, dst = memory.record;
+  src.height = dst.height = 14;
+  dst.pixels = memory.pixel(0, 1);
+  ASSERT_EQ(roxeSoftFocus(&src, &dst, nullptr, 20, 0), kRoxeOK);
+  EXPECT_EQ(memory, Bgr({{{255, 120, 0}},
+                         {{43, 35, 61}},
+                         {{44, 36, 61}},
+                         {{45, 37, 61}},
+                         {{46, 38, 62}},
+                         {{46, 38, 62}},
+                         {{46, 38, 62}},
+                         {{46, 38, 62}},
+                         {{46, 38, 62}},
+                         {{46, 38, 62}},
+                         {{46, 38, 62}},
+                         {{46, 38, 62}},
+                         {{48, 41, 62}},
+                         {{51, 43, 62}},
+                         {{53, 45, 62}}}));
+}
+
 TEST(SoftFocus, OverlappingPicturesAreBlendedPixelByPixel) {
   // dst begins one pixel after src in the same row. 0 0 240 becomes 0 79 120, 39 66 99, then
   // 52 67 82; blended half with the source as it then is: 0 stays, 52 - 26 = 26, 67 + (26 - 67 =

@@ -2,6 +2,7 @@
 // input. The reference itself is first held against literals.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <vector>
@@ -51,6 +52,28 @@ TEST(ReferenceBlur, LengthsOfAWindowAlongAnAxis) {
   const reference::LengthRange beyond = reference::BoxBlurGetModLengthRange(9, 9, 4);
   EXPECT_EQ(beyond.min, 4);
   EXPECT_EQ(beyond.end, 5);
+}
+
+TEST(ReferenceBlur, RowsOverwrittenInTheWindowLeaveItAsTheyAreByThen) {
+  // dst begins one row below src in the same memory; windows of a row and the next one. 200 + 0
+  // halved is 100 and overwrites row 1; 0 + 0 is 0. Row 1, which entered as 0, leaves as 100: -100
+  // halved is -50, 206 as a byte, and the last row alone keeps -100, 156 as a byte.
+  Image memory = Gray({{200}, {0}, {0}, {0}, {9}});
+  PixelArray src = memory.record, dst = memory.record;
+  src.height = dst.height = 4;
+  dst.pixels = memory.pixel(0, 1);
+  EXPECT_EQ(reference::BoxBlurA(&src, &dst, 1, 0, 1, 1), 1);
+  EXPECT_EQ(memory, Gray({{200}, {100}, {0}, {206}, {156}}));
+}
+
+TEST(ReferenceBlur, InPlaceRowsLeaveAsTheyWereBeforeTheyWereOverwritten) {
+  // The same windows and the same first byte for both, but rows 2 bytes apart become rows 1 byte
+  // apart: (200 + 40) / 2 = 120, (40 + 10) / 2 = 25, then 10 alone.
+  Image memory = Gray({{200, 1, 40, 2, 10, 3}});
+  PixelArray src = {kRoxeFormatGray8, 1, 3, 2, memory.bytes()}, dst = src;
+  dst.rowBytes = 1;
+  EXPECT_EQ(reference::BoxBlurA(&src, &dst, 1, 0, 1, 1), 1);
+  EXPECT_EQ(memory, Gray({{120, 25, 10, 2, 10, 3}}));
 }
 
 TEST(ReferenceBlur, WhiteMaskGivesTheSourceUpToOneLevel) {
@@ -395,6 +418,75 @@ TEST(DifferentialBlur, SoftensRowsTooShortForTheirWidthLikeTheReference) {
         ::roxeSoftFocus(&library_src, in_place ? &library_src : &library_dst, nullptr, radius, 0);
     ASSERT_EQ(actual, expected) << i;
     ASSERT_TRUE(first.same() && second.same()) << i;
+  }
+}
+
+// Two records in one block: the same rows, rows of another length from the same byte on, or a few
+// pixels, rows or bytes apart. The extents reach from far smaller than the pictures to far larger.
+struct OverlappingShapes {
+  Shape src, dst;
+  size_t src_at, dst_at;
+
+  OverlappingShapes(Dice& dice, const Twins& block, uint32_t format) {
+    const int32_t bytes = format == 0 ? 3 : 1;
+    const int32_t width = dice.between(1, dice.one_in(3) ? 2 : 9), height = dice.between(1, 20);
+    const auto row_bytes = [&] {
+      return bytes * width + (dice.one_in(2) ? 0 : dice.between(1, 5));
+    };
+    src = {format, width, height, row_bytes(), true};
+    dst = src;
+    if (dice.one_in(3)) dst.row_bytes = row_bytes();
+    const int32_t unit = dice.pick({1, bytes, src.row_bytes, dst.row_bytes});
+    const int64_t apart = int64_t{unit} * dice.between(-12, 12);
+    src_at = (block.size() - src.size(bytes)) / 2;
+    const int64_t last = static_cast<int64_t>(block.size() - dst.size(bytes));
+    dst_at =
+        static_cast<size_t>(std::clamp<int64_t>(static_cast<int64_t>(src_at) + apart, 0, last));
+  }
+};
+
+TEST(DifferentialBlur, BlursOverlappingPicturesLikeTheReference) {
+  Dice dice(60);
+  Twins block(1500), mask_block(200);
+  for (int i = 0; i < 60000; ++i) {
+    const uint32_t format = dice.one_in(2) ? 0 : 3;
+    const OverlappingShapes shapes(dice, block, format);
+    block.randomise(dice);
+    const PixelArray library_src = block.library(shapes.src, shapes.src_at);
+    const PixelArray reference_src = block.reference(shapes.src, shapes.src_at);
+    PixelArray library_dst = block.library(shapes.dst, shapes.dst_at);
+    PixelArray reference_dst = block.reference(shapes.dst, shapes.dst_at);
+    const int32_t radius = dice.between(1, 40);
+    int32_t expected, actual;
+    if (dice.one_in(3)) {
+      const auto extent = [&] { return dice.between(0, dice.one_in(2) ? 4 : 20); };
+      const int32_t left = extent(), top = extent(), right = extent(), bottom = extent();
+      expected = reference::BoxBlurA(&reference_src, &reference_dst, left, top, right, bottom);
+      actual = roxe::BoxBlurA(&library_src, &library_dst, left, top, right, bottom);
+    } else if (format != 0) {
+      expected = reference::GaussianBlurA(&reference_src, &reference_dst, radius);
+      actual = roxe::GaussianBlurA(&library_src, &library_dst, radius);
+    } else {
+      // The mask lies in a block of its own or among the pictures.
+      const Shape shape = {3, shapes.src.width, shapes.src.height, shapes.src.width, true};
+      const Twins& masks = dice.one_in(2) ? block : mask_block;
+      mask_block.randomise(dice);
+      const size_t mask_at =
+          static_cast<size_t>(dice.between(0, static_cast<int32_t>(masks.size() - shape.size(1))));
+      const PixelArray library_mask = masks.library(shape, mask_at);
+      const PixelArray reference_mask = masks.reference(shape, mask_at);
+      const bool masked = dice.one_in(2);
+      const int32_t mask_radius = dice.between(1, 40);
+      expected = reference::roxeSoftFocus(&reference_src, &reference_dst,
+                                          masked ? &reference_mask : nullptr, radius, mask_radius);
+      actual = ::roxeSoftFocus(&library_src, &library_dst, masked ? &library_mask : nullptr, radius,
+                               mask_radius);
+    }
+    ASSERT_EQ(actual, expected) << i;
+    ASSERT_TRUE(block.same() && mask_block.same())
+        << i << ": format " << format << ", " << shapes.src.width << " x " << shapes.src.height
+        << ", rows of " << shapes.src.row_bytes << " and " << shapes.dst.row_bytes << " bytes from "
+        << shapes.src_at << " and " << shapes.dst_at << ", radius " << radius;
   }
 }
 

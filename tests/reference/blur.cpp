@@ -114,19 +114,34 @@ int32_t BoxBlurA(const PixelArray* src, PixelArray* dst, int32_t left, int32_t t
   if (width == 0 || height <= 0) return 1;
 
   const size_t row_size = static_cast<size_t>(width) * static_cast<size_t>(channels);
-  std::vector<uint8_t> original(row_size * static_cast<size_t>(height));
-  for (int32_t y = 0; y < height; ++y)
-    std::memcpy(&original[row_size * static_cast<size_t>(y)], &channel(*src, channels, 0, y, 0),
-                row_size);
+  using Row = std::vector<uint8_t>;
+  const auto source_row = [&](size_t y) {
+    const uint8_t* row = &channel(*src, channels, 0, static_cast<int32_t>(y), 0);
+    return Row(row, row + row_size);
+  };
 
-  std::vector<uint32_t> columns(row_size);
+  // A row is read when it enters the window and again when it leaves. In place it leaves as it was
+  // right before it was overwritten, elsewhere as it is by then: where dst overlaps src the
+  // difference stays in the sums for good.
+  const bool in_place = src->pixels == dst->pixels;
+  std::vector<Row> entered, saved;
+  std::vector<uint32_t> differences(row_size);
   for (int64_t y = 0; y < height; ++y) {
     const int64_t first_row = std::max<int64_t>(y - top, 0);
     const int64_t last_row = std::min<int64_t>(y + bottom, height - 1);
-    std::fill(columns.begin(), columns.end(), 0u);
-    for (int64_t row = first_row; row <= last_row; ++row)
+    while (entered.size() <= static_cast<size_t>(last_row))
+      entered.push_back(source_row(entered.size()));
+    if (first_row > 0) {
+      const size_t old = static_cast<size_t>(first_row - 1);
+      const Row left_as = in_place ? saved[old] : source_row(old);
       for (size_t k = 0; k < row_size; ++k)
-        columns[k] += original[row_size * static_cast<size_t>(row) + k];
+        differences[k] += uint32_t{entered[old][k]} - uint32_t{left_as[k]};
+    }
+    saved.push_back(source_row(static_cast<size_t>(y)));
+
+    std::vector<uint32_t> columns = differences;
+    for (int64_t row = first_row; row <= last_row; ++row)
+      for (size_t k = 0; k < row_size; ++k) columns[k] += entered[static_cast<size_t>(row)][k];
 
     for (int64_t x = 0; x < width; ++x) {
       const int64_t first_column = std::max<int64_t>(x - left, 0);

@@ -32,8 +32,9 @@ int32_t BoxBlurProcessRow8(const uint32_t* acc, uint8_t* out, int32_t width, int
 int32_t BoxBlurProcessRow24(const uint32_t* acc, uint8_t* out, int32_t width, int32_t left,
                             int32_t right, const uint32_t* reciprocals);
 
-// By definition: clipped window, sum, times the reciprocal of its area, shifted. The result does
-// not depend on where dst lies, because the source is copied first.
+// By definition: clipped window, sum, times the reciprocal of its area, shifted. In place (the same
+// pixels) gives the same bytes as apart. Where dst otherwise overlaps src, a row that was
+// overwritten inside the window leaves it as it is by then; sums wrap at 32 bits.
 int32_t BoxBlurA(const PixelArray* src, PixelArray* dst, int32_t left, int32_t top, int32_t right,
                  int32_t bottom);
 

@@ -20,16 +20,17 @@ static inline int32_t weighted(int32_t weight, int32_t step) {
   });
 }
 
-// The whole turn of the hue is applied at once; the mix by weight makes it fade out.
+// The whole turn of the hue is applied at once; the mix by weight makes it fade out. The pixel is
+// read before any of it is written: dst may be a byte or two further on.
 static inline void replace_pixel(const ColourSelection& selection, const ColourShift& shift,
                                  const uint8_t* src, uint8_t* dst) {
   const int32_t blue = src[0], green = src[1], red = src[2];
   const Hsv pixel = hsv_of(red, green, blue);
   const uint32_t distance = distance_from(selection, pixel);
   if (distance >= selection.limit) {
-    dst[0] = src[0];
-    dst[1] = src[1];
-    dst[2] = src[2];
+    dst[0] = static_cast<uint8_t>(blue);
+    dst[1] = static_cast<uint8_t>(green);
+    dst[2] = static_cast<uint8_t>(red);
     return;
   }
   const int32_t weight = shift.weight[distance];

@@ -157,6 +157,20 @@ TEST(ReplaceColour, WorksInPlace) {
   EXPECT_EQ(masked_in_place, mask);
 }
 
+TEST(ReplaceColour, PixelsAreReadWholeBeforeTheyAreWritten) {
+  // Blue is far from the red that turns green; dst begins one or two bytes after src. The second
+  // pixel is read after the first was written.
+  for (const int32_t bytes : {1, 2}) {
+    Image strip = Bgr({{{250, 20, 10}, {240, 30, 9}, {1, 2, 3}}});
+    PixelArray src = strip.record, dst = strip.record;
+    src.width = dst.width = 2;
+    dst.pixels += bytes;
+    EXPECT_EQ(roxeReplaceColor(&src, &dst, 0, 0, 255, 0, 120, 0, 0), kRoxeOK);
+    EXPECT_EQ(strip, bytes == 1 ? Bgr({{{250, 250, 20}, {10, 10, 30}, {9, 2, 3}}})
+                                : Bgr({{{250, 20, 250}, {20, 10, 20}, {10, 9, 3}}}));
+  }
+}
+
 TEST(ReplaceColour, OverlappingPicturesAreWalkedPixelByPixel) {
   // Each pixel of the destination is the next one of the source: the mask spreads to the right,
   // black after red, and black is 81 steps away from red.

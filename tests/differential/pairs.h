@@ -192,7 +192,8 @@ class Pair {
   Spoiling spoil_source_, spoil_target_;
 };
 
-// Two pictures that share memory, whole pixels apart: later pixels see what earlier ones wrote.
+// Two pictures that share memory, whole pixels apart or not: later pixels see what earlier ones
+// wrote.
 template <class Library, class Reference>
 void ExpectSameOverlapping(std::mt19937& random, Pixel near, const Library& library,
                            const Reference& reference) {
@@ -201,16 +202,21 @@ void ExpectSameOverlapping(std::mt19937& random, Pixel near, const Library& libr
   Paint(memory, random, near);
   Image plain_memory(memory);
   const int32_t src_x = Below(random, 40), src_y = Below(random, 6);
-  const int32_t dst_x = Below(random, 40), dst_y = Below(random, 6);
-  const auto record = [&](Image& image, int32_t x, int32_t y) {
-    return PixelArray{kRoxeFormatRGB24, width, height, image.record.rowBytes, image.pixel(x, y)};
+  const int32_t dst_x = Below(random, 2) == 0 ? src_x : Below(random, 40);
+  const int32_t dst_y = Below(random, 2) == 0 ? src_y : Below(random, 6);
+  const int32_t dst_bytes = Below(random, 2) == 0 ? 0 : Below(random, 3);
+  const auto record = [&](Image& image, int32_t x, int32_t y, int32_t bytes) {
+    return PixelArray{kRoxeFormatRGB24, width, height, image.record.rowBytes,
+                      image.pixel(x, y) + bytes};
   };
-  PixelArray src = record(memory, src_x, src_y), dst = record(memory, dst_x, dst_y);
-  PixelArray plain_src = record(plain_memory, src_x, src_y);
-  PixelArray plain_dst = record(plain_memory, dst_x, dst_y);
+  PixelArray src = record(memory, src_x, src_y, 0);
+  PixelArray dst = record(memory, dst_x, dst_y, dst_bytes);
+  PixelArray plain_src = record(plain_memory, src_x, src_y, 0);
+  PixelArray plain_dst = record(plain_memory, dst_x, dst_y, dst_bytes);
   EXPECT_EQ(library(&src, &dst), reference(&plain_src, &plain_dst));
   EXPECT_EQ(memory, plain_memory) << width << " x " << height << " from " << src_x << ", " << src_y
-                                  << " to " << dst_x << ", " << dst_y;
+                                  << " to " << dst_x << ", " << dst_y << " and " << dst_bytes
+                                  << " bytes";
 }
 
 }  // namespace differential

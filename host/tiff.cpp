@@ -88,11 +88,11 @@ Metadata metadata_of(TIFF* tiff, Notes& notes) {
   metadata.icc = block(tiff, TIFFTAG_ICCPROFILE);
   metadata.xmp = block(tiff, TIFFTAG_XMLPACKET);
   std::vector<std::pair<uint16_t, std::string>> texts;
-  for (const int tag : {TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_MAKE, TIFFTAG_MODEL, TIFFTAG_DATETIME,
-                        TIFFTAG_ARTIST, TIFFTAG_COPYRIGHT}) {
+  constexpr uint16_t kTexts[] = {TIFFTAG_IMAGEDESCRIPTION, TIFFTAG_MAKE,   TIFFTAG_MODEL,
+                                 TIFFTAG_DATETIME,         TIFFTAG_ARTIST, TIFFTAG_COPYRIGHT};
+  for (const uint16_t tag : kTexts) {
     const char* text = nullptr;
-    if (TIFFGetField(tiff, tag, &text) == 1 && text)
-      texts.emplace_back(static_cast<uint16_t>(tag), text);
+    if (TIFFGetField(tiff, tag, &text) == 1 && text) texts.emplace_back(tag, text);
   }
   const auto orientation = field<uint16_t>(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
   if (!texts.empty() || orientation != ORIENTATION_TOPLEFT)

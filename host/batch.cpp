@@ -199,6 +199,7 @@ void process(const BatchJob& job, const Recipe& recipe, const Photograph& photog
   } catch (const std::runtime_error& error) {
     throw Failure(photograph.input + ": " + error.what());
   }
+  if (!outcome.note.empty()) notes.push_back(photograph.input + ": " + outcome.note);
   if (!outcome.changed && !job.writes_anew &&
       copy_picture(loaded, photograph.target, job.settings)) {
     notes = {photograph.target + ": nothing was to be done, copied as it is"};

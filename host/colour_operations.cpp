@@ -5,8 +5,10 @@
 
 #include "drawing.h"
 #include "errors.h"
+#include "metadata.h"
 #include "operation.h"
 #include "options.h"
+#include "profile.h"
 #include "status.h"
 #include "text.h"
 
@@ -99,6 +101,14 @@ class Tint : public Operation {
   Selection selection_;
 };
 
+// The curves of the white balance are made for numbers of sRGB.
+std::string note_about_profile(const Bytes& icc) {
+  if (is_srgb(icc)) return "";
+  const std::string name = profile_name(icc);
+  return "its colour profile" + (name.empty() ? "" : " (" + name + ")") +
+         " is not sRGB, for which temperature takes its numbers";
+}
+
 // By how much the channels of a colour differ.
 int32_t distance_from_grey(Colour c) {
   const auto [least, most] = std::minmax({c.red, c.green, c.blue});
@@ -160,9 +170,12 @@ class Temperature : public Operation {
       return "balanced to temperature " + std::to_string(balance.temperature) + ", tint " +
              std::to_string(balance.tint);
     };
+    const auto note = [&](bool changed) {
+      return changed ? note_about_profile(picture.metadata.icc) : "";
+    };
     if (grey_.empty()) {
       const bool changed = draw_in_place(picture, balanced);
-      return {sentence(), changed};
+      return {sentence(), changed, note(changed)};
     }
 
     const Point at = grey_.on(size_of(picture))[0];
@@ -176,7 +189,7 @@ class Temperature : public Operation {
     balance = balance_for(before);
     const bool changed = draw_in_place(picture, balanced);
     return {sentence() + ", which turns " + place + " into " + to_text(picture.at(at.x, at.y)),
-            changed};
+            changed, note(changed)};
   }
 
  private:

@@ -54,6 +54,7 @@ class OnePicture : public Command {
     Picture& picture = loaded.picture;
     const Picture before = comparison_.empty() ? Picture() : copy_of(picture);
     const Outcome outcome = apply(recipe, picture, options_.background);
+    if (!outcome.note.empty()) notes.push_back(name_of_input(input_) + ": " + outcome.note);
     const bool copied = !outcome.changed && !options_.ask_for_writing() &&
                         copy_picture(loaded, output_, options_.settings);
     if (copied) notes.clear();  // of what reading would have changed

@@ -18,8 +18,9 @@ namespace host {
 
 // What an operation did to a picture.
 struct Outcome {
-  std::string sentence;  // "turned 2.45 degrees clockwise"
-  bool changed = true;   // whether the size or any pixel is another than before
+  std::string sentence;   // "turned 2.45 degrees clockwise"
+  bool changed = true;    // whether the size or any pixel is another than before
+  std::string note = {};  // what the person should know about this picture and this operation
 };
 
 class Operation {

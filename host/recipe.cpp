@@ -102,6 +102,7 @@ Outcome apply(const Recipe& recipe, Picture& picture, Colour background) {
     const Outcome outcome = step.operation->apply(picture, step.background.value_or(background));
     all.sentence += (all.sentence.empty() ? "" : "; ") + outcome.sentence;
     all.changed = all.changed || outcome.changed;
+    if (all.note.empty()) all.note = outcome.note;
   }
   return all;
 }

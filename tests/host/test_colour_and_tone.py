@@ -1,12 +1,37 @@
 """Soft focus, the operations on colour and those on tone from the command line."""
 
 import re
+import struct
 import unittest
+import zlib
 
 from pictures import (ToolTest, chunk, exif, pgm, pgm_rows, photo, plain, png, ppm, ppm_rows,
                       speckled)
 
+# Red, green and blue under the white D50.
+SRGB = ((0.4361, 0.2225, 0.0139), (0.3851, 0.7169, 0.0971), (0.1431, 0.0606, 0.7141))
+DISPLAY_P3 = ((0.5151, 0.2412, -0.0011), (0.2920, 0.6922, 0.0419), (0.1571, 0.0666, 0.7841))
+
 RED, GREY, WHITE = (200, 20, 20), (90, 90, 90), (255, 255, 255)
+
+
+def with_profile(pixel, primaries, name):
+    """A PNG of one pixel with a colour profile of three primaries and a name."""
+    text = name.encode("utf-16-be")
+    tags = [(b"desc", b"mluc" + struct.pack(">6I", 0, 1, 12, 0, len(text), 28) + text +
+             bytes(-len(text) % 4))]
+    tags += [(tag, b"XYZ " + bytes(4) + struct.pack(">3i", *(round(65536 * x) for x in primary)))
+             for tag, primary in zip((b"rXYZ", b"gXYZ", b"bXYZ"), primaries)]
+    table, contents = struct.pack(">I", len(tags)), b""
+    for tag, content in tags:
+        place = 132 + 12 * len(tags) + len(contents)
+        table += tag + struct.pack(">II", place, len(content))
+        contents += content
+    size = 128 + len(table) + len(contents)
+    head = (struct.pack(">I", size) + bytes(8) + b"mntrRGB XYZ " + bytes(12) + b"acsp" + bytes(28) +
+            struct.pack(">3I", 0xF6D6, 0x10000, 0xD32D) + bytes(48))
+    profile = zlib.compress(head + table + contents)
+    return png(1, 1, 8, 2, [bytes(pixel)], [chunk(b"iCCP", b"camera\0\0" + profile)])
 
 
 class SoftFocus(ToolTest):
@@ -136,6 +161,27 @@ class Colours(ToolTest):
         text = self.succeed("temperature", "in.ppm", "out.ppm", "--gray", "100%,0%")
         self.assertIn("not balanced: #4D4D4D at (0, 0) is grey already", text)
         self.assertEqual(self.read("out.ppm"), self.read("in.ppm"))
+
+    def test_a_profile_other_than_srgb_gets_a_note_where_temperature_changes_something(self):
+        self.write("p3.png", with_profile(RED, DISPLAY_P3, "Display P3"))
+        self.write("srgb.png", with_profile(RED, SRGB, "sRGB IEC61966-2.1"))
+        self.write("plain.png", png(1, 1, 8, 2, [bytes(RED)]))
+        self.write("recipe", b"variations --red 1\ntemperature --tint 9\ntemperature --tint -9\n")
+        note = ("roxe: note: p3.png: its colour profile (Display P3) is not sRGB, for which "
+                "temperature takes its numbers\n")
+        warmer, grey = ("--temperature", 20), ("--grey", "0,0")
+        for picture in ("p3.png", "srgb.png", "plain.png"):
+            for command in (("temperature", picture, "out.png", *warmer),
+                            ("temperature", picture, "out.png", *grey),
+                            ("run", "recipe", picture, "--out", "out", "--overwrite")):
+                result = self.run_tool(*command)
+                self.assertEqual(result.returncode, 0, result.stderr)
+                self.assertEqual(result.stderr, note if picture == "p3.png" else "")
+        self.write("grey.png", with_profile(GREY, DISPLAY_P3, "Display P3"))
+        for command in (("temperature", "grey.png", "out.png", *grey),  # is as it should be
+                        ("auto-gamma", "p3.png", "out.png")):
+            result = self.run_tool(*command)
+            self.assertEqual((result.returncode, result.stderr), (0, ""))
 
     def test_names_of_colours(self):
         self.write("in.ppm", ppm([[GREY]]))

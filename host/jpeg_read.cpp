@@ -272,6 +272,8 @@ Decoded decode_jpeg(const Bytes& file, const ReadSettings& settings, Notes& note
   const jpeg_decompress_struct& codec = decompressor.codec;
   const bool is_cmyk = codec.jpeg_color_space == JCS_CMYK || codec.jpeg_color_space == JCS_YCCK;
   const std::unique_ptr<CmykToSrgb> cmyk = is_cmyk ? cmyk_converter(codec) : nullptr;
+  if (is_cmyk && !cmyk && colour_library().empty())
+    throw Failure("a CMYK JPEG cannot be edited, as this roxe was built without lcms2");
   if (is_cmyk && !cmyk)
     throw Failure(
         "a CMYK JPEG cannot be edited without colour management and a profile; convert it to RGB "

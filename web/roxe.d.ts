@@ -99,6 +99,9 @@ export interface TemperatureOptions {
   temperature?: number;
   /** -100 (greener) ... 100 (more magenta). */
   tint?: number;
+  /** A pixel that should be grey: finds the temperature and tint that bring it nearest, the gentlest
+   * of equals. Neither may be given besides. */
+  grey?: Point;
 }
 
 export interface AutoGammaOptions {

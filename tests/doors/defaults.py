@@ -54,6 +54,7 @@ def cases(width, height):
     yield "temperature", {}
     yield "temperature", {"temperature": 25}
     yield "temperature", {"tint": -25}
+    yield "temperature", {"grey": (width // 3, height // 2)}
     yield "auto_gamma", {}
     yield "auto_gamma", {"region": (0, 0, width, (height + 1) // 2)}
     yield "shadow_highlight", {}

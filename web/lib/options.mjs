@@ -69,6 +69,7 @@ export const operations = {
   temperature: {
     temperature: whole(-100, 100, 0, '', 'cooler ... warmer'),
     tint: whole(-100, 100, 0, '', 'greener ... more magenta'),
+    grey: {kind: 'point', meaning: 'a pixel that should be grey: finds the two that make it so'},
   },
   autoGamma: {
     region: {kind: 'region', meaning: 'judge the exposure by this part of the picture'},

@@ -8,6 +8,8 @@ const OK = 0;
 const CORRECTED = 2;  // the word of roxePerspectiveDistortionCorrection for success
 const OPAQUE = {red: 255, green: 255, blue: 255};
 
+const distanceFromGrey = (pixel) => Math.max(...pixel) - Math.min(...pixel);
+
 function expectOk(status, operation) {
   if (status === OK) return;
   throw new Error(status === 1 ? `${operation}: the operation could not get the memory it needs`
@@ -285,7 +287,15 @@ export class Picture {
   }
 
   temperature(options) {
-    const {temperature, tint} = read('temperature', options);
+    let {temperature, tint, grey} = read('temperature', options);
+    if (grey) {
+      if (temperature !== 0 || tint !== 0)
+        throw new TypeError('grey cannot go with temperature or tint');
+      this.#requireInside(grey, 'grey');
+      const pixel = [...this.#native.bytes(this.#colours.pointer + 3 * (grey[1] * this.width + grey[0]), 3)];
+      if (distanceFromGrey(pixel) === 0) return this;
+      [temperature, tint] = this.#balanceFor(pixel);
+    }
     return this.#inPlace('temperature', (p, call) =>
       call.roxeColorTemperature(p, p, temperature, tint));
   }
@@ -344,6 +354,27 @@ export class Picture {
     const size = cropped(this.width, this.height, radians, crop === 'free', edges === 'repeat');
     if (!size) throw new RangeError('the picture is too small to crop at this angle');
     return size;
+  }
+
+  // Of all balances the one that brings a colour nearest to grey, the gentlest of equals. Every one
+  // is tried on a picture of this one pixel.
+  #balanceFor(pixel) {
+    const native = this.#native;
+    return native.with([RGB24, 1, 1, 3, 0, RGB24, 1, 1, 3, 0, 0, 0], (pointer) => {
+      const before = pointer + 40, after = pointer + 44;
+      const words = new Uint32Array(native.call.memory.buffer, pointer, 10);
+      [words[4], words[9]] = [before, after];
+      native.bytes(before, 3).set(pixel);
+      let best = null, least = Infinity;
+      for (let temperature = -100; temperature <= 100; ++temperature)
+        for (let tint = -100; tint <= 100; ++tint) {
+          expectOk(native.call.roxeColorTemperature(pointer, pointer + 20, temperature, tint), 'temperature');
+          const merit = 1000 * distanceFromGrey(native.bytes(after, 3)) +
+            Math.abs(temperature) + Math.abs(tint);
+          if (merit < least) [best, least] = [[temperature, tint], merit];
+        }
+      return best;
+    });
   }
 
   #inPlace(operation, call) {

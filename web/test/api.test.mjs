@@ -68,6 +68,13 @@ test('colours keep their places: red stays red where green is replaced', () => {
   assert.ok(red < 5, `${red}`);  // a degree of hue is 3.3 levels
 });
 
+test('a pixel that should be grey becomes grey, and one that is grey changes nothing', () => {
+  const cast = image(3, 1, (x) => [[90, 120, 150], [200, 200, 200], [10, 60, 30]][x]);
+  const [red, green, blue] = pixel(roxe.temperature(cast, {grey: [0, 0]}), 0, 0);
+  assert.ok(Math.max(red, green, blue) - Math.min(red, green, blue) < 4, `${[red, green, blue]}`);
+  assert.deepEqual(roxe.temperature(cast, {grey: [1, 0]}).data, cast.data);
+});
+
 test('a chain in the module gives what single calls give', () => {
   const start = image(40, 30, (x, y) => [6 * x, 8 * y, 5 * x + y]);
   const single = roxe.temperature(roxe.autoGamma(roxe.rotate(start, {angle: 3})), {temperature: 9});
@@ -130,6 +137,8 @@ const refused = [
     fit: [2, 2]}), /size excludes fit/],
   ['a mask of another size', () => roxe.softFocus(good, {radius: 3, mask: numbered(3, 3)}),
     /the mask has 3 × 3 pixels but the picture has 20 × 10/],
+  ['grey and tint', () => roxe.temperature(good, {grey: [1, 1], tint: 2}), /grey cannot go with/],
+  ['grey outside', () => roxe.temperature(good, {grey: [20, 1]}), /lies outside the picture/],
   ['a region outside', () => roxe.autoGamma(good, {region: [0, 0, 21, 3]}), /reaches outside/],
 ];
 for (const [name, call, sentence] of refused)

@@ -1,10 +1,9 @@
-#include <filesystem>
+#include <utility>
 
 #include "drawing.h"
 #include "errors.h"
 #include "operation.h"
-#include "options.h"
-#include "picture_file.h"
+#include "option_table.h"
 
 namespace host {
 namespace {
@@ -24,31 +23,33 @@ Bytes brightness(const Picture& picture) {
 
 class SoftFocus : public Operation {
  public:
-  void add_options(CLI::App& app) override {
-    add_whole_number(app, "--radius", radius_, 1, 100000,
-                     "length of the window that is averaged, in pixels")
-        ->required();
-    auto* mask = app.add_option("--mask", mask_path_,
-                                "a picture of the same size: white stays sharp, black is blurred");
-    mask->type_name("FILE")->default_str("no mask, everything is blurred");
-    add_whole_number(app, "--mask-radius", mask_radius_, 1, 100000,
-                     "the same for the mask, whose edges become soft")
-        ->needs(mask);
+  void add_options(Options& options) override {
+    options
+        .whole_number("--radius", radius_, 1, 100000,
+                      "length of the window that is averaged, in pixels")
+        .required = true;
+    options
+        .picture("--mask", mask_path_,
+                 "a picture of the same size: white stays sharp, black is blurred")
+        .otherwise = "no mask, everything is blurred";
+    options
+        .whole_number("--mask-radius", mask_radius_, 1, 100000,
+                      "the same for the mask, whose edges become soft")
+        .needs = "--mask";
   }
 
-  void check(const std::string& folder) override {
+  void check(const LoadPicture& load) override {
     if (mask_path_.empty()) return;
-    mask_path_ = (std::filesystem::path(folder) / mask_path_).string();
-    Notes notes;  // what a mask loses on the way to grey is of no interest
-    const Picture mask = load_picture(mask_path_, {}, notes).picture;
-    mask_width_ = mask.width();
-    mask_height_ = mask.height();
-    mask_ = brightness(mask);
+    const NamedPicture mask = load(mask_path_);
+    mask_name_ = mask.name;
+    mask_width_ = mask.picture.width();
+    mask_height_ = mask.picture.height();
+    mask_ = brightness(mask.picture);
   }
 
   Outcome apply(Picture& picture, Colour background) const override {
     if (!mask_.empty() && (mask_width_ != picture.width() || mask_height_ != picture.height()))
-      throw Failure("the mask " + mask_path_ + " has " + size_text(mask_width_, mask_height_) +
+      throw Failure("the mask " + mask_name_ + " has " + size_text(mask_width_, mask_height_) +
                     " pixels but the picture has " + picture.size_text());
     const PixelArray mask = {kRoxeFormatGray8, mask_width_, mask_height_, mask_width_,
                              const_cast<uint8_t*>(mask_.data())};
@@ -62,7 +63,7 @@ class SoftFocus : public Operation {
 
  private:
   int32_t radius_ = 1, mask_radius_ = 1;
-  std::string mask_path_;
+  std::string mask_path_, mask_name_;
   Bytes mask_;
   int32_t mask_width_ = 0, mask_height_ = 0;
 };

@@ -5,9 +5,8 @@
 
 #include "drawing.h"
 #include "errors.h"
-#include "metadata.h"
 #include "operation.h"
-#include "options.h"
+#include "option_table.h"
 #include "profile.h"
 #include "status.h"
 #include "text.h"
@@ -18,14 +17,16 @@ namespace {
 // The colours near a reference colour: what replacement and tint have in common.
 class Selection {
  public:
-  void add_options(CLI::App& app) {
-    add_text(app, "--colour,--color", "COLOUR", "the reference colour: '#RRGGBB' or a name",
-             [this](const std::string& text) { colour_ = colour(text, "--colour"); })
-        ->required();
-    add_whole_number(app, "--tolerance", tolerance_, 0, 200,
-                     "how far from it colours count, 0 to 200")
-        ->required();
-    app.add_flag("--mask-only", mask_only_, "write the selection as a grey picture instead");
+  void add_options(Options& options) {
+    Option& reference =
+        options.text("--colour", "COLOUR", "the reference colour: '#RRGGBB' or a name",
+                     [this](const std::string& text) { colour_ = colour(text, "--colour"); });
+    reference.other_spelling = "--color";
+    reference.required = true;
+    options
+        .whole_number("--tolerance", tolerance_, 0, 200, "how far from it colours count, 0 to 200")
+        .required = true;
+    options.flag("--mask-only", mask_only_, "write the selection as a grey picture instead");
   }
 
   Colour reference() const { return colour_; }
@@ -47,15 +48,17 @@ void prepare_for_mask(Picture& picture) {
 
 class ReplaceColour : public Operation {
  public:
-  void add_options(CLI::App& app) override {
-    selection_.add_options(app);
-    add_whole_number(app, "--hue", hue_, -360, 360, "degrees to turn the hue, -360 to 360")
-        ->type_name("DEG");
-    add_whole_number(app, "--saturation", saturation_, -100, 100, "percent to add, -100 to 100")
-        ->type_name("PCT");
-    add_whole_number(app, "--value", value_, -100, 100, "percent of brightness to add, -100 to 100")
-        ->type_name("PCT");
+  void add_options(Options& options) override {
+    selection_.add_options(options);
+    options.whole_number("--hue", hue_, -360, 360, "degrees to turn the hue, -360 to 360").form =
+        "DEG";
+    options.whole_number("--saturation", saturation_, -100, 100, "percent to add, -100 to 100")
+        .form = "PCT";
+    options.whole_number("--value", value_, -100, 100, "percent of brightness to add, -100 to 100")
+        .form = "PCT";
   }
+
+  bool by_pixels() const override { return true; }
 
   Outcome apply(Picture& picture, Colour) const override {
     const Colour c = selection_.reference();
@@ -80,7 +83,9 @@ class ReplaceColour : public Operation {
 
 class Tint : public Operation {
  public:
-  void add_options(CLI::App& app) override { selection_.add_options(app); }
+  void add_options(Options& options) override { selection_.add_options(options); }
+
+  bool by_pixels() const override { return true; }
 
   Outcome apply(Picture& picture, Colour) const override {
     const Colour c = selection_.reference();
@@ -148,18 +153,21 @@ Balance balance_for(Colour grey) {
 
 class Temperature : public Operation {
  public:
-  void add_options(CLI::App& app) override {
-    auto* temperature = add_whole_number(app, "--temperature", balance_.temperature, -100, 100,
-                                         "-100 (cooler) to 100 (warmer)");
-    auto* tint = add_whole_number(app, "--tint", balance_.tint, -100, 100,
-                                  "-100 (greener) to 100 (more magenta)");
-    add_text(app, "--grey,--gray", "X,Y",
-             "a pixel that should be grey: finds the temperature and tint that make it so",
-             [this](const std::string& text) { grey_ = Places(text, 1, "--grey"); })
-        ->default_str("as --temperature and --tint say")
-        ->excludes(temperature)
-        ->excludes(tint);
+  void add_options(Options& options) override {
+    options.whole_number("--temperature", balance_.temperature, -100, 100,
+                         "-100 (cooler) to 100 (warmer)");
+    options.whole_number("--tint", balance_.tint, -100, 100,
+                         "-100 (greener) to 100 (more magenta)");
+    Option& grey =
+        options.text("--grey", "X,Y",
+                     "a pixel that should be grey: finds the temperature and tint that make it so",
+                     [this](const std::string& text) { grey_ = Places(text, 1, "--grey"); });
+    grey.other_spelling = "--gray";
+    grey.otherwise = "as --temperature and --tint say";
+    grey.excludes = {"--temperature", "--tint"};
   }
+
+  bool by_pixels() const override { return grey_.empty(); }
 
   Outcome apply(Picture& picture, Colour) const override {
     Balance balance = balance_;

@@ -80,7 +80,7 @@ Size largest_area(const Turned& turned, Size picture) {
 
 }  // namespace
 
-CLI::Option* add_crop(CLI::App& app, Crop& crop) {
+Option& add_crop(Options& options, Crop& crop) {
   const auto store = [&crop](const std::string& text) {
     if (text.empty() || text == "fit")
       crop = Crop::kFit;
@@ -90,12 +90,14 @@ CLI::Option* add_crop(CLI::App& app, Crop& crop) {
       throw UsageError("--crop needs free, fit or nothing, not '" + text +
                        "' (before the name of a file write --crop=fit)");
   };
-  return add_text(app, "--crop", "fit|free",
-                  "cut the largest picture that shows no background, of the same proportions (fit) "
-                  "or of any (free); without this option nothing is cut",
-                  store)
-      ->expected(0, 1)
-      ->default_str("fit");  // the parser takes it where no value follows
+  Option& option = options.text(
+      "--crop", "fit|free",
+      "cut the largest picture that shows no background, of the same proportions (fit) or of any "
+      "(free); without this option nothing is cut",
+      store);
+  option.value_optional = true;
+  option.otherwise = "fit";
+  return option;
 }
 
 Size cropped(Size picture, double radians, Edges edges, Crop crop) {

@@ -10,7 +10,7 @@ namespace host {
 // kFit: in the proportions of the picture. kFree: of the largest area.
 enum class Crop { kNone, kFit, kFree };
 
-CLI::Option* add_crop(CLI::App& app, Crop& crop);
+Option& add_crop(Options& options, Crop& crop);
 
 // The size of the largest upright picture that lies inside one turned by an angle about its centre
 // pixel (width / 2, height / 2), which becomes the centre pixel of the result. crop is not kNone.

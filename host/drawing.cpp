@@ -46,14 +46,15 @@ bool equal(const Picture& a, const Picture& b) {
 
 }  // namespace
 
-void add_edges(CLI::App& app, Edges& edges) {
+void add_edges(Options& options, Edges& edges) {
   const auto store = [&edges](const std::string& text) {
     edges = choice(text, "repeat|keep", "--edges") == "repeat" ? Edges::kRepeat : Edges::kKeep;
   };
-  add_text(app, "--edges", "repeat|keep",
-           "repeat the pixels at the edges, so that no seam is lost, or keep the picture as it is",
-           store)
-      ->default_str("repeat");
+  options
+      .text("--edges", "repeat|keep",
+            "repeat the pixels at the edges, so that no seam is lost, or keep the picture as it is",
+            store)
+      .otherwise = "repeat";
 }
 
 bool draw_into(Picture& picture, Size size, Colour background, const Call& call, Edges edges) {

@@ -4,7 +4,7 @@
 
 #include <functional>
 
-#include "options.h"
+#include "option_table.h"
 #include "picture.h"
 #include "text.h"
 
@@ -17,7 +17,7 @@ enum class Edges { kRepeat, kKeep };
 // By how much positions in the source move right and down.
 inline int32_t shift_of(Edges edges) { return edges == Edges::kRepeat ? 1 : 0; }
 
-void add_edges(CLI::App& app, Edges& edges);
+void add_edges(Options& options, Edges& edges);
 
 // Receives the source and a destination to draw on, returns the library's status.
 using Call = std::function<int32_t(const PixelArray* from, PixelArray* to)>;

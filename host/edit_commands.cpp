@@ -93,13 +93,15 @@ class OneOperation : public OnePicture {
       : OnePicture(parent, entry.name, entry.description) {
     recipe_.push_back({entry.make(), {}});
     CLI::Option* out = add_files();
-    operation().add_options(*app);
+    Options options;
+    operation().add_options(options);
+    add_options(*app, options);
     out->required(!app->get_option_no_throw("--dry-run"));
     add_output_options();
   }
 
   int run() override {
-    operation().check();
+    operation().check(pictures_beside(""));
     return operation().only_reports() ? report(operation()) : edit(recipe_);
   }
 

@@ -7,9 +7,8 @@
 #include "crop.h"
 #include "drawing.h"
 #include "errors.h"
-#include "metadata.h"
 #include "operation.h"
-#include "options.h"
+#include "option_table.h"
 #include "status.h"
 #include "text.h"
 
@@ -29,20 +28,24 @@ void require_inside(const Picture& picture, Point point, std::string_view what) 
 
 // ------------------------------------------------------------------------------------------ rotate
 
-class Rotate : public Operation {
+class Geometric : public Operation {
  public:
-  void add_options(CLI::App& app) override {
-    add_decimal_number(app, "--angle", angle_, -3600, 3600,
-                       "degrees; positive turns clockwise, negative anticlockwise")
-        ->required()
-        ->type_name("DEG");
-    auto* about =
-        add_text(app, "--about", "X,Y", "the point that stays in place (default: the centre)",
+  bool moves_pixels() const final { return true; }
+};
+
+class Rotate : public Geometric {
+ public:
+  void add_options(Options& options) override {
+    Option& angle =
+        options.decimal_number("--angle", angle_, -3600, 3600,
+                               "degrees; positive turns clockwise, negative anticlockwise");
+    angle.required = true;
+    angle.form = "DEG";
+    options.text("--about", "X,Y", "the point that stays in place (default: the centre)",
                  [this](const std::string& text) { about_ = Places(text, 1, "--about"); });
-    auto* expand =
-        app.add_flag("--expand", expand_, "make the picture larger, so that nothing is cut off");
-    add_crop(app, crop_)->excludes(about)->excludes(expand);
-    add_edges(app, edges_);
+    options.flag("--expand", expand_, "make the picture larger, so that nothing is cut off");
+    add_crop(options, crop_).excludes = {"--about", "--expand"};
+    add_edges(options, edges_);
   }
 
   Outcome apply(Picture& picture, Colour background) const override {
@@ -52,8 +55,7 @@ class Rotate : public Operation {
       // The EXIF orientations that ask for 0, 90, 180 and 270 degrees clockwise.
       constexpr int kOrientations[] = {1, 6, 3, 8};
       make_upright(picture, kOrientations[static_cast<int>(quarters + 4) % 4]);
-      if (std::abs(quarters) == 1) swap_axes(picture.metadata);
-      return {turned(angle_), quarters != 0};
+      return {turned(angle_), quarters != 0, "", std::abs(quarters) == 1};
     }
 
     const Point centre = about_.empty() ? Point{picture.width() / 2, picture.height() / 2}
@@ -111,18 +113,19 @@ class Rotate : public Operation {
 
 // -------------------------------------------------------------------------------------- straighten
 
-class Straighten : public Operation {
+class Straighten : public Geometric {
  public:
-  void add_options(CLI::App& app) override {
-    add_text(app, "--line", "X1,Y1,X2,Y2",
-             "two points of a line that should be level or upright, such as the horizon",
-             [this](const std::string& text) { line_ = Places(text, 2, "--line"); })
-        ->required();
-    add_crop(app, crop_);
-    add_edges(app, edges_);
+  void add_options(Options& options) override {
+    options
+        .text("--line", "X1,Y1,X2,Y2",
+              "two points of a line that should be level or upright, such as the horizon",
+              [this](const std::string& text) { line_ = Places(text, 2, "--line"); })
+        .required = true;
+    add_crop(options, crop_);
+    add_edges(options, edges_);
   }
 
-  void check(const std::string&) override {
+  void check(const LoadPicture&) override {
     if (!line_.need_a_picture()) require_different(line_.on({}));
   }
 
@@ -178,25 +181,28 @@ class Straighten : public Operation {
 
 // ------------------------------------------------------------------------------------- perspective
 
-class Perspective : public Operation {
+class Perspective : public Geometric {
  public:
-  void add_options(CLI::App& app) override {
-    add_text(app, "--corners", "X1,Y1,...,X4,Y4",
-             "the corners of something rectangular, in any order; it is drawn upright",
-             [this](const std::string& text) { corners_ = Places(text, 4, "--corners"); })
-        ->required();
-    auto* exact = add_text(app, "--size", "WxH", "draw it at exactly this size",
-                           [this](const std::string& text) { size_ = size(text, "--size"); })
-                      ->default_str("its natural size");
-    add_text(app, "--fit", "WxH",
-             "draw it as large as fits, in its natural proportions (default: its natural size)",
-             [this](const std::string& text) { fit_ = size(text, "--fit"); })
-        ->excludes(exact);
-    app.add_flag("--dry-run", dry_run_, "print the natural size and write nothing");
-    add_edges(app, edges_);
+  void add_options(Options& options) override {
+    options
+        .text("--corners", "X1,Y1,...,X4,Y4",
+              "the corners of something rectangular, in any order; it is drawn upright",
+              [this](const std::string& text) { corners_ = Places(text, 4, "--corners"); })
+        .required = true;
+    options
+        .text("--size", "WxH", "draw it at exactly this size",
+              [this](const std::string& text) { size_ = size(text, "--size"); })
+        .otherwise = "its natural size";
+    options
+        .text("--fit", "WxH",
+              "draw it as large as fits, in its natural proportions (default: its natural size)",
+              [this](const std::string& text) { fit_ = size(text, "--fit"); })
+        .excludes = {"--size"};
+    options.flag("--dry-run", dry_run_, "print the natural size and write nothing");
+    add_edges(options, edges_);
   }
 
-  void check(const std::string&) override {
+  void check(const LoadPicture&) override {
     if (!corners_.need_a_picture()) plan(corners_.on({}));
   }
 
@@ -266,21 +272,23 @@ class Perspective : public Operation {
 
 // -------------------------------------------------------------------------------------------- warp
 
-class Warp : public Operation {
+class Warp : public Geometric {
  public:
-  void add_options(CLI::App& app) override {
-    add_text(app, "--from", "X1,Y1,...,X4,Y4", "four points of the picture, around their outline",
-             [this](const std::string& text) { from_ = Places(text, 4, "--from"); })
-        ->required();
-    add_text(app, "--to", "X1,Y1,...,X4,Y4", "where these four come to lie, in the same order",
-             [this](const std::string& text) { to_ = Places(text, 4, "--to"); })
-        ->required();
-    add_text(app, "--size", "WxH", "size of the result (default: that of the picture)",
-             [this](const std::string& text) { size_ = size(text, "--size"); });
-    add_edges(app, edges_);
+  void add_options(Options& options) override {
+    options
+        .text("--from", "X1,Y1,...,X4,Y4", "four points of the picture, around their outline",
+              [this](const std::string& text) { from_ = Places(text, 4, "--from"); })
+        .required = true;
+    options
+        .text("--to", "X1,Y1,...,X4,Y4", "where these four come to lie, in the same order",
+              [this](const std::string& text) { to_ = Places(text, 4, "--to"); })
+        .required = true;
+    options.text("--size", "WxH", "size of the result (default: that of the picture)",
+                 [this](const std::string& text) { size_ = size(text, "--size"); });
+    add_edges(options, edges_);
   }
 
-  void check(const std::string&) override {
+  void check(const LoadPicture&) override {
     for (const auto& [places, name] : {std::pair(&from_, "--from"), std::pair(&to_, "--to")})
       if (!places->need_a_picture())
         convex_quad(places->on({}), CornerOrder::kAroundTheOutline, name);

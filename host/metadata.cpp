@@ -61,8 +61,6 @@ Description describe_metadata(const Metadata& metadata) {
           profile_name(metadata.icc)};
 }
 
-bool is_srgb(const Bytes& icc) { return icc.empty() || has_srgb_primaries(icc); }
-
 void reset_orientation(Metadata& metadata) {
   reset_exif_orientation(metadata.exif);
   reset_xmp_orientation(metadata.xmp);

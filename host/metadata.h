@@ -17,9 +17,6 @@ struct Description {
 };
 Description describe_metadata(const Metadata& metadata);
 
-// Whether the colour profile, if there is one, describes sRGB. Judged by its primaries.
-bool is_srgb(const Bytes& icc);
-
 // The picture was made upright: nothing is to be turned any more.
 void reset_orientation(Metadata& metadata);
 

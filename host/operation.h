@@ -2,37 +2,49 @@
 #ifndef ROXE_HOST_OPERATION_H_
 #define ROXE_HOST_OPERATION_H_
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "errors.h"
+#include "option_table.h"
 #include "picture.h"
-
-namespace CLI {
-class App;
-}
 
 namespace host {
 
 // What an operation did to a picture.
 struct Outcome {
-  std::string sentence;   // "turned 2.45 degrees clockwise"
-  bool changed = true;    // whether the size or any pixel is another than before
-  std::string note = {};  // what the person should know about this picture and this operation
+  std::string sentence;       // "turned 2.45 degrees clockwise"
+  bool changed = true;        // whether the size or any pixel is another than before
+  std::string note = {};      // what the person should know about this picture and this operation
+  bool axes_swapped = false;  // whether rows became columns: what is known of either changes places
 };
+
+// A picture that an option names, as sentences call it.
+struct NamedPicture {
+  std::string name;
+  Picture picture;
+};
+using LoadPicture = std::function<NamedPicture(const std::string& path)>;
 
 class Operation {
  public:
   virtual ~Operation() = default;
   // Ties the options to the members.
-  virtual void add_options(CLI::App& app) = 0;
-  // Turns what was typed into values, before any picture is there. Files that the options name are
-  // looked for from a folder on; empty: from where the tool runs. Throws UsageError.
-  virtual void check(const std::string& folder = {}) { static_cast<void>(folder); }
+  virtual void add_options(Options& options) = 0;
+  // Judges the options together and loads what they name, before any picture is there. Throws
+  // UsageError, and whatever load throws.
+  virtual void check(const LoadPicture& load) { static_cast<void>(load); }
   // Whether apply only computes what it returns, and there is no picture to write.
   virtual bool only_reports() const { return false; }
+  // Whether each pixel of the result depends on the same pixel of the source and nothing else, so
+  // that a picture may be edited in parts.
+  virtual bool by_pixels() const { return false; }
+  // Whether pixels move, so that what belongs to them, such as opacity, must move as they do. Only
+  // then pixels may stay uncovered.
+  virtual bool moves_pixels() const { return false; }
   // Changes the picture and says what was done. Uncovered pixels take the background. May run for
   // several pictures at a time.
   virtual Outcome apply(Picture& picture, Colour background) const = 0;

@@ -61,6 +61,27 @@ void refuse_values_of_flags(CLI::App& app) {
 
 }  // namespace
 
+void add_options(CLI::App& app, const Options& options) {
+  for (const Option& option : options.all()) {
+    const std::string& other = option.other_spelling;
+    const std::string names = option.name + (other.empty() ? "" : "," + other);
+    if (option.kind == Option::Kind::kFlag) {
+      app.add_flag_callback(
+          names, [use = option.use] { use(""); }, option.meaning);
+      continue;
+    }
+    add_text(app, names, option.form, option.meaning, option.use)
+        ->required(option.required)
+        ->expected(option.value_optional ? 0 : 1, 1)
+        ->default_str(option.otherwise);
+  }
+  for (const Option& option : options.all()) {
+    CLI::Option* added = app.get_option(option.name);
+    if (!option.needs.empty()) added->needs(app.get_option(option.needs));
+    for (const std::string& other : option.excludes) added->excludes(app.get_option(other));
+  }
+}
+
 void parse(CLI::App& app, std::vector<std::string> arguments) {
   refuse_values_of_flags(app);
   std::ranges::reverse(arguments);  // the parser takes them from the back

@@ -12,6 +12,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "option_table.h"
 #include "text.h"
 
 namespace host {
@@ -31,14 +32,6 @@ inline CLI::Option* add_whole_number(CLI::App& app, const std::string& name, int
   return add_text(app, name, "N", meaning, store)->default_str(std::to_string(value));
 }
 
-inline CLI::Option* add_decimal_number(CLI::App& app, const std::string& name, double& value,
-                                       int32_t low, int32_t high, const std::string& meaning) {
-  const auto store = [&value, name, low, high](const std::string& text) {
-    value = decimal_number(text, low, high, name);
-  };
-  return add_text(app, name, "NUMBER", meaning, store)->default_str(CLI::detail::to_string(value));
-}
-
 // choices: "fit|free"
 inline CLI::Option* add_choice(CLI::App& app, const std::string& name, std::string& value,
                                const std::string& choices, const std::string& meaning) {
@@ -47,6 +40,9 @@ inline CLI::Option* add_choice(CLI::App& app, const std::string& name, std::stri
   };
   return add_text(app, name, choices, meaning, store)->default_str(value);
 }
+
+// The options of an operation, whatever else the command has.
+void add_options(CLI::App& app, const Options& options);
 
 // Takes arguments in their order. Throws UsageError with a sentence about what is wrong.
 void parse(CLI::App& app, std::vector<std::string> arguments);

@@ -57,7 +57,8 @@ std::string profile_name(const Bytes& icc) {
   return length && offset ? ascii(icc, *tag + *offset, *length / 2, 2) : "";
 }
 
-bool has_srgb_primaries(const Bytes& icc) {
+bool is_srgb(const Bytes& icc) {
+  if (icc.empty()) return true;
   struct Primary {
     const char* tag;
     double x, y, z;  // relative to the white D50

@@ -11,8 +11,8 @@ namespace host {
 // As the profile describes itself: "Display P3"; empty if it does not.
 std::string profile_name(const Bytes& icc);
 
-// Whether its three primaries are those of sRGB.
-bool has_srgb_primaries(const Bytes& icc);
+// Whether the profile, if there is one, describes sRGB. Judged by its three primaries.
+bool is_srgb(const Bytes& icc);
 
 }  // namespace host
 

@@ -6,8 +6,10 @@
 
 #include "errors.h"
 #include "files.h"
+#include "metadata.h"
 #include "options.h"
 #include "output_options.h"
+#include "picture_file.h"
 #include "text.h"
 
 namespace host {
@@ -54,7 +56,9 @@ Step read_step(std::string_view line, const std::string& folder) {
   Step step{entry->make(), {}};
   CLI::App options;
   options.set_help_flag();
-  step.operation->add_options(options);
+  Options own;
+  step.operation->add_options(own);
+  add_options(options, own);
   add_text(options, "--background", "COLOUR", "",
            [&step](const std::string& text) { step.background = colour(text, "--background"); });
   arguments.erase(arguments.begin());
@@ -67,7 +71,7 @@ Step read_step(std::string_view line, const std::string& folder) {
     throw UsageError(error.what() + std::string(" (see roxe ") + std::string(entry->name) +
                      " --help)");
   }
-  step.operation->check(folder);
+  step.operation->check(pictures_beside(folder));
   if (step.operation->only_reports()) throw UsageError("--dry-run has no place in a recipe");
   return step;
 }
@@ -96,10 +100,19 @@ Recipe read_recipe(const std::string& path) {
   return recipe;
 }
 
+LoadPicture pictures_beside(const std::string& folder) {
+  return [folder](const std::string& path) {
+    const std::string found = (std::filesystem::path(folder) / path).string();
+    Notes notes;  // what such a picture loses on the way is of no interest
+    return NamedPicture{found, load_picture(found, {}, notes).picture};
+  };
+}
+
 Outcome apply(const Recipe& recipe, Picture& picture, Colour background) {
   Outcome all{"", false};
   for (const Step& step : recipe) {
     const Outcome outcome = step.operation->apply(picture, step.background.value_or(background));
+    if (outcome.axes_swapped) swap_axes(picture.metadata);
     all.sentence += (all.sentence.empty() ? "" : "; ") + outcome.sentence;
     all.changed = all.changed || outcome.changed;
     if (all.note.empty()) all.note = outcome.note;

@@ -33,6 +33,9 @@ Step read_step(std::string_view line, const std::string& folder = {});
 // makes no sense.
 Recipe read_recipe(const std::string& path);
 
+// Loads what an operation names, from a folder on; empty: from where the tool runs.
+LoadPicture pictures_beside(const std::string& folder);
+
 // Does one step after the other.
 Outcome apply(const Recipe& recipe, Picture& picture, Colour background);
 

@@ -163,6 +163,11 @@ std::string degrees(double angle) {
   return text;
 }
 
+std::string shortest(double value) {
+  char text[32];
+  return {text, std::to_chars(text, text + sizeof(text), value).ptr};
+}
+
 std::vector<std::string> words(std::string_view line) {
   std::vector<std::string> result;
   bool inside = false;

@@ -59,6 +59,7 @@ Colour colour(std::string_view text, std::string_view what);
 std::string to_text(Colour colour);  // "#E07A2C"
 std::string to_text(Point point);    // "(12, 34)"
 std::string degrees(double angle);   // two decimals: "2.45 degrees"
+std::string shortest(double value);  // the fewest digits that mean this number: "0.1"
 std::vector<std::string> words(
     std::string_view line);  // by white space; quotes hold words together
 

@@ -1,7 +1,7 @@
 #include "drawing.h"
 #include "errors.h"
 #include "operation.h"
-#include "options.h"
+#include "option_table.h"
 #include "text.h"
 
 namespace host {
@@ -9,10 +9,11 @@ namespace {
 
 class AutoGamma : public Operation {
  public:
-  void add_options(CLI::App& app) override {
-    add_text(app, "--region", "X,Y,W,H", "judge the exposure by this part of the picture",
-             [this](const std::string& text) { set_region(text); })
-        ->default_str("all of it");
+  void add_options(Options& options) override {
+    options
+        .text("--region", "X,Y,W,H", "judge the exposure by this part of the picture",
+              [this](const std::string& text) { set_region(text); })
+        .otherwise = "all of it";
   }
 
   Outcome apply(Picture& picture, Colour) const override {
@@ -51,11 +52,10 @@ class AutoGamma : public Operation {
 
 class ShadowHighlight : public Operation {
  public:
-  void add_options(CLI::App& app) override {
-    add_whole_number(app, "--shadow", shadow_, 0, 100, "opens the shadows, 0 to 100");
-    add_whole_number(app, "--highlight", highlight_, 0, 100, "tames the highlights, 0 to 100");
-    add_whole_number(app, "--midtone", midtone_, -100, 100,
-                     "contrast of the midtones, -100 to 100");
+  void add_options(Options& options) override {
+    options.whole_number("--shadow", shadow_, 0, 100, "opens the shadows, 0 to 100");
+    options.whole_number("--highlight", highlight_, 0, 100, "tames the highlights, 0 to 100");
+    options.whole_number("--midtone", midtone_, -100, 100, "contrast of the midtones, -100 to 100");
   }
 
   Outcome apply(Picture& picture, Colour) const override {
@@ -74,16 +74,18 @@ class ShadowHighlight : public Operation {
 
 class Variations : public Operation {
  public:
-  void add_options(CLI::App& app) override {
-    const auto steps = [&app](const char* name, int32_t& count, const char* meaning) {
-      add_whole_number(app, name, count, -1000, 1000, meaning);
+  void add_options(Options& options) override {
+    const auto steps = [&options](const char* name, int32_t& count, const char* meaning) {
+      options.whole_number(name, count, -1000, 1000, meaning);
     };
     steps("--red", red_, "steps of red to take away; negative: to add");
     steps("--green", green_, "steps of green to take away; negative: to add");
     steps("--blue", blue_, "steps of blue to take away; negative: to add");
     steps("--dark", dark_, "steps to darken; negative: to lighten");
-    add_whole_number(app, "--level", level_, 0, 6, "size of a step, 0 (fine) to 6 (coarse)");
+    options.whole_number("--level", level_, 0, 6, "size of a step, 0 (fine) to 6 (coarse)");
   }
+
+  bool by_pixels() const override { return true; }
 
   Outcome apply(Picture& picture, Colour) const override {
     const bool changed = draw_in_place(picture, [&](const PixelArray* from, PixelArray* to) {

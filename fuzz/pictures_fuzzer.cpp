@@ -9,6 +9,7 @@
 #include "errors.h"
 #include "metadata.h"
 #include "picture_file.h"
+#include "profile.h"
 
 namespace {
 

@@ -59,6 +59,7 @@ class ReplaceColour : public Operation {
   }
 
   bool by_pixels() const override { return true; }
+  bool gives_mask() const override { return selection_.mask_only(); }
 
   Outcome apply(Picture& picture, Colour) const override {
     const Colour c = selection_.reference();
@@ -86,6 +87,7 @@ class Tint : public Operation {
   void add_options(Options& options) override { selection_.add_options(options); }
 
   bool by_pixels() const override { return true; }
+  bool gives_mask() const override { return selection_.mask_only(); }
 
   Outcome apply(Picture& picture, Colour) const override {
     const Colour c = selection_.reference();

@@ -45,6 +45,8 @@ class Operation {
   // Whether pixels move, so that what belongs to them, such as opacity, must move as they do. Only
   // then pixels may stay uncovered.
   virtual bool moves_pixels() const { return false; }
+  // Whether the result is a grey mask that says where, instead of the picture.
+  virtual bool gives_mask() const { return false; }
   // Changes the picture and says what was done. Uncovered pixels take the background. May run for
   // several pictures at a time.
   virtual Outcome apply(Picture& picture, Colour background) const = 0;

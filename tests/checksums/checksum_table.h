@@ -7,7 +7,7 @@
 
 #include "roxe.h"
 
-// The operations that fill the table: the library's or the literal references.
+// All operations: the library's or the literal references.
 struct Operations {
   decltype(&roxeRotateImage) rotate;
   decltype(&roxeuAutoStraightenImage) straighten;
@@ -22,6 +22,8 @@ struct Operations {
   decltype(&roxeAutoGamma) auto_gamma;
   decltype(&roxeShadowHighlight) shadow_highlight;
   decltype(&roxeVariations) variations;
+  decltype(&roxeGetPerspectiveDistortionCorrectionSize) correction_size;
+  decltype(&roxeVerifyPixelArray) verify;
 };
 extern const Operations kLibrary;
 extern const Operations kReference;

@@ -14,4 +14,6 @@ const Operations kLibrary = {
     .auto_gamma = roxeAutoGamma,
     .shadow_highlight = roxeShadowHighlight,
     .variations = roxeVariations,
+    .correction_size = roxeGetPerspectiveDistortionCorrectionSize,
+    .verify = roxeVerifyPixelArray,
 };

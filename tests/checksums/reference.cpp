@@ -1,6 +1,7 @@
 #include "checksums/checksum_table.h"
 #include "reference/blur.h"
 #include "reference/colour.h"
+#include "reference/frame.h"
 #include "reference/geometry.h"
 #include "reference/tone.h"
 
@@ -18,4 +19,6 @@ const Operations kReference = {
     .auto_gamma = reference::roxeAutoGamma,
     .shadow_highlight = reference::roxeShadowHighlight,
     .variations = reference::roxeVariations,
+    .correction_size = reference::roxeGetPerspectiveDistortionCorrectionSize,
+    .verify = reference::roxeVerifyPixelArray,
 };

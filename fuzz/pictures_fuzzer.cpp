@@ -40,7 +40,7 @@ void encode(const host::Picture& picture, host::FileFormat format,
   try {
     file = host::encode_picture(picture, format, settings, notes);
   } catch (const host::Failure&) {
-    return;  // a JPEG of more than 65500 pixels a side
+    return;  // a JPEG of more than 65500 pixels a side, a WebP of more than 16383
   }
   const auto again = decode(file, false);
   expect(again.has_value(), "the tool reads what it has written");
@@ -60,12 +60,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (!loaded) loaded = decode(file, true);
   if (!loaded) return 0;
   host::describe_metadata(loaded->picture.metadata);
-  host::is_srgb(loaded->picture.metadata.icc);
+  host::what_differs_from_srgb(loaded->picture.metadata);
 
   using host::FileFormat;
   host::WriteSettings settings;
   encode(loaded->picture, FileFormat::kJpeg, settings, false);
   encode(loaded->picture, FileFormat::kPng, settings, true);
+  if (!host::webp_library().empty())
+    encode(loaded->picture, FileFormat::kWebp, settings, loaded->picture.metadata.lossless);
   settings.strip_gps = true;
   settings.progressive = size % 2 == 1;
   settings.subsampling = size % 3 == 0 ? host::Subsampling::k420 : host::Subsampling::kDefault;

@@ -109,11 +109,11 @@ class Tint : public Operation {
 };
 
 // The curves of the white balance are made for numbers of sRGB.
-std::string note_about_profile(const Bytes& icc) {
-  if (is_srgb(icc)) return "";
-  const std::string name = profile_name(icc);
-  return "its colour profile" + (name.empty() ? "" : " (" + name + ")") +
-         " is not sRGB, for which temperature takes its numbers";
+std::string note_about_colours(const Metadata& metadata) {
+  const std::string what = what_differs_from_srgb(metadata);
+  if (what.empty()) return "";
+  return what + (what.ends_with("chunks") ? " are" : " is") +
+         " not sRGB, for which temperature takes its numbers";
 }
 
 // By how much the channels of a colour differ.
@@ -181,7 +181,7 @@ class Temperature : public Operation {
              std::to_string(balance.tint);
     };
     const auto note = [&](bool changed) {
-      return changed ? note_about_profile(picture.metadata.icc) : "";
+      return changed ? note_about_colours(picture.metadata) : "";
     };
     if (grey_.empty()) {
       const bool changed = draw_in_place(picture, balanced);

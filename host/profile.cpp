@@ -1,6 +1,9 @@
 #include "profile.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdlib>
 #include <optional>
 #include <string_view>
 
@@ -44,21 +47,7 @@ std::string ascii(const Bytes& icc, size_t position, size_t count, size_t bytes_
   return text;
 }
 
-}  // namespace
-
-std::string profile_name(const Bytes& icc) {
-  const auto tag = find(icc, "desc");
-  if (!tag) return "";
-  if (number(icc, *tag, 4) == signature("desc"))
-    return ascii(icc, *tag + 12, number(icc, *tag + 8, 4).value_or(0), 1);
-  if (number(icc, *tag, 4) != signature("mluc")) return "";
-  // The first of several languages, in UTF-16.
-  const auto length = number(icc, *tag + 20, 4), offset = number(icc, *tag + 24, 4);
-  return length && offset ? ascii(icc, *tag + *offset, *length / 2, 2) : "";
-}
-
-bool is_srgb(const Bytes& icc) {
-  if (icc.empty()) return true;
+bool has_srgb_primaries(const Bytes& icc) {
   struct Primary {
     const char* tag;
     double x, y, z;  // relative to the white D50
@@ -78,6 +67,47 @@ bool is_srgb(const Bytes& icc) {
     }
   }
   return true;
+}
+
+// Code points of ITU-T H.273: the primaries of BT.709 and the transfer function of sRGB.
+bool is_code_of_srgb(const Bytes& cicp) {
+  return cicp.size() == 4 && cicp[0] == 1 && cicp[1] == 13;
+}
+
+// Numbers of a PNG in units of 1/100000, which programs round differently.
+bool near(int32_t value, int32_t expected) { return std::abs(int64_t{value} - expected) <= 1000; }
+
+bool are_of_srgb(const std::array<int32_t, 8>& chromaticities) {  // of white, red, green and blue
+  constexpr std::array kOfSrgb = {31270, 32900, 64000, 33000, 30000, 60000, 15000, 6000};
+  return std::ranges::equal(chromaticities, kOfSrgb, near);
+}
+
+}  // namespace
+
+std::string profile_name(const Bytes& icc) {
+  const auto tag = find(icc, "desc");
+  if (!tag) return "";
+  if (number(icc, *tag, 4) == signature("desc"))
+    return ascii(icc, *tag + 12, number(icc, *tag + 8, 4).value_or(0), 1);
+  if (number(icc, *tag, 4) != signature("mluc")) return "";
+  // The first of several languages, in UTF-16.
+  const auto length = number(icc, *tag + 20, 4), offset = number(icc, *tag + 24, 4);
+  return length && offset ? ascii(icc, *tag + *offset, *length / 2, 2) : "";
+}
+
+std::string what_differs_from_srgb(const Metadata& metadata) {
+  for (const Metadata::Chunk& chunk : metadata.chunks)
+    if (chunk.name == "cICP") return is_code_of_srgb(chunk.bytes) ? "" : "its cICP chunk";
+  if (!metadata.icc.empty()) {
+    if (has_srgb_primaries(metadata.icc)) return "";
+    const std::string name = profile_name(metadata.icc);
+    return "its colour profile" + (name.empty() ? "" : " (" + name + ")");
+  }
+  if (metadata.srgb_intent) return "";
+  const bool gamma = metadata.gamma && !near(*metadata.gamma, 45455);
+  const bool primaries = metadata.chromaticities && !are_of_srgb(*metadata.chromaticities);
+  if (gamma) return primaries ? "its gAMA and cHRM chunks" : "its gAMA chunk";
+  return primaries ? "its cHRM chunk" : "";
 }
 
 }  // namespace host

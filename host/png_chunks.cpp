@@ -76,8 +76,6 @@ class Collector {
       notes_.push_back("its XMP packet is damaged and is left out");
     } else if (is_one_of(name, {"acTL", "fcTL", "fdAT"})) {
       animated_ = true;
-    } else if (name == "tIME") {
-      return;  // when the picture was last changed: now
     } else if (!may_be_copied(name) || name == "eXIf") {
       add_to(dropped_, name);
     } else if (content.size() > kMostBytes - kept_bytes_) {

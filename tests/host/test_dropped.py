@@ -68,7 +68,7 @@ class Dropped(Jpegs):
         self.write("in.png", png(2, 1, 8, 2, [b"\1\2\3\4\5\6"], kept + gone + [wrong], late) + b"end")
         notes = self.notes("in.png", "out.png")
         self.assertIn("its animation (APNG) is left out", notes)
-        self.assertIn("its chunks bKGD prVT do not fit a changed picture and are left out", notes)
+        self.assertIn("its chunks bKGD prVT tIME do not fit a changed picture and are left out", notes)
         self.assertIn("its chunks tEXt are damaged and are left out", notes)
         self.assertIn("the 3 bytes after its end are left out", notes)
         chunks = [chunk(*found) for found in png_chunks(self.read("out.png"))]

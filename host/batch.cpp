@@ -192,7 +192,7 @@ void process(const BatchJob& job, const Recipe& recipe, const Photograph& photog
   LoadedPicture loaded = load_picture(photograph.input, job.reading, notes);
   // After the input, so that a text is refused as what it is.
   fs::create_directories(fs::path(photograph.target).parent_path());
-  check_target(photograph.target);
+  const Target target(photograph.target);
   Outcome outcome;
   try {
     outcome = apply(recipe, loaded.picture, job.reading.background);
@@ -200,11 +200,10 @@ void process(const BatchJob& job, const Recipe& recipe, const Photograph& photog
     throw Failure(photograph.input + ": " + error.what());
   }
   if (!outcome.note.empty()) notes.push_back(photograph.input + ": " + outcome.note);
-  if (!outcome.changed && !job.writes_anew &&
-      copy_picture(loaded, photograph.target, job.settings)) {
+  if (!outcome.changed && !job.writes_anew && copy_picture(loaded, target, job.settings)) {
     notes = {photograph.target + ": nothing was to be done, copied as it is"};
   } else {
-    save_picture(loaded.picture, photograph.target, job.settings, notes);
+    save_picture(loaded.picture, target, job.settings, notes);
   }
   targets.written(photograph);
 }

@@ -1,4 +1,7 @@
 // The commands that read one picture and write one.
+#include <filesystem>
+#include <optional>
+
 #include "command.h"
 #include "compare.h"
 #include "errors.h"
@@ -11,9 +14,11 @@
 namespace host {
 namespace {
 
+// Whether two paths lead to one file, which need not exist yet.
 bool is_same_file(const std::string& one, const std::string& other) {
-  const auto identity = identity_of(one);
-  return one == other || (identity && identity == identity_of(other));
+  if (const auto identity = identity_of(one)) return identity == identity_of(other);
+  namespace fs = std::filesystem;
+  return fs::weakly_canonical(fs::absolute(one)) == fs::weakly_canonical(fs::absolute(other));
 }
 
 // IN and OUT around the steps of a recipe.
@@ -43,10 +48,11 @@ class OnePicture : public Command {
 
   int edit(const Recipe& recipe) {
     if (output_.empty()) throw UsageError("OUT, the picture to write, is missing");
-    check_target(output_, options_.settings.format);
-    if (!comparison_.empty()) check_target(comparison_);
+    const Target output(output_, options_.settings.format);
+    std::optional<Target> comparison;
+    if (!comparison_.empty()) comparison.emplace(comparison_);
     for (const std::string& other : {input_, output_})
-      if (is_same_file(comparison_, other))
+      if (comparison && is_same_file(comparison_, other))
         throw UsageError("--compare " + comparison_ + " would replace " + other);
 
     Notes notes;
@@ -56,11 +62,11 @@ class OnePicture : public Command {
     const Outcome outcome = apply(recipe, picture, options_.background);
     if (!outcome.note.empty()) notes.push_back(name_of_input(input_) + ": " + outcome.note);
     const bool copied = !outcome.changed && !options_.ask_for_writing() &&
-                        copy_picture(loaded, output_, options_.settings);
+                        copy_picture(loaded, output, options_.settings);
     if (copied) notes.clear();  // of what reading would have changed
-    if (!copied) save_picture(picture, output_, options_.settings, notes);
-    if (!comparison_.empty())
-      save_picture(side_by_side(before, picture, options_.background), comparison_, {}, notes);
+    if (!copied) save_picture(picture, output, options_.settings, notes);
+    if (comparison)
+      save_picture(side_by_side(before, picture, options_.background), *comparison, {}, notes);
     for (const std::string& note : notes) complain("note: " + note);
     const std::string sentence = name_of_output(output_) + ": " + outcome.sentence +
                                  (copied ? "; copied as it is, " : ", ") + picture.size_text() +

@@ -289,11 +289,7 @@ void write_file(const std::string& path, const Bytes& bytes, Existing existing,
       throw Failure("standard output: cannot be written (" + reason() + ")");
     return;
   }
-  check_writable(path);
-  const bool follows = existing == Existing::kReplace;
-  if (!follows && fs::is_symlink(fs::symlink_status(path)))
-    throw Failure(path + ": is a link, and a batch follows none");
-  const fs::path target = follows ? target_of(path) : fs::path(path);
+  const fs::path target = existing == Existing::kReplace ? target_of(path) : fs::path(path);
   TemporaryFile temporary(directory_of(target));
   if (!temporary.made() || !temporary.write(bytes, belonging_for(target), modified) ||
       !temporary.rename(target, existing != Existing::kKeep))

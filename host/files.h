@@ -22,13 +22,14 @@ std::string name_of_output(const std::string& path);
 // Throws Failure with a sentence that names the file.
 Bytes read_file(const std::string& path);
 
-// Fails early where write_file could not succeed: no such directory, not a regular file.
+// Fails where write_file could not succeed or would replace what is no regular file. Asked once, before
+// the work.
 void check_writable(const std::string& path);
 
 enum class Existing {
-  kReplace,  // through a symbolic link, whose target keeps permissions and owner
-  kKeep,     // and fail
-  kReplaceButNoLink,
+  kReplace,           // through a symbolic link, whose target keeps permissions and owner
+  kKeep,              // and fail
+  kReplaceButNoLink,  // a link itself is replaced
 };
 
 // Writes a temporary file next to the target and renames it. With a time, the file is as if it had

@@ -37,14 +37,9 @@ std::optional<timespec> time_to_keep(const Picture& picture, const WriteSettings
   return settings.preserve_time ? picture.metadata.modified : std::nullopt;
 }
 
-// What ends in the extension that says the format.
-std::string name_of_format(const std::string& path, const std::string& format) {
-  return format.empty() ? path : "picture." + format;
-}
-
-// Which of .pgm and .ppm, in any case, a path ends in.
-bool ends_in_pgm(const std::string& path) {
-  const char middle = path[path.size() - 2];
+// Which of .pgm and .ppm, in any case, a name of kPnm ends in.
+bool ends_in_pgm(const std::string& name) {
+  const char middle = name[name.size() - 2];
   return middle == 'g' || middle == 'G';
 }
 
@@ -96,43 +91,42 @@ LoadedPicture load_picture(const std::string& path, const ReadSettings& settings
   }
 }
 
-void check_target(const std::string& path, const std::string& format) {
-  if (!format_of_name(name_of_format(path, format)))
+Target::Target(const std::string& path, const std::string& format) : path_(path) {
+  const std::string name = format.empty() ? path : "picture." + format;
+  const auto known = format_of_name(name);
+  if (!known)
     throw UsageError(path == kStandardStream
                          ? "--format must say what to write on standard output"
                          : path +
                                ": the extension must say what to write: .jpg, .jpeg, .png, .webp, "
                                ".ppm or .pgm");
+  format_ = *known;
+  pgm_ = format_ == FileFormat::kPnm && ends_in_pgm(name);
   check_writable(path);
 }
 
-void save_picture(const Picture& picture, const std::string& path, WriteSettings settings,
+void save_picture(const Picture& picture, const Target& target, WriteSettings settings,
                   Notes& notes) {
-  const std::string format_name = name_of_format(path, settings.format);
-  check_target(path, settings.format);
   const size_t first_note = notes.size();
-  settings.pgm = ends_in_pgm(format_name);
+  settings.pgm = target.pgm();
   Bytes file;
   try {
-    file = encode_picture(picture, *format_of_name(format_name), settings, notes);
+    file = encode_picture(picture, target.format(), settings, notes);
   } catch (const Failure& failure) {
-    throw Failure(path + ": " + failure.what());
+    throw Failure(target.path() + ": " + failure.what());
   }
-  name_the_file(notes, first_note, name_of_output(path));
-  write_file(path, file, settings.existing, time_to_keep(picture, settings));
+  name_the_file(notes, first_note, name_of_output(target.path()));
+  write_file(target.path(), file, settings.existing, time_to_keep(picture, settings));
 }
 
-bool copy_picture(const LoadedPicture& loaded, const std::string& path,
+bool copy_picture(const LoadedPicture& loaded, const Target& target,
                   const WriteSettings& settings) {
-  check_target(path, settings.format);
   const bool as_it_was = !settings.quality && settings.subsampling == Subsampling::kDefault &&
                          !settings.progressive && !settings.strip && !settings.strip_gps;
-  if (!as_it_was) return false;
-  const std::string format_name = name_of_format(path, settings.format);
-  if (loaded.format != *format_of_name(format_name)) return false;
+  if (!as_it_was || loaded.format != target.format()) return false;
   const auto is_pgm = [&] { return loaded.file[1] == '2' || loaded.file[1] == '5'; };
-  if (loaded.format == FileFormat::kPnm && is_pgm() != ends_in_pgm(format_name)) return false;
-  write_file(path, loaded.file, settings.existing, time_to_keep(loaded.picture, settings));
+  if (loaded.format == FileFormat::kPnm && is_pgm() != target.pgm()) return false;
+  write_file(target.path(), loaded.file, settings.existing, time_to_keep(loaded.picture, settings));
   return true;
 }
 

@@ -23,17 +23,29 @@ Bytes encode_picture(const Picture& picture, FileFormat format, const WriteSetti
 
 LoadedPicture load_picture(const std::string& path, const ReadSettings& settings, Notes& notes);
 
-// Throws UsageError for an extension that cannot be written, Failure for a place that cannot. The
-// format is "jpg", "png" ... or empty: by the extension.
-void check_target(const std::string& path, const std::string& format = "");
+// A place that a picture can be written to, and in which format.
+class Target {
+ public:
+  // Throws UsageError for an extension that cannot be written, Failure for a place that cannot. The
+  // format is "jpg", "png" ... or empty: by the extension.
+  explicit Target(const std::string& path, const std::string& format = "");
 
-void save_picture(const Picture& picture, const std::string& path, WriteSettings settings,
+  const std::string& path() const { return path_; }
+  FileFormat format() const { return format_; }
+  bool pgm() const { return pgm_; }  // of the portable formats, the grey one
+
+ private:
+  std::string path_;
+  FileFormat format_;
+  bool pgm_;
+};
+
+void save_picture(const Picture& picture, const Target& target, WriteSettings settings,
                   Notes& notes);
 
-// Writes the file as it was read, if it has the format that the output should have and no option asks
-// for another form.
-bool copy_picture(const LoadedPicture& loaded, const std::string& path,
-                  const WriteSettings& settings);
+// Writes the file as it was read, if it has the format of the target and no option asks for another
+// form.
+bool copy_picture(const LoadedPicture& loaded, const Target& target, const WriteSettings& settings);
 
 }  // namespace host
 

@@ -96,7 +96,8 @@ class Comparison(ToolTest):
     def test_it_replaces_neither_input_nor_output(self):
         self.write("in.ppm", ppm(speckled(4, 3)))
         os.link(self.path("in.ppm"), self.path("link.ppm"))
-        for name in ("in.ppm", "out.ppm", "link.ppm"):
+        os.symlink(".", self.path("here"))
+        for name in ("in.ppm", "out.ppm", "link.ppm", "./out.ppm", "here/out.ppm"):
             self.refuse(USAGE, f"--compare {name} would replace", "rotate", "in.ppm", "out.ppm",
                         "--angle", 3, "--compare", name)
 

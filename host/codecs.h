@@ -15,7 +15,7 @@
 namespace host {
 
 enum class FileFormat { kJpeg, kPng, kPnm, kTiff, kWebp };
-inline constexpr char kFormats[] = "jpg|png|ppm|pgm";  // that can be asked for
+inline constexpr char kFormats[] = "jpg|png|webp|ppm|pgm";  // that can be asked for
 
 // What was read besides the pixels.
 struct Decoded {

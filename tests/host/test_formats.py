@@ -147,6 +147,8 @@ class WebP(Formats):
         self.assertEqual(ppm_rows(self.read("out.ppm")), rows)
         self.notes("in.webp", "out.webp", "--quality", "80")
         self.assertIn(b"VP8 ", self.chunks("out.webp"))
+        self.notes("out.ppm", "out.dat", "--format", "webp")
+        self.assertIn(b"VP8 ", self.chunks("out.dat"))
 
     def test_colours_and_blocks(self):
         profile = bytes(16) + b"RGB " + bytes(20) + b"acsp" + bytes(100)

@@ -306,7 +306,7 @@ class Arguments(ToolTest):
         self.refuse_arguments("--size and --fit exclude each other", "perspective", "in.ppm",
                               "out.ppm", "--corners", "0,0,9,0,9,9,0,9", "--size", "9x9", "--fit",
                               "9x9")
-        self.refuse_arguments("--format needs jpg, png, ppm or pgm, not 'gif' (see roxe run --help)",
+        self.refuse_arguments("--format needs jpg, png, webp, ppm or pgm, not 'gif' (see roxe run --help)",
                               "run", "recipe", "in.ppm", "--out", "out", "--format", "gif")
 
     def test_numbers(self):

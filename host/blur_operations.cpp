@@ -26,7 +26,7 @@ class SoftFocus : public Operation {
   void add_options(Options& options) override {
     options
         .whole_number("--radius", radius_, 1, 100000,
-                      "length of the window that is averaged, in pixels")
+                      "length of the window that is averaged, in pixels, and not half of it")
         .required = true;
     options
         .picture("--mask", mask_path_,
@@ -71,7 +71,8 @@ class SoftFocus : public Operation {
 }  // namespace
 
 std::vector<OperationEntry> blur_operations() {
-  return {{"soft-focus", "Blur a picture, except where a mask keeps it sharp",
+  return {{"soft-focus",
+           "Blur a picture, except where a mask keeps it sharp; white becomes 252 to 254",
            make_operation<SoftFocus>}};
 }
 

@@ -21,9 +21,9 @@ namespace {
 
 int run(int argc, char** argv) {
   CLI::App app(
-      "Edits photographs: JPEG, PNG, TIFF, WebP, PPM and PGM. Angles in degrees; pixels count from "
-      "the "
-      "top left corner, (0, 0), of the upright picture.");
+      "Edits photographs: JPEG, PNG, TIFF, WebP, PPM and PGM. Angles are in degrees; pixels count "
+      "from the top left corner, (0, 0), of the upright picture. Colour profiles are kept and not "
+      "applied.");
   app.name("roxe");
   app.footer("Exit codes: 0 done, 1 the work failed, 2 the command makes no sense.");
   app.require_subcommand(1);

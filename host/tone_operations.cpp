@@ -106,7 +106,8 @@ std::vector<OperationEntry> tone_operations() {
   return {
       {"auto-gamma", "Correct the exposure automatically", make_operation<AutoGamma>},
       {"shadow-highlight", "Open shadows and tame highlights", make_operation<ShadowHighlight>},
-      {"variations", "Shift the colour balance and brightness in steps",
+      {"variations",
+       "Shift the colour balance and brightness in steps; several turn white into 254",
        make_operation<Variations>},
   };
 }

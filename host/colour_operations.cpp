@@ -213,7 +213,7 @@ std::vector<OperationEntry> colour_operations() {
   return {
       {"replace-colour", "Change the hue, saturation and value of one colour",
        make_operation<ReplaceColour>},
-      {"tint", "Keep one colour and turn the others grey", make_operation<Tint>},
+      {"tint", "Keep one colour and turn the others grey; white becomes 254", make_operation<Tint>},
       {"temperature", "Correct the white balance", make_operation<Temperature>},
   };
 }

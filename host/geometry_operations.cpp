@@ -2,6 +2,7 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "corners.h"
 #include "crop.h"
@@ -20,10 +21,17 @@ std::string turned(double angle) {
   return "turned " + degrees(angle) + (angle > 0 ? " clockwise" : " anticlockwise");
 }
 
-void require_inside(const Picture& picture, Point point, std::string_view what) {
-  if (!picture.contains(point.x, point.y))
+void require_inside(Size picture, Point point, std::string_view what) {
+  if (point.x < 0 || point.x >= picture.width || point.y < 0 || point.y >= picture.height)
     throw UsageError(std::string(what) + " " + to_text(point) + " lies outside the picture of " +
-                     picture.size_text() + " pixels");
+                     size_text(picture.width, picture.height) + " pixels");
+}
+
+Point centre_of(Size size) { return {size.width / 2, size.height / 2}; }
+
+// Where a result lies if one of its points is a point of the picture.
+Area placed(Size size, Point point, Point of_picture) {
+  return {{of_picture.x - point.x, of_picture.y - point.y}, size};
 }
 
 // ------------------------------------------------------------------------------------------ rotate
@@ -49,33 +57,34 @@ class Rotate : public Geometric {
   }
 
   Outcome apply(Picture& picture, Colour background) const override {
-    const double angle = std::remainder(angle_, 360.0);
-    const double quarters = angle / 90;
-    if (edges_ == Edges::kRepeat && about_.empty() && quarters == std::trunc(quarters)) {
+    const double quarters = angle() / 90;
+    if (is_exact()) {
       // The EXIF orientations that ask for 0, 90, 180 and 270 degrees clockwise.
       constexpr int kOrientations[] = {1, 6, 3, 8};
       make_upright(picture, kOrientations[static_cast<int>(quarters + 4) % 4]);
       return {turned(angle_), quarters != 0, "", std::abs(quarters) == 1};
     }
 
-    const Point centre = about_.empty() ? Point{picture.width() / 2, picture.height() / 2}
-                                        : about_.on(size_of(picture))[0];
-    if (!about_.empty()) require_inside(picture, centre, "--about");
-    const double radians = angle * std::numbers::pi / 180;
-    Canvas canvas{size_of(picture), centre};
-    if (expand_) canvas = expanded(picture, centre, radians);
-    if (crop_ != Crop::kNone) {
-      canvas.size = cropped(canvas.size, radians, edges_, crop_);
-      canvas.centre = {canvas.size.width / 2, canvas.size.height / 2};
-    }
-
+    const Point centre = centre_on(size_of(picture));
+    const Canvas canvas = canvas_for(size_of(picture), centre);
     const int32_t shift = shift_of(edges_);
     const auto rotate = [&](const PixelArray* from, PixelArray* to) {
-      return roxeRotateImage(from, centre.x + shift, centre.y + shift, static_cast<float>(radians),
-                             to, canvas.centre.x, canvas.centre.y);
+      return roxeRotateImage(from, centre.x + shift, centre.y + shift,
+                             static_cast<float>(radians()), to, canvas.centre.x, canvas.centre.y);
     };
     const bool changed = draw_into(picture, canvas.size, background, rotate, edges_);
     return {turned(angle_) + " about " + to_text(centre), changed};
+  }
+
+  Area result_area(Size picture) const override {
+    const Point centre = centre_on(picture);
+    if (is_exact()) {
+      const bool sideways = std::abs(angle()) == 90;
+      const Size size = sideways ? Size{picture.height, picture.width} : picture;
+      return placed(size, centre_of(size), centre);
+    }
+    const Canvas canvas = canvas_for(picture, centre);
+    return placed(canvas.size, canvas.centre, centre);
   }
 
  private:
@@ -84,11 +93,33 @@ class Rotate : public Geometric {
     Point centre;
   };
 
+  double angle() const { return std::remainder(angle_, 360.0); }
+  double radians() const { return angle() * std::numbers::pi / 180; }
+
+  // Whether every pixel moves to a place of its own and none is reckoned.
+  bool is_exact() const {
+    return edges_ == Edges::kRepeat && about_.empty() && std::remainder(angle_, 90.0) == 0;
+  }
+
+  Point centre_on(Size picture) const {
+    if (about_.empty()) return centre_of(picture);
+    const Point centre = about_.on(picture)[0];
+    require_inside(picture, centre, "--about");
+    return centre;
+  }
+
+  Canvas canvas_for(Size picture, Point centre) const {
+    if (expand_) return expanded(picture, centre, radians());
+    if (crop_ == Crop::kNone) return {picture, centre};
+    const Size size = cropped(picture, radians(), edges_, crop_);
+    return {size, centre_of(size)};
+  }
+
   // The smallest canvas that holds every corner of the turned picture.
-  static Canvas expanded(const Picture& picture, Point centre, double radians) {
+  static Canvas expanded(Size picture, Point centre, double radians) {
     double left = 0, right = 0, top = 0, bottom = 0;
-    for (const double x : {0 - centre.x, picture.width() - 1 - centre.x})
-      for (const double y : {0 - centre.y, picture.height() - 1 - centre.y}) {
+    for (const double x : {0 - centre.x, picture.width - 1 - centre.x})
+      for (const double y : {0 - centre.y, picture.height - 1 - centre.y}) {
         const double turned_x = x * std::cos(radians) - y * std::sin(radians);
         const double turned_y = x * std::sin(radians) + y * std::cos(radians);
         left = std::min(left, turned_x);
@@ -130,29 +161,41 @@ class Straighten : public Geometric {
   }
 
   Outcome apply(Picture& picture, Colour background) const override {
-    const std::vector<Point> line = line_.on(size_of(picture));
-    require_different(line);
-    const Point first = line[0], second = line[1];
-    require_inside(picture, first, "the point");
-    require_inside(picture, second, "the point");
+    const auto [first, second] = line_on(size_of(picture));
     const bool upright = std::abs(second.y - first.y) > std::abs(second.x - first.x);
     const std::string way = upright ? "upright" : "level";
     if (!turns(first, second)) return {"not turned: the line is already " + way, false};
 
-    const double radians = angle_to_axis(first, second);
-    const Size drawn =
-        crop_ == Crop::kNone ? size_of(picture) : cropped(size_of(picture), radians, edges_, crop_);
+    const Size drawn = drawn_size(size_of(picture), first, second);
     const int32_t shift = shift_of(edges_);
     const auto straighten = [&](const PixelArray* from, PixelArray* to) {
       return roxeuAutoStraightenImage(from, first.x + shift, first.y + shift, second.x + shift,
                                       second.y + shift, to);
     };
     const bool changed = draw_into(picture, drawn, background, straighten, edges_);
-    const double angle = radians * 180 / std::numbers::pi;
+    const double angle = angle_to_axis(first, second) * 180 / std::numbers::pi;
     return {turned(angle) + ", so that the line is " + way, changed};
   }
 
+  Area result_area(Size picture) const override {
+    const auto [first, second] = line_on(picture);
+    const Size size = turns(first, second) ? drawn_size(picture, first, second) : picture;
+    return placed(size, centre_of(size), centre_of(picture));
+  }
+
  private:
+  std::pair<Point, Point> line_on(Size picture) const {
+    const std::vector<Point> line = line_.on(picture);
+    require_different(line);
+    for (const Point point : line) require_inside(picture, point, "the point");
+    return {line[0], line[1]};
+  }
+
+  Size drawn_size(Size picture, Point first, Point second) const {
+    if (crop_ == Crop::kNone) return picture;
+    return cropped(picture, angle_to_axis(first, second), edges_, crop_);
+  }
+
   static void require_different(const std::vector<Point>& line) {
     if (line[0].x == line[1].x && line[0].y == line[1].y)
       throw UsageError("--line needs two different points, and both are " + to_text(line[0]));
@@ -209,9 +252,7 @@ class Perspective : public Geometric {
   bool only_reports() const override { return dry_run_; }
 
   Outcome apply(Picture& picture, Colour background) const override {
-    const std::vector<Point> corners = corners_.on(size_of(picture));
-    const Plan planned = plan(corners);
-    require_near(corners, size_of(picture), "--corners");
+    const Plan planned = plan_for(size_of(picture));
     const Size drawn = planned.drawn;
     if (dry_run_)
       return {
@@ -232,11 +273,20 @@ class Perspective : public Geometric {
     return {"drew the corners upright", changed};
   }
 
+  Area result_area(Size picture) const override { return {{}, plan_for(picture).drawn}; }
+
  private:
   struct Plan {
     Quad quad;
     Size natural, drawn;
   };
+
+  Plan plan_for(Size picture) const {
+    const std::vector<Point> corners = corners_.on(picture);
+    const Plan planned = plan(corners);
+    require_near(corners, picture, "--corners");
+    return planned;
+  }
 
   Plan plan(const std::vector<Point>& corners) const {
     Plan plan = {convex_quad(corners, CornerOrder::kAny, "--corners"), {}, size_};
@@ -295,7 +345,7 @@ class Warp : public Geometric {
   }
 
   Outcome apply(Picture& picture, Colour background) const override {
-    const Size drawn = size_.width > 0 ? size_ : size_of(picture);
+    const Size drawn = drawn_size(size_of(picture));
     const Quad from_quad = quad(from_, size_of(picture), "--from");
     const Quad to_quad = quad(to_, drawn, "--to");
     const auto warp = [&](const PixelArray* from, PixelArray* to) {
@@ -306,7 +356,16 @@ class Warp : public Geometric {
     return {"warped", changed};
   }
 
+  Area result_area(Size picture) const override {
+    const Size drawn = drawn_size(picture);
+    quad(from_, picture, "--from");
+    quad(to_, drawn, "--to");
+    return {{}, drawn};
+  }
+
  private:
+  Size drawn_size(Size picture) const { return size_.width > 0 ? size_ : picture; }
+
   static Quad quad(const Places& places, Size picture, std::string_view name) {
     const std::vector<Point> corners = places.on(picture);
     const Quad quad = convex_quad(corners, CornerOrder::kAroundTheOutline, name);

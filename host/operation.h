@@ -11,6 +11,7 @@
 #include "errors.h"
 #include "option_table.h"
 #include "picture.h"
+#include "text.h"
 
 namespace host {
 
@@ -45,6 +46,9 @@ class Operation {
   // Whether pixels move, so that what belongs to them, such as opacity, must move as they do. Only
   // then pixels may stay uncovered.
   virtual bool moves_pixels() const { return false; }
+  // Where the result lies on a plane where the picture begins at (0, 0), known without its pixels.
+  // Throws what apply throws where the options do not fit the picture.
+  virtual Area result_area(Size picture) const { return {{}, picture}; }
   // Whether the result is a grey mask that says where, instead of the picture.
   virtual bool gives_mask() const { return false; }
   // Changes the picture and says what was done. Uncovered pixels take the background. May run for

@@ -18,6 +18,10 @@ struct Point {
 struct Size {
   int32_t width = 0, height = 0;
 };
+struct Area {
+  Point origin;
+  Size size;
+};
 inline Size size_of(const Picture& picture) { return {picture.width(), picture.height()}; }
 
 // A place on one axis as it was typed: a pixel, or percent of the way from the first pixel, 0%, to

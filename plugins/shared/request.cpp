@@ -52,12 +52,12 @@ void Request::take(const std::map<std::string, std::string>& given, const host::
   operation_->check(load);
 }
 
-host::Outcome Request::apply(Layers& layers) const {
+host::Outcome Request::apply(Layers& layers, uint8_t uncovered_opacity) const {
   const host::Outcome outcome = operation_->apply(layers.colours, *background_);
   if (operation_->gives_mask())
     layers.opacity = host::Picture();
   else if (layers.has_opacity() && operation_->moves_pixels())
-    operation_->apply(layers.opacity, {255, 255, 255});
+    operation_->apply(layers.opacity, {uncovered_opacity, uncovered_opacity, uncovered_opacity});
   return outcome;
 }
 

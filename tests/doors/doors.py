@@ -22,6 +22,7 @@ os.environ.setdefault("ROXE_LIBRARY", str(ROOT / "build/release/libroxe.so.1"))
 PROGRAM = os.environ.get("ROXE_CHECKSUMS", ROOT / "build/release/tests/roxe_checksums")
 TOOL = os.environ.setdefault("ROXE_TOOL", str(ROOT / "build/release/host/roxe"))
 
+import gegl  # noqa: E402
 import roxe  # noqa: E402
 
 
@@ -122,6 +123,8 @@ class Web:
 
 
 DOORS = {"tool": Tool, "python": Python, "web": Web}
+if gegl.MODULE:
+    DOORS["gegl"] = gegl.Gegl
 
 
 def write(path, image):

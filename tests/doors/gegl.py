@@ -1,0 +1,109 @@
+"""The operations in GEGL as a door: GEGL in this process, one graph for each picture."""
+
+import os
+import re
+import threading
+
+import numpy as np
+
+# The folder of the module, where there is one.
+MODULE = os.environ.get("ROXE_GEGL_MODULE")
+
+# The properties that make up an option of several numbers.
+PARTS = {
+    "about": ("x", "y"), "grey": ("x", "y"), "line": ("x1", "y1", "x2", "y2"),
+    "region": ("x", "y", "width", "height"), "size": ("width", "height"),
+    "fit": ("width", "height")}
+CORNERS = tuple(axis + str(corner) for corner in range(1, 5) for axis in "xy")
+REQUIRED = ("line", "corners", "from", "to")
+FORMATS = {1: "Y' u8", 3: "R'G'B' u8", 4: "R'G'B'A u8"}
+
+
+def load():
+    """GEGL with its own modules and ours; what ours says goes to Gegl.said."""
+    import gi
+    gi.require_version("Gegl", "0.4")
+    from gi.repository import Gegl as library, GLib
+    own = os.popen("pkg-config --variable=pluginsdir gegl-0.4").read().strip()
+    os.environ["GEGL_PATH"] = f"{own}:{MODULE}"
+    library.init(None)
+    GLib.log_set_handler("roxe", GLib.LogLevelFlags.LEVEL_INFO,
+                         lambda domain, level, text, data: Gegl.said.append(text), None)
+    return library
+
+
+def properties(library, options):
+    """The properties for options that have the names of the Python package."""
+    from roxe._colours import COLOURS
+    for name, value in options.items():
+        name = name.strip("_").replace("_", "-")
+        if name in ("colour", "background"):
+            if value.lower() not in COLOURS and not re.fullmatch("#(...){1,2}", value):
+                raise ValueError(f"GEGL is given colours, not names such as {value}")
+            yield name, library.Color.new(COLOURS.get(value.lower(), value))
+        elif isinstance(value, (tuple, list)):
+            if name not in REQUIRED:
+                yield name, True
+            numbers = np.ravel(value).tolist()
+            for part, number in zip(PARTS.get(name, CORNERS), numbers, strict=True):
+                yield f"{name}-{part}", number
+        else:
+            yield name, "fit" if name == "crop" and value is True else value
+
+
+class Gegl:
+    library = None
+    lock = threading.Lock()
+    said = []
+
+    @classmethod
+    def buffer(cls, samples, at):
+        """A buffer with its top left corner at (x, y); shape (height, width, channels)."""
+        height, width, channels = samples.shape
+        buffer = cls.library.Buffer.new(FORMATS[channels], *at, width, height)
+        area = cls.library.Rectangle.new(*at, width, height)
+        buffer.set(area, FORMATS[channels], np.ascontiguousarray(samples).tobytes())
+        return buffer
+
+    @classmethod
+    def run(cls, name, samples, options, mask=None, at=(0, 0)):
+        """Place and samples of the result of red, green, blue and, where there is any, opacity."""
+        cls.library = cls.library or load()
+        library, channels = cls.library, samples.shape[2]
+        graph = library.Node()
+        operation = graph.create_child("roxe:" + name)
+        for option, value in properties(library, options):
+            operation.set_property(option, value)
+        for pad, content in (("input", samples), ("aux", mask)):
+            if content is not None:
+                source = graph.create_child("gegl:buffer-source")
+                source.set_property("buffer", cls.buffer(content, at))
+                source.connect_to("output", operation, pad)
+        cls.said.clear()  # options are set one after the other, and some make no sense alone
+        area = operation.get_bounding_box()
+        target = library.Buffer.new(FORMATS[channels], area.x, area.y, area.width, area.height)
+        sink = graph.create_child("gegl:write-buffer")
+        sink.set_property("buffer", target)
+        operation.link(sink)
+        sink.process()
+        drawn = np.frombuffer(target.get(area, 1.0, FORMATS[channels], library.AbyssPolicy.NONE),
+                              np.uint8)
+        return (area.x, area.y), drawn.reshape(area.height, area.width, channels)
+
+    @classmethod
+    def draw(cls, operation, image, options):
+        from doors import Refused
+        options = dict(options)
+        mask = options.pop("mask", None)
+        if operation == "colour_mask":
+            operation, options["mask_only"] = "replace_colour", True
+        with cls.lock:
+            try:
+                _, drawn = cls.run(operation.replace("_", "-"), image[..., ::-1], options,
+                                   None if mask is None else mask[..., None])
+            except ValueError as error:
+                raise Refused(str(error)) from None
+            if cls.said:
+                assert (drawn[..., ::-1] == image).all(), "what is refused stays as it was"
+                raise Refused(cls.said[0])
+        return drawn[..., 0] if "mask_only" in options else np.ascontiguousarray(drawn[..., ::-1])

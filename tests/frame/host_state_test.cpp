@@ -96,6 +96,8 @@ const Operations kHosted = {
     .auto_gamma = Hosted<roxeAutoGamma>::call,
     .shadow_highlight = Hosted<roxeShadowHighlight>::call,
     .variations = Hosted<roxeVariations>::call,
+    .correction_size = Hosted<roxeGetPerspectiveDistortionCorrectionSize>::call,
+    .verify = Hosted<roxeVerifyPixelArray>::call,
 };
 
 std::string CommittedChecksums() {

@@ -47,12 +47,7 @@ void write_layers(const Layers& layers, GeglBuffer* buffer, int x, int y, const 
 host::Picture read_on_black(GeglBuffer* buffer, const GeglRectangle& area) {
   const Babl* space = babl_format_get_space(gegl_buffer_get_format(buffer));
   Layers layers = read_layers(buffer, area, bytes_format(true, space));
-  for (int32_t y = 0; y < area.height; ++y) {
-    uint8_t* colours = layers.colours.row(y);
-    const uint8_t* opacity = layers.opacity.row(y);
-    for (ptrdiff_t i = 0; i < layers.colours.row_bytes(); ++i)
-      colours[i] = static_cast<uint8_t>((colours[i] * opacity[i] + 127) / 255);
-  }
+  plugins::darken_transparent(layers);
   return std::move(layers.colours);
 }
 

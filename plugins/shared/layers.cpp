@@ -49,4 +49,13 @@ void put_together(const Layers& layers, const Samples<uint8_t>& samples) {
   }
 }
 
+void darken_transparent(Layers& layers) {
+  if (!layers.has_opacity()) return;
+  for (int32_t y = 0; y < layers.colours.height(); ++y)
+    for (ptrdiff_t i = 0; i < layers.colours.row_bytes(); ++i) {
+      uint8_t& sample = layers.colours.row(y)[i];
+      sample = static_cast<uint8_t>((sample * layers.opacity.row(y)[i] + 127) / 255);
+    }
+}
+
 }  // namespace plugins

@@ -35,6 +35,9 @@ int32_t channels_of(const Layers& layers);
 // has an opacity of 255.
 void put_together(const Layers& layers, const Samples<uint8_t>& samples);
 
+// Makes colours what they are over a black ground, rounded to nearest.
+void darken_transparent(Layers& layers);
+
 }  // namespace plugins
 
 #endif  // ROXE_PLUGINS_SHARED_LAYERS_H_

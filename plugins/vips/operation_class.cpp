@@ -90,16 +90,6 @@ Layers read_image(VipsImage* image) {
                      memory->Ysize, memory->Bands});
 }
 
-// As over a black ground, rounded to nearest.
-void darken_transparent(Layers& layers) {
-  if (!layers.has_opacity()) return;
-  for (int32_t y = 0; y < layers.colours.height(); ++y)
-    for (ptrdiff_t i = 0; i < layers.colours.row_bytes(); ++i) {
-      uint8_t& sample = layers.colours.row(y)[i];
-      sample = static_cast<uint8_t>((sample * layers.opacity.row(y)[i] + 127) / 255);
-    }
-}
-
 host::Bytes profile_of(const VipsImage* image) {
   const void* data = nullptr;
   size_t size = 0;

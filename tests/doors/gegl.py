@@ -38,7 +38,7 @@ def properties(library, options):
     for name, value in options.items():
         name = name.strip("_").replace("_", "-")
         if name in ("colour", "background"):
-            if value.lower() not in COLOURS and not re.fullmatch("#(...){1,2}", value):
+            if value.lower() not in COLOURS and not re.fullmatch("#(...){1,2}|#.{8}", value):
                 raise ValueError(f"GEGL is given colours, not names such as {value}")
             yield name, library.Color.new(COLOURS.get(value.lower(), value))
         elif isinstance(value, (tuple, list)):
@@ -49,6 +49,18 @@ def properties(library, options):
                 yield f"{name}-{part}", number
         else:
             yield name, "fit" if name == "crop" and value is True else value
+
+
+def render(library, node, channels):
+    """The samples of what a node gives, of shape (height, width, channels)."""
+    area = node.get_bounding_box()
+    target = library.Buffer.new(FORMATS[channels], area.x, area.y, area.width, area.height)
+    sink = node.get_parent().create_child("gegl:write-buffer")
+    sink.set_property("buffer", target)
+    node.link(sink)
+    sink.process()
+    content = target.get(area, 1.0, FORMATS[channels], library.AbyssPolicy.NONE)
+    return np.frombuffer(content, np.uint8).reshape(area.height, area.width, channels)
 
 
 class Gegl:
@@ -66,8 +78,11 @@ class Gegl:
         return buffer
 
     @classmethod
-    def run(cls, name, samples, options, mask=None, at=(0, 0)):
-        """Place and samples of the result of red, green, blue and, where there is any, opacity."""
+    def run(cls, name, samples, options, mask=None, at=(0, 0), part=None):
+        """Place and samples of the result of red, green, blue and, where there is any, opacity.
+
+        at: where the picture lies; part: (x, y, width, height) to ask for alone.
+        """
         cls.library = cls.library or load()
         library, channels = cls.library, samples.shape[2]
         graph = library.Node()
@@ -79,16 +94,15 @@ class Gegl:
                 source = graph.create_child("gegl:buffer-source")
                 source.set_property("buffer", cls.buffer(content, at))
                 source.connect_to("output", operation, pad)
+        last = operation
+        if part:
+            last = graph.create_child("gegl:crop")
+            for side, length in zip(("x", "y", "width", "height"), part):
+                last.set_property(side, length)
+            operation.link(last)
         cls.said.clear()  # options are set one after the other, and some make no sense alone
-        area = operation.get_bounding_box()
-        target = library.Buffer.new(FORMATS[channels], area.x, area.y, area.width, area.height)
-        sink = graph.create_child("gegl:write-buffer")
-        sink.set_property("buffer", target)
-        operation.link(sink)
-        sink.process()
-        drawn = np.frombuffer(target.get(area, 1.0, FORMATS[channels], library.AbyssPolicy.NONE),
-                              np.uint8)
-        return (area.x, area.y), drawn.reshape(area.height, area.width, channels)
+        area = last.get_bounding_box()
+        return (area.x, area.y), render(library, last, channels)
 
     @classmethod
     def draw(cls, operation, image, options):

@@ -19,15 +19,18 @@ double decimal_default(const Option& option) {
 
 // What the help of the tool says, in one line.
 std::string description(const Option& option) {
-  std::string text = option.meaning + " (";
+  std::string remarks;
+  const auto add = [&](const std::string& remark) {
+    remarks += (remarks.empty() ? " (" : ", ") + remark;
+  };
   if (option.kind == Option::Kind::kWholeNumber || option.kind == Option::Kind::kDecimalNumber)
-    text += std::to_string(option.low) + " to " + std::to_string(option.high) + ", ";
-  else if (!option.form.empty())
-    text += option.form + ", ";
-  text += option.required ? "required)" : "optional)";
+    add(std::to_string(option.low) + " to " + std::to_string(option.high));
+  else if (option.kind == Option::Kind::kText)
+    add(option.form);
+  if (option.required) add("required");
   if (option.kind == Option::Kind::kText && !option.otherwise.empty() && !option.value_optional)
-    text += ", default: " + option.otherwise;
-  return text;
+    add("default: " + option.otherwise);
+  return option.meaning + (remarks.empty() ? "" : remarks + ")");
 }
 
 GParamSpec* specification(const Option& option, const char* name) {

@@ -24,6 +24,7 @@ TOOL = os.environ.setdefault("ROXE_TOOL", str(ROOT / "build/release/host/roxe"))
 
 import gegl  # noqa: E402
 import roxe  # noqa: E402
+import vips  # noqa: E402
 
 
 class Refused(Exception):
@@ -125,6 +126,8 @@ class Web:
 DOORS = {"tool": Tool, "python": Python, "web": Web}
 if gegl.MODULE:
     DOORS["gegl"] = gegl.Gegl
+if vips.HOME:
+    DOORS["vips"] = vips.Vips
 
 
 def write(path, image):

@@ -130,3 +130,11 @@ def fnv1a(buffers):
     for byte in np.stack([buffer.ravel() for buffer in buffers], axis=1).astype(np.uint64):
         checksums = (checksums ^ byte) * prime
     return checksums
+
+
+def fnv1a_of_one(buffer):
+    """The same of one buffer, which is faster alone."""
+    checksum = 14695981039346656037
+    for byte in buffer.tobytes():
+        checksum = (checksum ^ byte) * 1099511628211 & 0xFFFFFFFFFFFFFFFF
+    return checksum

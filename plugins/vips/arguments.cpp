@@ -23,11 +23,11 @@ std::string description(const Option& option) {
   const auto add = [&](const std::string& remark) {
     remarks += (remarks.empty() ? " (" : ", ") + remark;
   };
-  if (option.kind == Option::Kind::kWholeNumber || option.kind == Option::Kind::kDecimalNumber)
-    add(std::to_string(option.low) + " to " + std::to_string(option.high));
-  else if (option.kind == Option::Kind::kText)
-    add(option.form);
-  if (option.required) add("required");
+  const std::string range = std::to_string(option.low) + " to " + std::to_string(option.high);
+  const bool is_number =
+      option.kind == Option::Kind::kWholeNumber || option.kind == Option::Kind::kDecimalNumber;
+  if (is_number && option.meaning.find(range) == std::string::npos) add(range);
+  if (option.kind == Option::Kind::kText) add(option.form);
   if (option.kind == Option::Kind::kText && !option.otherwise.empty() && !option.value_optional)
     add("default: " + option.otherwise);
   return option.meaning + (remarks.empty() ? "" : remarks + ")");
@@ -79,8 +79,9 @@ void declare_arguments(VipsObjectClass* type, const std::vector<Option>& options
       vips_object_class_install_argument(type, spec, VipsArgumentFlags(flags), priority++,
                                          static_cast<guint>(offset));
     };
-    declare(option.name, VIPS_ARGUMENT_OPTIONAL_INPUT);
-    if (!option.other_spelling.empty())  // understood and not listed
+    declare(option.name,
+            option.required ? VIPS_ARGUMENT_REQUIRED_INPUT : VIPS_ARGUMENT_OPTIONAL_INPUT);
+    if (!option.other_spelling.empty() && !option.required)  // understood and not listed
       declare(option.other_spelling, VIPS_ARGUMENT_OPTIONAL_INPUT | VIPS_ARGUMENT_DEPRECATED);
     offset += sizeof(Value);
   }
@@ -101,10 +102,10 @@ std::map<std::string, std::string> given_arguments(VipsObject* call,
   for (size_t i = 0; i < options.size(); ++i) {
     const Option& option = options[i];
     const auto is_set = [&](const std::string& spelling) {
-      return !spelling.empty() &&
-             vips_object_argument_isset(call, identifier(spelling, '-').c_str());
+      return vips_object_argument_isset(call, identifier(spelling, '-').c_str());
     };
-    if (!is_set(option.name) && !is_set(option.other_spelling)) continue;
+    const bool has_other = !option.other_spelling.empty() && !option.required;
+    if (!is_set(option.name) && !(has_other && is_set(option.other_spelling))) continue;
     if (option.kind == Option::Kind::kFlag && !values[i].flag) continue;
     given[option.name] = option.kind == Option::Kind::kFlag ? "" : text_of(option, values[i]);
   }

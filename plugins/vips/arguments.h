@@ -22,8 +22,8 @@ union Value {
 };
 
 // Declares one argument an option, whose values lie in a row from an offset into the instance on:
-// option i has the value i. All may be left away as far as libvips is concerned, so that they are
-// given by name everywhere; what is required is said in their descriptions and judged later.
+// option i has the value i. What is required libvips asks for itself and, as is its way, without a
+// name on the command line, after the two files.
 void declare_arguments(VipsObjectClass* type, const std::vector<host::Option>& options,
                        size_t offset);
 

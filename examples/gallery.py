@@ -171,10 +171,10 @@ small { opacity: 0.75; }
   background: #0008; font-size: 0.8rem; pointer-events: none; }
 .pair .left { justify-self: start; } .pair .right { justify-self: end; }
 .beside { display: grid; grid-template-columns: repeat(auto-fit, minmax(18rem, 1fr)); gap: 0.6rem;
-  align-items: center; margin: 0.8rem 0; }
+  align-items: end; margin: 0.8rem 0; }
 .beside figure { margin: 0; } .beside img { width: 100%; max-height: 44rem; object-fit: contain; }
 .beside figcaption, nav { font-size: 0.85rem; }
-nav ul { columns: 3 14rem; padding-left: 1.2rem; margin: 0.5rem 0; }
+nav ul { columns: 3 14rem; column-gap: 2.4rem; padding-left: 1.2rem; margin: 0.5rem 0; }
 .sheet { display: grid; grid-template-columns: repeat(4, 1fr); gap: 0.5rem; }
 .sheet figure { margin: 0; } .sheet img { width: 100%; } .sheet figcaption { font-size: 0.8rem; }
 """

@@ -1,6 +1,7 @@
 """TIFF, WebP and JPEG in four colours, which a build may lack."""
 
 import ctypes
+import os
 import struct
 import unittest
 
@@ -8,7 +9,7 @@ import exif_blocks as blocks
 from exif_blocks import ASCII, LONG, RATIONAL, SHORT, UNDEFINED
 from pictures import (TOOL, ToolTest, chunk, exif, jpeg_segments, plain, png, png_chunks, ppm,
                       ppm_rows, speckled, with_segments)
-from test_nonsense import CMYK_JPEG
+from test_nonsense import CMYK_JPEG, FAILED
 
 LEVEL = ("--line", "0,0,1,0", "--background", "black")
 
@@ -227,6 +228,35 @@ class FourColours(Formats):
         self.write("in.jpg", with_segments(CMYK_JPEG, [(0xE2, b"ICC_PROFILE\0\1\1" + profile)]))
         result = self.run_tool("straighten", "in.jpg", "out.ppm", *LEVEL)
         self.assertIn("a CMYK JPEG cannot be edited", result.stderr)
+
+
+class Without(ToolTest):
+    """The tool as a build has it that lacks these libraries says so and refuses with a sentence."""
+
+    def setUp(self):
+        super().setUp()
+        if "ROXE_WITHOUT" not in os.environ:
+            self.skipTest("ROXE_WITHOUT names no such tool")
+        self.tool = {"executable": os.environ["ROXE_WITHOUT"]}
+
+    def test_what_it_lacks(self):
+        self.assertEqual(self.run_tool("--version", **self.tool).stdout.split(", with ")[1],
+                         "libjpeg, libpng; without libtiff (TIFF), libwebp (WebP), lcms2 (CMYK)\n")
+
+    def test_refusals(self):
+        self.write("in.ppm", ppm(speckled(8, 6)))
+        for content, words in (
+                (tiff("<", 2, 1, 8, 3, 2, bytes(6)), "is a TIFF or raw picture, and this roxe was "
+                 "built without libtiff"),
+                (b"RIFF\x1a\0\0\0WEBPVP8L\x0d\0\0\0", "is a WebP picture, and this roxe was built "
+                 "without libwebp"),
+                (CMYK_JPEG, "a CMYK JPEG cannot be edited, as this roxe was built without lcms2")):
+            self.write("in", content)
+            self.refuse(FAILED, "in: " + words, "rotate", "in", "out.png", "--angle", 3, **self.tool)
+        self.refuse(FAILED, "out.webp: a WebP cannot be written, as this roxe was built without "
+                    "libwebp", "rotate", "in.ppm", "out.webp", "--angle", 3, **self.tool)
+        result = self.run_tool("rotate", "in.ppm", "out.png", "--angle", 3, **self.tool)
+        self.assertEqual(result.returncode, 0, result.stderr)
 
 
 if __name__ == "__main__":

@@ -38,6 +38,13 @@ cmake -S tests/package/subproject -B "$work/part" -DROXE_SOURCES="$PWD" >/dev/nu
 cmake --build "$work/part" --parallel >/dev/null
 "$work/part/consumer"
 
+echo "without pkg-config: the tool without the formats that are found by it"
+cmake -S . -B "$work/fewer" -DROXE_TESTS=OFF -DCMAKE_DISABLE_FIND_PACKAGE_PkgConfig=ON >"$work/said"
+for part in tiff webp cmyk; do
+  grep -q "The tool is built without $part: " "$work/said"
+  grep -q "${part}_absent.cpp" "$work/fewer/compile_commands.json"
+done
+
 echo "without the codecs: the library alone"
 cmake -S . -B "$work/alone" -DROXE_TESTS=OFF -DCMAKE_DISABLE_FIND_PACKAGE_JPEG=ON >/dev/null \
   2>"$work/said"

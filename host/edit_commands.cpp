@@ -61,12 +61,13 @@ class OnePicture : public Command {
     const Picture before = comparison_.empty() ? Picture() : copy_of(picture);
     const Outcome outcome = apply(recipe, picture, options_.background);
     if (!outcome.note.empty()) notes.push_back(name_of_input(input_) + ": " + outcome.note);
+    const Picture both =
+        comparison ? side_by_side(before, picture, options_.background) : Picture();
     const bool copied = !outcome.changed && !options_.ask_for_writing() &&
                         copy_picture(loaded, output, options_.settings);
     if (copied) notes.clear();  // of what reading would have changed
     if (!copied) save_picture(picture, output, options_.settings, notes);
-    if (comparison)
-      save_picture(side_by_side(before, picture, options_.background), *comparison, {}, notes);
+    if (comparison) save_picture(both, *comparison, {}, notes);
     for (const std::string& note : notes) complain("note: " + note);
     const std::string sentence = name_of_output(output_) + ": " + outcome.sentence +
                                  (copied ? "; copied as it is, " : ", ") + picture.size_text() +

@@ -108,6 +108,11 @@ class Comparison(ToolTest):
             self.assertNotEqual(result.returncode, 0)
             self.assertEqual(os.listdir(self.folder), ["in.ppm"])  # nor is the picture
 
+    def test_a_comparison_that_would_be_too_large(self):
+        self.write("in.ppm", ppm(plain(16000, 1, (1, 2, 3))))
+        self.refuse(FAILED, "side by side, 16161 × 16000 pixels, are above the limit", "rotate",
+                    "in.ppm", "out.ppm", "--angle", 90, "--compare", "side.ppm")
+
 
 class NothingToDo(ToolTest):
     def test_the_file_is_copied(self):

@@ -33,8 +33,7 @@ CORNERS_IN_ONE = (0, 0, 0, 0, 5, 5, 9, 0)
 FAR = (0, 0, 900, 4, 9, 9, -9, 7)
 CROSSING = (0, 0, 90, 90, 90, 0, 0, 90)
 REFUSED = (
-    ("rotate", {"angle": 3601}), ("rotate", {"angle": 3, "about": (200, 3)}),
-    ("rotate", {"angle": 3, "background": "redd"}),
+    ("rotate", {"angle": 3, "about": (200, 3)}),
     ("straighten", {"line": (3, 3, 3, 3)}),
     ("perspective", {"corners": (0, 0, 90, 0, 0, 90, 5, 5)}),
     ("perspective", {"corners": CORNERS_IN_ONE}),
@@ -42,10 +41,13 @@ REFUSED = (
     ("perspective", {"corners": FAR}),
     ("perspective", {"corners": (0, 0, 150, 0, 150, 1, 0, 1), "fit": (1, 200)}),
     ("warp", {"from_": CROSSING, "to": CROSSING}),
+    ("auto_gamma", {"region": (0, 0, 201, 3)}),
+    ("auto_gamma", {"region": (0, 0, 0, 3)}))
+# The properties of GEGL hold no number out of range, and no colour that is none.
+UNREADABLE = (
+    ("rotate", {"angle": 3601}), ("rotate", {"angle": 3, "background": "redd"}),
     ("tint", {"colour": "redd", "tolerance": 3}),
     ("tint", {"colour": "red", "tolerance": 201}),
-    ("auto_gamma", {"region": (0, 0, 201, 3)}),
-    ("auto_gamma", {"region": (0, 0, 0, 3)}),
     ("temperature", {"tint": 101}), ("shadow_highlight", {"midtone": -101}),
     ("variations", {"level": 7}))
 
@@ -54,7 +56,7 @@ REFUSED = (
 def test_sentences_are_the_same(name):
     """The tool's sentence with its options is a package's with its arguments."""
     image = dict(pictures())["scene 200x150"]
-    for operation, options in REFUSED:
+    for operation, options in REFUSED if name == "gegl" else REFUSED + UNREADABLE:
         sentences = []
         for door in (DOORS["tool"], DOORS[name]):
             with pytest.raises(Exception) as refusal:

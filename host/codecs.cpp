@@ -59,7 +59,7 @@ std::string version_text() {
       without += (without.empty() ? "; without " : ", ") + std::string(name);
     else
       with += ", " + library;
-  return "roxe 1.0.0, with libjpeg, libpng" + with + without;
+  return "roxe " ROXE_VERSION ", with libjpeg, libpng" + with + without;
 }
 
 void note_jpeg_blocks(const Metadata& metadata, std::string_view format, Notes& notes) {

@@ -27,10 +27,16 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#if defined(_WIN32)
+// On Windows a host that links the static library defines ROXE_STATIC; the library itself is built
+// with ROXE_BUILD.
+#if !defined(_WIN32)
+#define ROXE_API __attribute__((visibility("default")))
+#elif defined(ROXE_BUILD)
+#define ROXE_API __declspec(dllexport)
+#elif defined(ROXE_STATIC)
 #define ROXE_API
 #else
-#define ROXE_API __attribute__((visibility("default")))
+#define ROXE_API __declspec(dllimport)
 #endif
 
 #ifdef __cplusplus

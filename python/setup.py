@@ -8,18 +8,20 @@ import os
 import pathlib
 import shutil
 import subprocess
+import sys
 
 from setuptools import Distribution, setup
 from setuptools.command.build_py import build_py
 from wheel.bdist_wheel import bdist_wheel
 
+LIBRARY = {"darwin": "libroxe.1.dylib", "win32": "libroxe-1.dll"}.get(sys.platform, "libroxe.so.1")
 SOURCES = pathlib.Path(__file__).resolve().parent.parent
 
 
 class BuildWithLibrary(build_py):
     def run(self) -> None:
         super().run()
-        target = pathlib.Path(self.build_lib, "roxe", "libroxe.so.1")
+        target = pathlib.Path(self.build_lib, "roxe", LIBRARY)
         named = os.environ.get("ROXE_LIBRARY")
         shutil.copyfile(named or self._built(), target)
 
@@ -28,7 +30,7 @@ class BuildWithLibrary(build_py):
         subprocess.run(["cmake", "-S", SOURCES, "-B", folder, "-DCMAKE_BUILD_TYPE=Release",
                         "-DROXE_HOST=OFF", "-DROXE_TESTS=OFF"], check=True)
         subprocess.run(["cmake", "--build", folder, "--target", "roxe", "--parallel"], check=True)
-        return folder / "libroxe.so.1"
+        return folder / LIBRARY
 
 
 class AnyPython(bdist_wheel):

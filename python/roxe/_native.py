@@ -8,6 +8,7 @@ import ctypes
 import functools
 import os
 import pathlib
+import sys
 from ctypes import POINTER, c_float, c_int32, c_uint32
 from typing import Any, Mapping, Sequence
 
@@ -70,7 +71,8 @@ SIGNATURES: Mapping[str, Sequence[Any]] = {
     "roxeVariations": (_picture, _picture, _int, _int, _int, _int, _int),
 }
 
-_FILE = "libroxe.so.1"
+# The name of the shared library, which cmake gives it on each system.
+_FILE = {"darwin": "libroxe.1.dylib", "win32": "libroxe-1.dll"}.get(sys.platform, "libroxe.so.1")
 
 
 def _open() -> ctypes.CDLL:

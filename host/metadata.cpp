@@ -36,20 +36,27 @@ Metadata only_colours(const Metadata& metadata) {
   return kept;
 }
 
+bool names_a_place(const Bytes& block) {
+  return holds(block, "GPS") || holds(block, "Gps") || holds(block, "gps");
+}
+
 // Some programs write EXIF and XMP into texts, as hexadecimal numbers.
-bool is_raw_profile(const Metadata::Chunk& chunk) {
-  return chunk.name.ends_with("Xt") && holds(chunk.bytes, "Raw profile type");
+bool may_hold_places(const Metadata::Chunk& chunk) {
+  return names_a_place(chunk.bytes) ||
+         (chunk.name.ends_with("Xt") && holds(chunk.bytes, "Raw profile type"));
 }
 
 void remove_gps(Metadata& metadata, Notes& notes) {
   remove_exif_gps(metadata.exif);
   remove_xmp_gps(metadata.xmp);
-  const auto names_a_place = [](const Bytes& segment) {
-    return holds(segment, "GPS") || holds(segment, "Gps") || holds(segment, "gps");
-  };
   if (std::erase_if(metadata.extended_xmp, names_a_place) > 0)
     notes.push_back("the continuation of its XMP packet holds positions and is left out");
-  if (std::erase_if(metadata.chunks, is_raw_profile) > 0)
+  const auto in_segment = [](const Metadata::Segment& s) { return names_a_place(s.bytes); };
+  if (std::erase_if(metadata.other_segments, in_segment) > 0)
+    notes.push_back("its segments of other programs that may hold positions are left out");
+  if (std::erase_if(metadata.comments, names_a_place) +
+          std::erase_if(metadata.chunks, may_hold_places) >
+      0)
     notes.push_back("its texts that may hold positions are left out");
 }
 

@@ -308,6 +308,22 @@ class Stripped(Blocks):
                     if payload.startswith(XMP_PREFIX)]
         self.assertEqual(segments, [XMP_PREFIX + kept])
 
+    def test_positions_in_other_places(self):
+        self.write("in.jpg", with_segments(self.base(), [
+            (0xE4, b"kept"), (0xEE, b"packet exif:GPSLatitude='47,22.1N'"), (0xE4, b"as well"),
+            (0xFE, b"gps 47.368 8.540"), (0xFE, b"words")]))
+        result = self.run_tool("straighten", "in.jpg", "out.jpg", *LEVEL, "--strip-gps")
+        self.assertIn("its segments of other programs that may hold positions are left out",
+                      result.stderr)
+        self.assertIn("its texts that may hold positions are left out", result.stderr)
+        self.assertEqual([payload for marker, payload in jpeg_segments(self.read("out.jpg"))
+                          if marker in (0xE4, 0xEE, 0xFE)], [b"kept", b"as well", b"words"])
+        texts = [chunk(b"tEXt", b"exif:GPSInfo\x001234"), chunk(b"tEXt", b"Title\0A")]
+        self.write("in.png", png(2, 1, 8, 2, [bytes(6)], texts))
+        self.succeed("straighten", "in.png", "out.png", *LEVEL, "--strip-gps")
+        self.assertEqual([content for name, content in png_chunks(self.read("out.png"))
+                          if name == b"tEXt"], [b"Title\0A"])
+
     def test_everything_but_the_colours(self):
         profile = b"ICC_PROFILE\0\1\1" + bytes(16) + b"RGB " + bytes(200)
         self.write("in.jpg", with_segments(self.base(), [

@@ -4,7 +4,7 @@ blocks.py [PAGE...]    by default every page; run in the root of the project, af
 
 A block tagged c, sh, python or js runs as it stands, in the order of its page, in a folder of the page's
 own that holds `examples` and the photographs. C is compiled as C99 with -Wall -Wextra -Werror against the built library,
-`roxe` is on the path, Python finds the package and node the module. Python's later blocks on a page go
+`roxe` is on the path, and Python, node, libvips and GEGL find what is built for them. Python's later blocks on a page go
 on from the earlier ones. The first block of a page that fails names its file and line, and ends the page.
 """
 
@@ -50,11 +50,15 @@ def blocks_of(page):
 
 
 def environment():
+    gegl = subprocess.run(["pkg-config", "--variable=pluginsdir", "gegl-0.4"], text=True, check=True,
+                          capture_output=True).stdout.strip()
     return os.environ | {
         "PATH": f"{BUILD}/host:{os.environ['PATH']}",
         "PYTHONPATH": f"{ROOT}/python",
         "PYTHONDONTWRITEBYTECODE": "1",
         "ROXE_LIBRARY": f"{BUILD}/libroxe.so.1",
+        "VIPSHOME": f"{BUILD}/vips-home",
+        "GEGL_PATH": f"{gegl}:{BUILD}/plugins/gegl",
         "LD_LIBRARY_PATH": BUILD,  # and for blocks of sh that compile:
         "CPATH": f"{ROOT}/include",
         "LIBRARY_PATH": BUILD,
@@ -82,7 +86,7 @@ def commands(block, page, earlier_python, folder):
     return [[{"sh": "bash", "python": "/usr/bin/python3", "js": "node"}[block.language], path]]
 
 
-def run(page):
+def run(page, variables):
     """Runs the blocks of a page. Returns their number, and what failed or nothing."""
     blocks = blocks_of(page)
     with tempfile.TemporaryDirectory() as folder:
@@ -94,7 +98,7 @@ def run(page):
         python = []
         for block in blocks:
             for command in commands(block, page, python, folder):
-                ran = subprocess.run(command, cwd=folder, env=environment(), text=True, check=False,
+                ran = subprocess.run(command, cwd=folder, env=variables, text=True, check=False,
                                      stdin=subprocess.DEVNULL, capture_output=True)
                 if ran.returncode != 0:
                     return len(blocks), f"{block.place}: this block of {block.language} fails\n{ran.stdout}{ran.stderr}"
@@ -104,8 +108,9 @@ def run(page):
 
 
 def main(chosen):
+    variables = environment()
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        results = list(pool.map(run, chosen))
+        results = list(pool.map(lambda page: run(page, variables), chosen))
     failures = [failure for _, failure in results if failure]
     for failure in failures:
         print(failure, file=sys.stderr)

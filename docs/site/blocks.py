@@ -58,7 +58,7 @@ def environment():
         "PYTHONDONTWRITEBYTECODE": "1",
         "ROXE_LIBRARY": f"{BUILD}/libroxe.so.1",
         "VIPSHOME": f"{BUILD}/vips-home",
-        "GEGL_PATH": f"{gegl}:{BUILD}/plugins/gegl",
+        "GEGL_PATH": f"{gegl}:{BUILD}/gegl-modules",
         "LD_LIBRARY_PATH": BUILD,  # and for blocks of sh that compile:
         "CPATH": f"{ROOT}/include",
         "LIBRARY_PATH": BUILD,

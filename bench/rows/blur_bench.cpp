@@ -19,7 +19,8 @@ struct Box {
   uint32_t starts[3][kLanes] = {};
   roxe::BoxRow<Sum> row = {};
 
-  Box() : sums(3 * kColumns * kSumsStep + kLanes), multipliers(kCount, 8388608 / 441) {
+  Box()
+      : sums(3 * kColumns * kSumsStep + kLanes), multipliers(kCount, roxe::window_reciprocal(441)) {
     row.channels = 3;
     row.columns = kColumns;
     row.head = 10;
@@ -40,19 +41,19 @@ const bench::Registration blur_rows([] {
   for (size_t i = 0; i < mask.size(); ++i) mask[i] = static_cast<uint8_t>(i * 77);
   static Box<int16_t> box_16;
   static Box<uint32_t> box_32;
-  bench::row("blend_masked", [](const roxe::RowKernels& rows) {
+  bench::row("blend_masked", kCount, [](const roxe::RowKernels& rows) {
     rows.blend_masked(src.data(), mask.data(), dst.data(), kCount);
   });
-  bench::row("to_lanes", [](const roxe::RowKernels& rows) {
+  bench::row("to_lanes", kCount, [](const roxe::RowKernels& rows) {
     rows.to_lanes(src.data(), dst.data(), 3, kColumns, src.data());
   });
-  bench::row("from_lanes", [](const roxe::RowKernels& rows) {
+  bench::row("from_lanes", kCount, [](const roxe::RowKernels& rows) {
     rows.from_lanes(src.data(), dst.data(), 3, kColumns, dst.data());
   });
-  bench::row("box_row_16", [](const roxe::RowKernels& rows) {
+  bench::row("box_row_16", kCount, [](const roxe::RowKernels& rows) {
     rows.box_row_16(box_16.row, src.data(), src.data(), dst.data());
   });
-  bench::row("box_row_32", [](const roxe::RowKernels& rows) {
+  bench::row("box_row_32", kCount, [](const roxe::RowKernels& rows) {
     rows.box_row_32(box_32.row, src.data(), src.data(), dst.data());
   });
 });

@@ -27,17 +27,17 @@ const bench::Registration colour([] {
   static uint8_t level[256];
   for (int32_t i = 0; i < 256; ++i) level[i] = static_cast<uint8_t>((shift.weight[i] * 255) >> 16);
 
-  bench::row("draw_selection",
+  bench::row("draw_selection", kCount,
              [](const roxe::RowKernels& rows) { rows.draw_selection(selection, level, band); });
-  bench::row("replace_colour",
+  bench::row("replace_colour", kCount,
              [](const roxe::RowKernels& rows) { rows.replace_colour(selection, shift, band); });
-  bench::row("accent_colour",
+  bench::row("accent_colour", kCount,
              [](const roxe::RowKernels& rows) { rows.accent_colour(selection, band); });
 
   float matrix[9];
   roxe::GetStdColorTemperatureMatrix(30, 0, matrix);
   static const roxe::ColourMatrix balance = roxe::fixed_point(matrix);
-  bench::row("balance_white",
+  bench::row("balance_white", kCount,
              [](const roxe::RowKernels& rows) { rows.balance_white(balance, band); });
 });
 

@@ -15,13 +15,13 @@ const bench::Registration rotation([] {
   // 7.3 degrees through the middle of the source.
   static const roxe::RotationWalk walk = {src.data(), 3 * kSide, kSide, kSide, {16, 0},
                                           {48, 0},    65004,     8327,  -8327, 65004};
-  bench::row("rotate", [](const roxe::RowKernels& rows) {
+  bench::row("rotate", kCount, [](const roxe::RowKernels& rows) {
     rows.rotate(walk, dst.data(), 3 * kCount, 1, kCount);
   });
 
   static const roxe::ProjectiveSource source = {src.data(), 3 * kSide, kSide, kSide,
                                                 0.97f,      0.04f,     1e-4f};
-  bench::row("resample_band", [](const roxe::RowKernels& rows) {
+  bench::row("resample_band", kCount * roxe::kProjectiveBand, [](const roxe::RowKernels& rows) {
     roxe::ProjectiveSums starts[roxe::kProjectiveBand];
     for (int32_t i = 0; i < roxe::kProjectiveBand; ++i) {
       const float y = static_cast<float>(i);

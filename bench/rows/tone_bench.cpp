@@ -19,32 +19,32 @@ const bench::Registration tone_rows([] {
   }
   for (size_t i = 0; i < 256; ++i) combined[i] = midtone[i] = static_cast<float>(i);
 
-  bench::row("count_green", [](const roxe::RowKernels& rows) {
+  bench::row("count_green", kCount, [](const roxe::RowKernels& rows) {
     static uint32_t counts[8][256];
     rows.count_green(src.data(), kCount, counts);
   });
-  bench::row("intensities", [](const roxe::RowKernels& rows) {
+  bench::row("intensities", kCount, [](const roxe::RowKernels& rows) {
     static std::vector<float> plane(kCount);
     rows.intensities(src.data(), plane.data(), kCount);
   });
-  bench::row("intensity_sums", [](const roxe::RowKernels& rows) {
+  bench::row("intensity_sums", kCount * kRows, [](const roxe::RowKernels& rows) {
     rows.intensity_sums(src.data(), 3 * kCount, kRows, kCount, 4, sums.data(), kCount);
   });
-  bench::row("slide_sums", [](const roxe::RowKernels& rows) {
+  bench::row("slide_sums", kCount, [](const roxe::RowKernels& rows) {
     static std::vector<float> columns(kCount), means(kCount);
     rows.slide_sums(columns.data(), intensity.data(), blurred.data(), 1.0f / 81, means.data(),
                     kCount);
   });
-  bench::row("tone_shifts", [](const roxe::RowKernels& rows) {
+  bench::row("tone_shifts", kCount, [](const roxe::RowKernels& rows) {
     static std::vector<float> shifts(kCount);
     rows.tone_shifts(intensity.data(), blurred.data(), combined.data(), midtone.data(),
                      shifts.data(), kCount);
   });
-  bench::row("midtone_shifts", [](const roxe::RowKernels& rows) {
+  bench::row("midtone_shifts", kCount, [](const roxe::RowKernels& rows) {
     static std::vector<float> shifts(kCount);
     rows.midtone_shifts(intensity.data(), midtone.data(), shifts.data(), kCount);
   });
-  bench::row("shift_pixels", [](const roxe::RowKernels& rows) {
+  bench::row("shift_pixels", kCount, [](const roxe::RowKernels& rows) {
     rows.shift_pixels(src.data(), shift.data(), dst.data(), kCount);
   });
 });

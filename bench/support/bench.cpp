@@ -103,15 +103,18 @@ PixelArray new_picture(uint32_t format, const bench::Size& size) {
   return {format, size.width, size.height, row_bytes, static_cast<uint8_t*>(pixels)};
 }
 
-void measure(const std::string& name, const roxe::RowKernels& rows, std::function<void()> run) {
-  benchmark::RegisterBenchmark(name.c_str(), [&rows,
-                                              run = std::move(run)](benchmark::State& state) {
+// pixels: of a row, so that its time can be given by the pixel; else 0.
+void measure(const std::string& name, const roxe::RowKernels& rows, std::function<void()> run,
+             int32_t pixels = 0) {
+  benchmark::RegisterBenchmark(name.c_str(), [&rows, run = std::move(run),
+                                              pixels](benchmark::State& state) {
     rows_in_use = &rows;
     run();  // paints the pictures and warms the caches
     for (auto _ : state) {
       run();
       benchmark::ClobberMemory();
     }
+    if (pixels > 0) state.counters["pixels"] = pixels;
   })->Unit(benchmark::kMillisecond);
 }
 
@@ -141,9 +144,11 @@ void operation(const std::string& name, std::function<void(const Pictures&)> run
     }
 }
 
-void row(const std::string& name, std::function<void(const roxe::RowKernels&)> run) {
+void row(const std::string& name, int32_t pixels,
+         std::function<void(const roxe::RowKernels&)> run) {
   for (const roxe::RowKernels* rows : runnable_tables())
-    measure("row." + name + "/" + rows->name + "/row", *rows, [run, rows] { run(*rows); });
+    measure(
+        "row." + name + "/" + rows->name + "/row", *rows, [run, rows] { run(*rows); }, pixels);
 }
 
 void peer(const std::string& name, std::function<void(const Pictures&)> run) {

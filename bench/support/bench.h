@@ -29,8 +29,8 @@ const Pictures& pictures(const Size& size);
 // Measures run at every size under the best table, and at 12 MP under every table.
 void operation(const std::string& name, std::function<void(const Pictures&)> run);
 
-// Measures run under every table on a row of count elements that stays in the cache.
-void row(const std::string& name, std::function<void(const roxe::RowKernels&)> run);
+// Measures run under every table on so many pixels that stay in the cache.
+void row(const std::string& name, int32_t pixels, std::function<void(const roxe::RowKernels&)> run);
 
 // Measures run at 12 MP as the peer of an operation.
 void peer(const std::string& name, std::function<void(const Pictures&)> run);

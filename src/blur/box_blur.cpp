@@ -4,6 +4,7 @@
 
 #include "frame/numbers.h"
 #include "frame/pixel_array.h"
+#include "rows/rows.h"
 
 namespace roxe {
 namespace {
@@ -27,7 +28,7 @@ int32_t process_row(const uint32_t* acc, uint8_t* out, int64_t width, int64_t le
                     DivRow div_row) {
   // Rounding down twice, in the reciprocal and in the shift, makes 255 of most windows 254.
   const auto mean = [](uint32_t sum, uint32_t reciprocal) {
-    return static_cast<uint8_t>((sum * reciprocal) >> 23);
+    return static_cast<uint8_t>((sum * reciprocal) >> kWindowShift);
   };
   const auto sum_to = [acc](int64_t x, int32_t c) { return acc[x * channels + c]; };
 
@@ -103,7 +104,7 @@ Block<uint32_t> BoxBlurCreateModDivBuffer(int32_t h_min, int32_t h_end, int32_t 
   for (uint32_t j = 0; j < rows; ++j)
     for (uint32_t i = 0; i < columns; ++i) {
       const int64_t pixels = (int64_t{h_min} + i) * (int64_t{v_min} + j);
-      *entry++ = static_cast<uint32_t>(8388608 / pixels);
+      *entry++ = window_reciprocal(pixels);
     }
   return reciprocals;
 }

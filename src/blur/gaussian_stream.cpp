@@ -4,6 +4,7 @@
 #include <limits>
 #include <type_traits>
 
+#include "blur/gaussian_windows.h"
 #include "frame/pixel_array.h"
 
 namespace roxe {
@@ -45,12 +46,11 @@ GaussianStream::GaussianStream(const PixelArray& picture, int32_t radius)
   columns_ = picture.width / kLanes + (picture.width % kLanes != 0);
   row_size_ = static_cast<size_t>(channels_) * static_cast<size_t>(columns_) * kLanes;
 
-  const int32_t half = radius >> 1, shorter = radius % 2 == 0 ? half - 1 : half;
-  const int32_t before[3] = {half, shorter, half}, after[3] = {shorter, half, half};
-  for (int32_t i = 0; i < 3; ++i) {
+  const auto windows = gaussian_windows(static_cast<uint32_t>(radius));
+  for (size_t i = 0; i < windows.size(); ++i) {
     Pass& pass = passes_[i];
-    pass.left = pass.top = before[i];
-    pass.right = pass.bottom = after[i];
+    pass.left = pass.top = windows[i].before;
+    pass.right = pass.bottom = windows[i].after;
     pass.wide = window_length(pass.top, pass.bottom, picture.height) > kNarrowRows;
     // A row enters before another one leaves.
     pass.ring_rows = static_cast<int32_t>(
@@ -150,7 +150,7 @@ void GaussianStream::set_multipliers(const Pass& pass, int32_t rows) const {
   const int64_t shortest = std::min(longest, int64_t{std::min(pass.left, pass.right)} + 1);
   for (int64_t length = shortest; length <= longest; ++length) {
     const int64_t pixels = length * rows;
-    pass.reciprocals[length] = pixels > 8388608 ? 0 : 8388608 / static_cast<uint32_t>(pixels);
+    pass.reciprocals[length] = window_reciprocal(pixels);
   }
   std::fill_n(&pass.multipliers[0][0], columns_ * ptrdiff_t{kLanes}, pass.reciprocals[longest]);
 

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "blur/gaussian_windows.h"
 #include "frame/runtime.h"
 
 namespace roxe {
@@ -81,16 +82,9 @@ void GaussianBlur(float* dst, const float* src, float* temp, int32_t width, int3
   if (dst != src) XRMemCpy(dst, src, count * sizeof(float));
   if (length == 0) return;
 
-  const uint32_t half = length >> 1;
-  const double scale = reciprocal_of_square(length);
-  if (length & 1) {
-    for (int32_t pass = 0; pass < 3; ++pass)
-      BoxBlurImp(dst, temp, width, height, half, half, scale);
-  } else {
-    // Two windows of even length lean opposite ways; the third is one longer and centred.
-    BoxBlurImp(dst, temp, width, height, half, half - 1, scale);
-    BoxBlurImp(dst, temp, width, height, half - 1, half, scale);
-    BoxBlurImp(dst, temp, width, height, half, half, reciprocal_of_square(length + 1));
+  for (const auto [before, after] : gaussian_windows(length)) {
+    const uint32_t left = static_cast<uint32_t>(before), right = static_cast<uint32_t>(after);
+    BoxBlurImp(dst, temp, width, height, left, right, reciprocal_of_square(left + right + 1));
   }
 }
 

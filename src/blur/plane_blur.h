@@ -5,6 +5,9 @@
 // and their rounding accumulates along the row; it is never recomputed.
 //
 // A window that is as long as the row or longer leaves the plane as it is.
+//
+// Of these an exported operation reaches BoxBlur with what it calls; GaussianBlur and the single
+// ProcessRow2Column none does.
 #ifndef ROXE_BLUR_PLANE_BLUR_H_
 #define ROXE_BLUR_PLANE_BLUR_H_
 

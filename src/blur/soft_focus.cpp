@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <optional>
 
 #include "blur/box_blur.h"
 #include "blur/gaussian_stream.h"
+#include "blur/gaussian_windows.h"
 #include "frame/default_environment.h"
 #include "frame/pixel_array.h"
 #include "frame/runtime.h"
@@ -24,37 +26,29 @@ void copy_pixels(const PixelArray& src, const PixelArray& dst) {
   }
 }
 
-// Addresses from the first pixel byte of a verified picture to the end of its last row.
-struct Extent {
-  uintptr_t begin, end;
-  explicit Extent(const PixelArray& image) {
-    const uintptr_t channels = image.format == kRoxeFormatRGB24 ? 3 : 1;
-    begin = reinterpret_cast<uintptr_t>(image.pixels);
-    end = reinterpret_cast<uintptr_t>(row_of(image, image.height - 1)) +
-          channels * static_cast<uintptr_t>(common_columns(image, image));
-  }
-  bool overlaps(const Extent& other) const { return begin < other.end && other.begin < end; }
-};
+int32_t row_bytes(const PixelArray& image) {
+  return common_columns(image, image) * (image.format == kRoxeFormatRGB24 ? 3 : 1);
+}
 
 // Whether blurring row by row gives what blurring the whole mask, then the whole picture, then
 // blending gives. It does not where writing a row of dst changes pixels that are yet to be read.
 bool streams(const PixelArray& src, const PixelArray& dst, const PixelArray* mask) {
   if (common_columns(src, dst) != src.width) return false;  // a width that wraps
-  const Extent written(dst);
-  if (!same_rows(src, dst) && written.overlaps(Extent(src))) return false;
-  return !mask || !written.overlaps(Extent(*mask));
+  const auto written = [&](const PixelArray& image) {
+    return overlap(dst, row_bytes(dst), image, row_bytes(image));
+  };
+  if (!same_rows(src, dst) && written(src)) return false;
+  return !mask || !written(*mask);
 }
 
 // Pulls dst back towards src in proportion to a packed mask.
 void blend_RGB24(const PixelArray& src, const PixelArray& dst, const uint8_t* mask) {
-  const RowKernels& rows = Rows();
-  const int32_t columns = common_columns(src, dst);
-  const bool pixel_by_pixel = !same_rows(src, dst) && overlap_24(src, dst);
-  const int32_t step = pixel_by_pixel ? 1 : columns;
-  for (int32_t y = 0; y < rows_of(src); ++y, mask += src.width)
-    for (int32_t x = 0; x < columns; x += step)
-      rows.blend_masked(row_of(src, y) + 3 * ptrdiff_t{x}, mask + x,
-                        row_of(dst, y) + 3 * ptrdiff_t{x}, step);
+  const RowKernels& kernels = Rows();
+  walk_24(src, dst, [&](int32_t x, int32_t y, int32_t columns, int32_t rows) {
+    for (int32_t end = y + rows; y < end; ++y)
+      kernels.blend_masked(row_of(src, y) + 3 * ptrdiff_t{x}, mask + ptrdiff_t{y} * src.width + x,
+                           row_of(dst, y) + 3 * ptrdiff_t{x}, columns);
+  });
 }
 
 // Soft focus in whole pictures: the mask, the picture, the blend.
@@ -79,9 +73,11 @@ int32_t soften_whole(const PixelArray& src, PixelArray& dst, const PixelArray* m
 int32_t soften_rows(const PixelArray& src, PixelArray& dst, const PixelArray* mask, int32_t radius,
                     int32_t mask_radius) {
   GaussianStream blurred(src, radius);
-  GaussianStream blurred_mask(mask ? *mask : src, mask_radius);
-  const bool blur_mask = mask && mask_radius > 1;
-  if (blur_mask && !blurred_mask.allocate()) return kRoxeErrInvalid;
+  std::optional<GaussianStream> blurred_mask;
+  if (mask && mask_radius > 1) {
+    blurred_mask.emplace(*mask, mask_radius);
+    if (!blurred_mask->allocate()) return kRoxeErrInvalid;
+  }
 
   // Without memory for the rings the passes run one after the other.
   const bool streamed = blurred.allocate();
@@ -92,7 +88,8 @@ int32_t soften_rows(const PixelArray& src, PixelArray& dst, const PixelArray* ma
     uint8_t* row =
         streamed ? blurred.next_row(row_of(dst, std::min(y + 1, dst.height - 1))) : row_of(dst, y);
     if (mask) {
-      const uint8_t* weights = blur_mask ? blurred_mask.next_row(row_of(src, y)) : row_of(*mask, y);
+      const uint8_t* weights =
+          blurred_mask ? blurred_mask->next_row(row_of(src, y)) : row_of(*mask, y);
       rows.blend_masked(row_of(src, y), weights, row, dst.width);
     }
     if (streamed) XRMemCpy(row_of(dst, y), row, 3 * static_cast<size_t>(dst.width));
@@ -121,13 +118,10 @@ int32_t GaussianBlurA(const PixelArray* src, PixelArray* dst, int32_t radius) {
     if (src->pixels != dst->pixels) copy_pixels(*src, *dst);
     return 1;
   }
-  // The first window of an even length reaches one pixel further before than after; the second one
-  // is its mirror image, so that the two together are centred.
-  const int32_t half = radius >> 1;
-  const int32_t shorter = radius % 2 == 0 ? half - 1 : half;
-  BoxBlurA(src, dst, half, half, shorter, shorter);
-  BoxBlurA(dst, dst, shorter, shorter, half, half);
-  BoxBlurA(dst, dst, half, half, half, half);
+  for (const auto [before, after] : gaussian_windows(static_cast<uint32_t>(radius))) {
+    BoxBlurA(src, dst, before, before, after, after);
+    src = dst;
+  }
   return 1;
 }
 

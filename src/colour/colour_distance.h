@@ -1,4 +1,5 @@
 // Distances between two colours given by hue, saturation and value.
+// Exported operations reach colours_near only: the rows have the metric and its tables themselves.
 #ifndef ROXE_COLOUR_COLOUR_DISTANCE_H_
 #define ROXE_COLOUR_COLOUR_DISTANCE_H_
 

@@ -1,4 +1,5 @@
 // Conversions between red, green, blue and the cylindrical colour spaces.
+// No exported operation reaches XRDHSV2RGB and XRDRGB2HSL: the rows have their own way back.
 #ifndef ROXE_COLOUR_COLOUR_SPACE_H_
 #define ROXE_COLOUR_COLOUR_SPACE_H_
 

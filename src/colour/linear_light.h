@@ -1,4 +1,4 @@
-// The transfer function of sRGB, with 0.03928 and 0.00304 as the ends of its linear stretch.
+// The transfer function of sRGB, with 0.03928 and 0.00304 as the ends of its linear part.
 // Beside the tests only the routines of white_point.h use it, which no exported operation reaches.
 #ifndef ROXE_COLOUR_LINEAR_LIGHT_H_
 #define ROXE_COLOUR_LINEAR_LIGHT_H_

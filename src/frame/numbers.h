@@ -31,25 +31,33 @@ static inline uint32_t magnitude(int32_t a) {
   return a < 0 ? 0 - static_cast<uint32_t>(a) : static_cast<uint32_t>(a);
 }
 
+// Whether value lies halfway between two floats: 25 bits, of which the last is 1, or fewer below the
+// smallest normal float; some values down there are merely suspected.
+static inline bool may_be_halfway(double value, uint64_t bits) {
+  const bool subnormal = value < 0x1p-126 && value > -0x1p-126 && value != 0;
+  return (bits & 0x1fffffff) == 0x10000000 || subnormal;
+}
+
 // a * b + c with a single rounding, without an instruction for it. The product of two floats has 48
-// bits and is exact in double precision; so is the error of the sum (two-sum), which is not a number
-// for infinite sums. An inexact sum is rounded to odd: of the two doubles around the exact value the
-// one whose last bit is 1. It then lies on the same side of every float and of every point halfway
-// between two floats as the exact value does, because those have at most 25 bits and so, in 53 bits,
-// end in 0: the conversion rounds as the exact value would be rounded, to subnormal floats too. Sums
-// of doubles never lose bits below the smallest normal one here: floats and their products are
-// multiples of 2^-298.
+// bits and is exact in double precision. The sum of doubles is rounded, but that can only matter
+// where it comes to lie halfway between two floats: these points are doubles themselves, so that
+// rounding to doubles never carries a sum past one of them. There the error of the sum (two-sum,
+// exact) tells on which side the exact value lies, and the last bit, which is 0, moves the sum to
+// that side. Sums of doubles never lose bits below the smallest normal one here: floats and their
+// products are multiples of 2^-298.
 static inline float fused_in_doubles(float a, float b, float c) {
   const double product = static_cast<double>(a) * static_cast<double>(b);
   const double addend = static_cast<double>(c);
   double sum = product + addend;
-  const double part = sum - product;
-  const double error = (product - (sum - part)) + (addend - part);
   uint64_t bits;
   __builtin_memcpy(&bits, &sum, sizeof bits);
-  if ((error < 0 || error > 0) && (bits & 1) == 0) {
-    bits += (error > 0) == (sum > 0) ? 1u : ~uint64_t{0};  // away from zero or toward it
-    __builtin_memcpy(&sum, &bits, sizeof bits);
+  if (may_be_halfway(sum, bits)) [[unlikely]] {
+    const double part = sum - product;
+    const double error = (product - (sum - part)) + (addend - part);
+    if ((error < 0 || error > 0) && (bits & 1) == 0) {
+      bits += (error > 0) == (sum > 0) ? 1u : ~uint64_t{0};  // away from zero or toward it
+      __builtin_memcpy(&sum, &bits, sizeof bits);
+    }
   }
   return static_cast<float>(sum);
 }

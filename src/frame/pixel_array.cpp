@@ -19,19 +19,15 @@ int32_t roxeVerifyPixelArray(const PixelArray* image) {
 
 namespace roxe {
 
-bool overlap_24(const PixelArray& a, const PixelArray& b) {
-  const int32_t columns_a = columns_24(a), columns_b = columns_24(b);
+bool overlap(const PixelArray& a, int32_t bytes_a, const PixelArray& b, int32_t bytes_b) {
   const int32_t rows_a = rows_of(a), rows_b = rows_of(b);
-  if (columns_a == 0 || columns_b == 0 || rows_a == 0 || rows_b == 0) return false;
+  if (bytes_a == 0 || bytes_b == 0 || rows_a == 0 || rows_b == 0) return false;
 
   // Addresses are compared as integers: pointers into different blocks have no order.
-  const uintptr_t begin_a = reinterpret_cast<uintptr_t>(a.pixels);
-  const uintptr_t begin_b = reinterpret_cast<uintptr_t>(b.pixels);
-  const uintptr_t end_a =
-      reinterpret_cast<uintptr_t>(row_of(a, rows_a - 1)) + 3 * static_cast<uintptr_t>(columns_a);
-  const uintptr_t end_b =
-      reinterpret_cast<uintptr_t>(row_of(b, rows_b - 1)) + 3 * static_cast<uintptr_t>(columns_b);
-  return begin_a < end_b && begin_b < end_a;
+  const auto address = [](const uint8_t* p) { return reinterpret_cast<uintptr_t>(p); };
+  const uintptr_t end_a = address(row_of(a, rows_a - 1)) + static_cast<uintptr_t>(bytes_a);
+  const uintptr_t end_b = address(row_of(b, rows_b - 1)) + static_cast<uintptr_t>(bytes_b);
+  return address(a.pixels) < end_b && address(b.pixels) < end_a;
 }
 
 }  // namespace roxe

@@ -32,30 +32,39 @@ inline int32_t columns_8(const PixelArray& image) {
 
 inline int32_t rows_of(const PixelArray& image) { return std::max(0, image.height); }
 
-// Whether two records used as 24-bit share any memory between their first and last pixel bytes.
-bool overlap_24(const PixelArray& a, const PixelArray& b);
+// Whether two records share any memory between their first and last pixel bytes, of which each row
+// holds so many.
+bool overlap(const PixelArray& a, int32_t bytes_a, const PixelArray& b, int32_t bytes_b);
+inline bool overlap_24(const PixelArray& a, const PixelArray& b) {
+  return overlap(a, 3 * columns_24(a), b, 3 * columns_24(b));
+}
 
 // Whether every row of the one starts where the same row of the other does.
 inline bool same_rows(const PixelArray& a, const PixelArray& b) {
   return a.pixels == b.pixels && a.rowBytes == b.rowBytes;
 }
 
-// Calls map(band) for the area that two records used as 24-bit both hold. Pictures that overlap
-// without being the same are handed over pixel by pixel, each a band of its own, top to bottom and
-// left to right, so that later pixels see what earlier ones wrote.
-template <class Map>
-void map_24(const PixelArray& src, const PixelArray& dst, const Map& map) {
+// Calls part(x, y, columns, rows) for the area that two records used as 24-bit both hold. Pictures
+// that overlap without being the same are handed over pixel by pixel, top to bottom and left to
+// right, so that later pixels see what earlier ones wrote.
+template <class Part>
+void walk_24(const PixelArray& src, const PixelArray& dst, const Part& part) {
   const int32_t columns = std::min(columns_24(src), columns_24(dst));
   const int32_t rows = std::min(rows_of(src), rows_of(dst));
   if (columns == 0 || rows == 0) return;  // rows of a record without pixels have no address
-  if (same_rows(src, dst) || !overlap_24(src, dst)) {
-    map(PixelBand{src.pixels, src.rowBytes, dst.pixels, dst.rowBytes, rows, columns});
-    return;
-  }
-  for (int32_t y = 0; y < rows; ++y) {
-    for (ptrdiff_t x = 0; x < 3 * static_cast<ptrdiff_t>(columns); x += 3)
-      map(PixelBand{row_of(src, y) + x, 0, row_of(dst, y) + x, 0, 1, 1});
-  }
+  if (same_rows(src, dst) || !overlap_24(src, dst)) return part(0, 0, columns, rows);
+  for (int32_t y = 0; y < rows; ++y)
+    for (int32_t x = 0; x < columns; ++x) part(x, y, 1, 1);
+}
+
+// The same with a band for each part: calls map(band).
+template <class Map>
+void map_24(const PixelArray& src, const PixelArray& dst, const Map& map) {
+  walk_24(src, dst, [&](int32_t x, int32_t y, int32_t columns, int32_t rows) {
+    const ptrdiff_t at = 3 * ptrdiff_t{x};
+    map(PixelBand{row_of(src, y) + at, src.rowBytes, row_of(dst, y) + at, dst.rowBytes, rows,
+                  columns});
+  });
 }
 
 // The same row by row: calls row(src_row, dst_row, count).

@@ -24,7 +24,8 @@ void* XRMemCpy(void* dst, const void* src, size_t count);
 // Does nothing and returns dst: no byte is moved.
 void* XRMemMove(void* dst, const void* src, size_t count);
 
-// The double-precision functions of the C library, rounded to single precision.
+// The double-precision functions of the C library, rounded to single precision. No exported
+// operation reaches XRTan, XRASin, XRACos and XRLog10, nor XRReAlloc and XRMemMove above.
 float XRSin(double x);
 float XRCos(double x);
 float XRTan(double x);

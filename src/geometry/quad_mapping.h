@@ -2,6 +2,8 @@
 //
 // A destination point (u, v) shows the source point
 //   D = p[6] u + p[7] v + 1,  x = (p[0] u + p[1] v + p[2]) / D,  y = (p[3] u + p[4] v + p[5]) / D.
+//
+// No exported operation maps backwards: none reaches PointSrcToDst, RectSrcToDst and GetOrigin.
 #ifndef ROXE_GEOMETRY_QUAD_MAPPING_H_
 #define ROXE_GEOMETRY_QUAD_MAPPING_H_
 

@@ -1,6 +1,8 @@
 // The small numerical kit that geometry and colour share: angles, lengths, intersections, convexity
 // and square matrices. Arithmetic is single precision unless a double is named; 32-bit integer
 // differences and products wrap.
+// No exported operation reaches the intersection, the two lengths in space and the matrices: beside
+// the tests only the routines of dst_points.h and white_point.h use some of them.
 #ifndef ROXE_GEOMETRY_XRML_H_
 #define ROXE_GEOMETRY_XRML_H_
 

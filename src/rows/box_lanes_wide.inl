@@ -52,6 +52,7 @@ static inline DwordPair doubled(DwordPair v) { return {v.first + v.first, v.seco
 
 // Moves the windows along a run and writes their means, rounded down. With multipliers twice as
 // large the mean is the top byte of a product.
+static_assert(kWindowShift + 1 == 24);
 template <class Sum, class Order>
 static void window_means_wide(const BoxRun& run, const Sum* sums, uint32_t* window,
                               const uint32_t (*multipliers)[kLanes], uint8_t* dst) {

@@ -34,10 +34,11 @@ static void look_up_bgr_wide(const uint8_t* blue, const uint8_t* green, const ui
                              const PixelBand& band) {
   if (is_small(band)) return look_up_bgr(blue, green, red, band);
   const ByteTable blues = byte_table(blue), greens = byte_table(green), reds = byte_table(red);
-  const Bytes at1 = load<Bytes>(every_third.byte[1]), at2 = load<Bytes>(every_third.byte[2]);
+  const ByteMask at1 = mask_of(load<Bytes>(every_third.byte[1]));
+  const ByteMask at2 = mask_of(load<Bytes>(every_third.byte[2]));
   // b at the bytes of at1, c at those of at2, a at the others
   const auto by_thirds = [&](Bytes a, Bytes b, Bytes c) {
-    return select_bytes(at2, c, select_bytes(at1, b, a));
+    return select(at2, c, select(at1, b, a));
   };
   constexpr bool kOneMore = kBytes % 3 == 1;  // where the next vector begins: else with red
   const auto look_up_pixels = [&](const uint8_t* src, uint8_t* dst, int32_t count) {

@@ -158,9 +158,11 @@ struct SelectionByLoads : SelectionWords {
   Bytes distances(const SelectionBlock& block, int32_t i) const {
     if (all_far(block, i)) return all_bytes(limit);
     const auto part = [&](Words of_value, int32_t at) {
-      const uint16_t* turn = block.turn + at;
+      const auto cosines = [&](const uint16_t* turn) {  // in the order of interleaving
+        return entries_at([&](int32_t i) { return cosine + turn[i / 4 * 8 + i % 4]; });
+      };
       return distances_of(*this, of_value, load<Words>(block.effective + at),
-                          entries_of_words(cosine, turn), entries_of_words(cosine, turn + 4));
+                          cosines(block.turn + at), cosines(block.turn + at + 4));
     };
     const WordPair values = words_of(load<Bytes>(block.value + i));
     return pack(part(values.low, i), part(values.high, i + kWords));
@@ -401,7 +403,7 @@ struct Shifted {
 static inline Shifted<Words> shift_words(const WideShift& shift, Words hue, Words saturation,
                                          Words value, Words weight, WordMask full) {
   hue += shift.hue;
-  hue -= only(greater((SignedWords)hue, (SignedWords)all_words(359)), all_words(360));
+  hue = select(greater((SignedWords)hue, (SignedWords)all_words(359)), hue - 360, hue);
   const auto stepped = [&](Words from, Words step) {
     return to_byte_range(add_saturating((SignedWords)from, (SignedWords)step));
   };

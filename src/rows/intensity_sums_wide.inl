@@ -8,6 +8,21 @@ struct ColumnRing {
   Floats at(int32_t x, int32_t part) const { return load<Floats>(column[x & 31] + part * kDwords); }
 };
 
+// kDwords vectors as rows of a matrix.
+static inline void transpose(Floats* v) {
+  Dwords t[kDwords];
+  __builtin_memcpy(t, v, sizeof t);
+  for (int32_t i = 0; i < kDwords; i += 4) transpose_blocks(t + i);
+  for (int32_t i = 0; i < 4; ++i) {
+    if constexpr (kBlocks == 1) {
+      v[i] = (Floats)t[i];
+    } else {
+      v[i] = (Floats)arranged(t[i], t[i + 4], [](int k) { return k < 4 ? k : k + 4; });
+      v[i + 4] = (Floats)arranged(t[i], t[i + 4], [](int k) { return k < 4 ? k + 4 : k + 8; });
+    }
+  }
+}
+
 // Columns x ... x + 7 of eight rows; those beyond the picture repeat its last one.
 static inline void fill_columns(ColumnRing& ring, const uint8_t* const* row, int32_t x,
                                 int32_t count) {

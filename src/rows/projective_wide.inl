@@ -68,16 +68,6 @@ static inline Dwords sample_lanes(const ProjectiveSource& source, const int32_t*
   return blue | green << 8 | red << 16;
 }
 
-// Lane c of block b of vector r becomes lane r of block b of vector c.
-static inline void transpose_blocks(Dwords* v) {
-  const Dwords a = interleave_low(v[0], v[1]), b = interleave_high(v[0], v[1]);
-  const Dwords c = interleave_low(v[2], v[3]), d = interleave_high(v[2], v[3]);
-  v[0] = low_qwords(a, c);
-  v[1] = high_qwords(a, c);
-  v[2] = low_qwords(b, d);
-  v[3] = high_qwords(b, d);
-}
-
 // A whole tile inside the source; rows of it are written.
 static inline void sample_tile(const ProjectiveSource& source, const TilePositions& at,
                                uint8_t* dst, ptrdiff_t dst_stride, int32_t rows) {

@@ -83,8 +83,14 @@ constexpr int32_t kProjectiveBand = 8;  // most rows of a band
 //
 // Lane k is byte byte_of_lane(k) of a vector; the order spares the wide bodies a permutation.
 constexpr int32_t kLanes = 32;
-static inline int32_t byte_of_lane(int32_t k) {
+static constexpr int32_t byte_of_lane(int32_t k) {
   return (k & 7) | (k & 8) << 1 | (k & 16) >> 1;  // the middle two groups of eight change places
+}
+
+// A mean is the sum of a window times floor(2^23 / pixels), shifted right: rounded down twice.
+constexpr int32_t kWindowShift = 23;
+static inline uint32_t window_reciprocal(int64_t pixels) {
+  return static_cast<uint32_t>((int64_t{1} << kWindowShift) / pixels);
 }
 
 // Sums of a column of every stretch in the order of lanes, then as many lanes of an empty picture:
@@ -111,7 +117,7 @@ struct BoxRow {
   Sum* sums;                              // of the rows inside the window, a plane a channel
   ptrdiff_t sums_size;                    // from plane to plane
   uint32_t (*starts)[kLanes];             // a channel: the window left of each stretch
-  const uint32_t (*multipliers)[kLanes];  // 2^23 / pixels of the window; 0 beyond the last column
+  const uint32_t (*multipliers)[kLanes];  // window_reciprocal; 0 beyond the last column
 };
 
 struct Hsv {

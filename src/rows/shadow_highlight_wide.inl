@@ -95,30 +95,22 @@ static void midtone_shifts_wide(const float* intensity, const float* midtone, fl
   for (int32_t i = 0; i < rest; ++i) shift[done + i] = last[i];
 }
 
-// Sums in single precision, as the plain row forms them. Larger ones than 255 could leave 32 bits.
-static inline void shift_few_pixels(const uint8_t* src, Floats shift, uint8_t* dst) {
-  const PixelFloats p = load_pixels(src);
-  const auto shifted = [&](Floats v) { return truncate(min(all_floats(255.0f), v + shift)); };
-  store_pixels(dst, shifted(p.blue), shifted(p.green), shifted(p.red));
-}
-
 // value + shift, truncated and clamped, is value + floor(shift) clamped: below 0 the clamp hides
 // the difference. Only where the fraction of the shift is so close to 1 that the sum might be
-// rounded up to the next whole number, the sums themselves are formed.
+// rounded up to the next whole number, the plain row forms the sums.
 static void shift_pixels_wide(const uint8_t* src, const float* shift, uint8_t* dst, int32_t count) {
   int32_t i = 0;
   for (; i + kBytes <= count; i += kBytes, src += 3 * kBytes, dst += 3 * kBytes) {
-    FloatMask doubtful = {};
+    FloatMask exact = at_most(Floats{}, Floats{});  // all
     const auto whole = [&](int32_t k) {
       const Floats by = load<Floats>(shift + i + k), below = floor(by);
-      doubtful |= not_at_most(by - below, all_floats(1.0f - 1.0f / 32768));  // a unit below 512
+      exact &= at_most(by - below, all_floats(1.0f - 1.0f / 32768));  // a unit below 512
       return rounded(min(max(below, all_floats(-512.0f)), all_floats(512.0f)));
     };
     const Words first = pack_signed(whole(0), whole(kDwords));
     const Words second = pack_signed(whole(2 * kDwords), whole(3 * kDwords));
-    if (any(doubtful)) [[unlikely]] {
-      for (int32_t k = 0; k < kBytes; k += kDwords)
-        shift_few_pixels(src + 3 * k, load<Floats>(shift + i + k), dst + 3 * k);
+    if (!all(exact)) [[unlikely]] {
+      shift_pixels(src, shift + i, dst, kBytes);
       continue;
     }
     // What is added and what is taken away; one of the two is 0.

@@ -110,12 +110,12 @@ struct LightByTables {
   // Linear light 0 ... 4096 to bytes.
   Bytes encode(const uint16_t* light) const {
     const Words a = load<Words>(light), b = load<Words>(light + kWords);
-    // 4096 becomes the first entry of the last stretch, which is the same.
-    const Bytes stretch = pack(a >> 4, b >> 4), within = pack(a & all_words(15), b & all_words(15));
-    Bytes byte = look_up(base, stretch);
+    // 4096 becomes the first entry of the last sixteen, which is the same.
+    const Bytes sixteen = pack(a >> 4, b >> 4), within = pack(a & all_words(15), b & all_words(15));
+    Bytes byte = look_up(base, sixteen);
     for (const ByteTable& one : step)
-      byte = increment(at_most(look_up(one, stretch), within), byte);
-    const ByteMask direct = at_most(stretch, all_bytes(7));
+      byte = select(at_most(look_up(one, sixteen), within), byte + 1, byte);
+    const ByteMask direct = at_most(sixteen, all_bytes(7));
     return select(direct, look_up(first, pack(a, b)), byte);
   }
 
@@ -207,9 +207,9 @@ static inline void balance_words(const int32_t* matrix, LightBlock& block, int32
   };
   // No spill takes as much as 8192: blue may be cut before it.
   blue = min(blue, all_words(16384));
-  keep(block.blue, blue + only(either, to_blue));
-  keep(block.green, green + only(red_spills, to_green));
-  keep(block.red, red + only(green_spills | blue_spills, to_red));
+  keep(block.blue, blue + select(either, to_blue, Words{}));
+  keep(block.green, green + select(red_spills, to_green, Words{}));
+  keep(block.red, red + select(green_spills | blue_spills, to_red, Words{}));
 }
 
 template <class Light>

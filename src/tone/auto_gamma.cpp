@@ -28,8 +28,8 @@ namespace roxe {
 
 namespace {
 
-// Counts the green bytes of a stretch of pixels, each so many times.
-void count_stretch(const uint8_t* src, int32_t count, uint32_t times, uint32_t* histogram) {
+// Counts the green bytes of neighbouring pixels, each so many times.
+void count_neighbours(const uint8_t* src, int32_t count, uint32_t times, uint32_t* histogram) {
   constexpr int32_t kShort = 1024;  // where adding up the sets would take longer than counting
   if (count < kShort) {
     for (int32_t i = 0; i < count; ++i) histogram[src[3 * i + 1]] += times;
@@ -65,8 +65,8 @@ bool rows_share(const PixelArray& src, const PixelRect& region) {
   return int64_t{region.right} - region.left > int64_t{src.rowBytes} * rows_in_step(src) / 3;
 }
 
-// The same for rows that share pixels, reading each byte once: a stretch of pixels counts as often
-// as there are rows that hold it.
+// The same for rows that share pixels, reading each byte once: neighbours count as often as
+// there are rows that hold them.
 void count_shared_rows(const PixelArray& src, const PixelRect& region, uint32_t* histogram) {
   const int32_t in_step = rows_in_step(src);
   const int64_t step = int64_t{src.rowBytes} * in_step / 3;  // in pixels
@@ -81,9 +81,9 @@ void count_shared_rows(const PixelArray& src, const PixelRect& region, uint32_t*
       if (at == region.right + ended * step) ++ended;
       int64_t next = std::min(end, region.right + ended * step);
       if (entered < rows) next = std::min(next, region.left + entered * step);
-      count_stretch(row_of(src, y) + 3 * static_cast<ptrdiff_t>(at),
-                    static_cast<int32_t>(next - at), static_cast<uint32_t>(entered - ended),
-                    histogram);
+      count_neighbours(row_of(src, y) + 3 * static_cast<ptrdiff_t>(at),
+                       static_cast<int32_t>(next - at), static_cast<uint32_t>(entered - ended),
+                       histogram);
       at = next;
     }
   }

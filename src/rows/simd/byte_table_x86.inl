@@ -18,10 +18,11 @@ static inline Bytes look_up(const ByteTable& table, Bytes index) {
   // A shuffle gives 0 for a negative index. Those of 128 and more have the sign of the lower half
   // once their top bit is flipped, and the others are then negative.
   Bytes low = index, high = index ^ all_bytes(128);
+  const auto next_part = [](Bytes i) { return (Bytes)ROXE_X86(subs_epi8)((I)i, (I)all_bytes(16)); };
   Bytes from_low = shuffle(table.part[0], low), from_high = shuffle(table.part[8], high);
   for (int32_t i = 1; i < 8; ++i) {
-    low = subtract_16_signed(low);
-    high = subtract_16_signed(high);
+    low = next_part(low);
+    high = next_part(high);
     from_low ^= shuffle(table.part[i], low);
     from_high ^= shuffle(table.part[8 + i], high);
   }

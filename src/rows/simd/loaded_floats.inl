@@ -13,7 +13,9 @@ static inline void keep(Indices& indices, const F& vector) {
 struct FoundFloats {
   const float* entries;
   const int32_t* indices;
-  Floats at(int32_t k) const { return entries_at(entries, indices + k); }
+  Floats at(int32_t k) const {
+    return (Floats)entries_at([&](int32_t i) { return entries + indices[k + i]; });
+  }
 };
 static inline FoundFloats look_up(const FloatTable& table, const Indices& indices) {
   return {table.entries, indices.at};

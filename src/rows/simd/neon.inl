@@ -9,18 +9,9 @@ using U16 = uint16x8_t;
 using S16 = int16x8_t;
 using U32 = uint32x4_t;
 using S32 = int32x4_t;
-using U64 = uint64x2_t;
 using F32 = float32x4_t;
 using F64 = float64x2_t;
 
-static Bytes interleave_low(Bytes a, Bytes b) { return (Bytes)vzip1q_u8((U8)a, (U8)b); }
-static Bytes interleave_high(Bytes a, Bytes b) { return (Bytes)vzip2q_u8((U8)a, (U8)b); }
-static Words interleave_low(Words a, Words b) { return (Words)vzip1q_u16((U16)a, (U16)b); }
-static Words interleave_high(Words a, Words b) { return (Words)vzip2q_u16((U16)a, (U16)b); }
-static Dwords interleave_low(Dwords a, Dwords b) { return (Dwords)vzip1q_u32((U32)a, (U32)b); }
-static Dwords interleave_high(Dwords a, Dwords b) { return (Dwords)vzip2q_u32((U32)a, (U32)b); }
-static Dwords low_qwords(Dwords a, Dwords b) { return (Dwords)vzip1q_u64((U64)a, (U64)b); }
-static Dwords high_qwords(Dwords a, Dwords b) { return (Dwords)vzip2q_u64((U64)a, (U64)b); }
 static Words low_differences(Bytes a, Bytes b) {
   return (Words)vsubl_u8(vget_low_u8((U8)a), vget_low_u8((U8)b));
 }
@@ -35,22 +26,11 @@ static Words pack_signed(SignedDwords a, SignedDwords b) {
 static Bytes shuffle(Bytes table, Bytes index) { return (Bytes)vqtbl1q_u8((U8)table, (U8)index); }
 static Bytes shuffle_or_zero(Bytes a, Bytes index) { return shuffle(a, index); }
 
-static Bytes min(Bytes a, Bytes b) { return (Bytes)vminq_u8((U8)a, (U8)b); }
-static Bytes max(Bytes a, Bytes b) { return (Bytes)vmaxq_u8((U8)a, (U8)b); }
 static Bytes add_saturating(Bytes a, Bytes b) { return (Bytes)vqaddq_u8((U8)a, (U8)b); }
 static Bytes subtract_saturating(Bytes a, Bytes b) { return (Bytes)vqsubq_u8((U8)a, (U8)b); }
-static Words min(Words a, Words b) { return (Words)vminq_u16((U16)a, (U16)b); }
-static Words max(Words a, Words b) { return (Words)vmaxq_u16((U16)a, (U16)b); }
-static SignedWords min(SignedWords a, SignedWords b) {
-  return (SignedWords)vminq_s16((S16)a, (S16)b);
-}
-static SignedWords max(SignedWords a, SignedWords b) {
-  return (SignedWords)vmaxq_s16((S16)a, (S16)b);
-}
 static SignedWords add_saturating(SignedWords a, SignedWords b) {
   return (SignedWords)vqaddq_s16((S16)a, (S16)b);
 }
-static SignedWords magnitude(SignedWords a) { return (SignedWords)vabsq_s16((S16)a); }
 static Words mul_high(Words a, Words b) {
   const U32 low = vmull_u16(vget_low_u16((U16)a), vget_low_u16((U16)b));
   const U32 high = vmull_high_u16((U16)a, (U16)b);
@@ -66,22 +46,11 @@ static Dwords pair_sums(Words a, Words b) {
             high = vmull_high_s16((S16)a, (S16)b);
   return (Dwords)vpaddq_s32(low, high);
 }
-static Dwords max(Dwords a, Dwords b) { return (Dwords)vmaxq_u32((U32)a, (U32)b); }
 static bool any_above(Dwords a, Dwords b) { return vmaxvq_u32(vcgtq_u32((U32)a, (U32)b)) != 0; }
 static Floats min(Floats a, Floats b) { return (Floats)vminq_f32((F32)a, (F32)b); }
 static Floats max(Floats a, Floats b) { return (Floats)vmaxq_f32((F32)a, (F32)b); }
 static Floats floor(Floats a) { return (Floats)vrndmq_f32((F32)a); }
 
-static ByteMask equal(Bytes a, Bytes b) { return (ByteMask)vceqq_u8((U8)a, (U8)b); }
-static ByteMask at_most(Bytes a, Bytes b) { return (ByteMask)vcleq_u8((U8)a, (U8)b); }
-static WordMask equal(Words a, Words b) { return (WordMask)vceqq_u16((U16)a, (U16)b); }
-static WordMask at_most(Words a, Words b) { return (WordMask)vcleq_u16((U16)a, (U16)b); }
-static WordMask greater(SignedWords a, SignedWords b) {
-  return (WordMask)vcgtq_s16((S16)a, (S16)b);
-}
-static FloatMask equal(Floats a, Floats b) { return (FloatMask)vceqq_f32((F32)a, (F32)b); }
-static FloatMask greater(Floats a, Floats b) { return (FloatMask)vcgtq_f32((F32)a, (F32)b); }
-static FloatMask not_at_most(Floats a, Floats b) { return ~(FloatMask)vcleq_f32((F32)a, (F32)b); }
 static Words byte_pair_sums(Bytes a, Bytes b) {
   const auto product = [](uint8x8_t x, uint8x8_t y) {
     return vmulq_s16(vreinterpretq_s16_u16(vmovl_u8(x)), vmovl_s8(vreinterpret_s8_u8(y)));
@@ -89,9 +58,7 @@ static Words byte_pair_sums(Bytes a, Bytes b) {
   return (Words)vpaddq_s16(product(vget_low_u8((U8)a), vget_low_u8((U8)b)),
                            product(vget_high_u8((U8)a), vget_high_u8((U8)b)));
 }
-static bool all(ByteMask m) { return vminvq_u8((U8)m) == 255; }
 static bool any(ByteMask m) { return vmaxvq_u8((U8)m) != 0; }
-static bool any(FloatMask m) { return vmaxvq_u32((U32)m) != 0; }
 static Bytes select(ByteMask where, Bytes a, Bytes b) {
   return (Bytes)vbslq_u8((U8)where, (U8)a, (U8)b);
 }
@@ -99,7 +66,6 @@ static Words select(WordMask where, Words a, Words b) {
   return (Words)vbslq_u16((U16)where, (U16)a, (U16)b);
 }
 
-static Floats to_floats(SignedDwords a) { return (Floats)vcvtq_f32_s32((S32)a); }
 static Floats to_floats(Doubles first, Doubles last) {
   return (Floats)vcvt_high_f32_f64(vcvt_f32_f64((F64)first), (F64)last);
 }
@@ -182,8 +148,7 @@ static inline Bytes bytes_of_mixes(Dwords p0, Dwords p1, Dwords p2, Dwords p3) {
   const U16 low = vuzp2q_u16((U16)p0, (U16)p1), high = vuzp2q_u16((U16)p2, (U16)p3);
   return (Bytes)vuzp1q_u8((U8)low, (U8)high);
 }
-static constexpr uint8_t kPixelOrder[16] = {0,  1,  2,  4,  5,   6,   8,   9,
-                                            10, 12, 13, 14, 128, 128, 128, 128};
+static constexpr int mix_of(int i) { return i / 3 * 4 + i % 3; }
 static inline Corners corners_side_by_side(const uint8_t* upper, ptrdiff_t stride) {
   const uint8_t* lower = upper + stride;
   const uint8x16x2_t rows = {vld1q_u8(upper - 1), vld1q_u8(lower - 1)};

@@ -7,8 +7,9 @@
 //   interleave_low  a0 a1 ... a15 | a16 ... a31   with   b0 b1 ... b15 | b16 ... b31
 //              gives  a0 b0 a1 b1 ... a7 b7 | a16 b16 ... a23 b23
 //
-// Operators are the compiler's own: + - * & | ^ ~ << >> lane by lane, wrapping. Comparisons, choices
-// and conversions have names (vocabulary.inl), because compilers make poor code of their operators.
+// Operators are the compiler's own: + - * & | ^ ~ << >> lane by lane, wrapping. What compilers make
+// good code of from operators and from fixed orders of lanes stands here, once for all sets; the
+// rest has names in vocabulary.inl, which each set spells in its intrinsics.
 
 // A set has functions that not every table needs.
 #pragma GCC diagnostic ignored "-Wunused-function"
@@ -18,6 +19,7 @@ typedef uint16_t Words __attribute__((vector_size(kBytes)));
 typedef int16_t SignedWords __attribute__((vector_size(kBytes)));
 typedef uint32_t Dwords __attribute__((vector_size(kBytes)));
 typedef int32_t SignedDwords __attribute__((vector_size(kBytes)));
+typedef uint64_t Qwords __attribute__((vector_size(kBytes)));
 typedef float Floats __attribute__((vector_size(kBytes)));
 typedef double Doubles __attribute__((vector_size(kBytes)));
 typedef uint8_t Block __attribute__((vector_size(16)));
@@ -47,17 +49,95 @@ static inline Dwords numbers() {
   return load<Dwords>(kNumbers);
 }
 
-// Dword k of each block in all four of that block.
-template <int k, class V>
-static inline V spread(V v) {
-  if constexpr (sizeof(V) == 16)
-    return __builtin_shufflevector(v, v, k, k, k, k);
-  else if constexpr (sizeof(V) == 32)
-    return __builtin_shufflevector(v, v, k, k, k, k, k + 4, k + 4, k + 4, k + 4);
-  else
-    return __builtin_shufflevector(v, v, k, k, k, k, k + 4, k + 4, k + 4, k + 4, k + 8, k + 8,
-                                   k + 8, k + 8, k + 12, k + 12, k + 12, k + 12);
+// ---- lanes in another order
+
+template <int... i>
+struct Lanes {};
+template <int count, int... i>
+struct LanesUpTo : LanesUpTo<count - 1, count - 1, i...> {};
+template <int... i>
+struct LanesUpTo<0, i...> {
+  using All = Lanes<i...>;
+};
+
+// Lane order(i) in lane i; those of b count after those of a. order is called when compiling.
+template <class V, class Order, int... i>
+static inline V arranged(V a, V b, Order order, Lanes<i...>) {
+  return __builtin_shufflevector(a, b, order(i)...);
 }
+template <class V, class Order>
+static inline V arranged(V a, V b, Order order) {
+  return arranged(a, b, order, typename LanesUpTo<sizeof a / sizeof a[0]>::All{});
+}
+template <class V, class Order>
+static inline V arranged(V v, Order order) {
+  return arranged(v, v, order);
+}
+
+// The lanes of the first, or of the last, half of each block of a and b by turns.
+template <int half, class V>
+static inline V interleave(V a, V b) {
+  return arranged(a, b, [](int i) {
+    constexpr int kLanesOfBlock = 16 / sizeof(V{}[0]), kOther = sizeof(V) / sizeof(V{}[0]);
+    const int block = i / kLanesOfBlock, k = i % kLanesOfBlock;
+    return block * kLanesOfBlock + (half * kLanesOfBlock + k) / 2 + k % 2 * kOther;
+  });
+}
+template <class V>
+static inline V interleave_low(V a, V b) {
+  return interleave<0>(a, b);
+}
+template <class V>
+static inline V interleave_high(V a, V b) {
+  return interleave<1>(a, b);
+}
+
+// Dword k of each block in all four of that block.
+template <int k>
+static inline Dwords spread(Dwords v) {
+  return arranged(v, [](int i) { return i / 4 * 4 + k; });
+}
+
+// The odd words of b, and between them the even ones of a.
+static inline Words even_and_odd(Words a, Words b) {
+  return arranged(a, b, [](int i) { return i % 2 == 0 ? i : i + kWords; });
+}
+
+// Four vectors of dwords, packed to words and those to bytes: the bytes in the order of the dwords.
+static inline Bytes in_order(Bytes packed) {
+  return (Bytes)arranged((Dwords)packed, [](int i) { return i % kBlocks * 4 + i / kBlocks; });
+}
+
+// Each byte three times: of kBytes bytes the bytes of as many pixels.
+struct Threefold {
+  Bytes part[3];
+};
+static inline Threefold threefold(Bytes pixels) {
+  return {{arranged(pixels, [](int i) { return i / 3; }),
+           arranged(pixels, [](int i) { return (kBytes + i) / 3; }),
+           arranged(pixels, [](int i) { return (2 * kBytes + i) / 3; })}};
+}
+
+// Lane c of block b of vector r becomes lane r of block b of vector c.
+static inline void transpose_blocks(Dwords* v) {
+  const Qwords a = (Qwords)interleave_low(v[0], v[1]), b = (Qwords)interleave_high(v[0], v[1]);
+  const Qwords c = (Qwords)interleave_low(v[2], v[3]), d = (Qwords)interleave_high(v[2], v[3]);
+  v[0] = (Dwords)interleave_low(a, c), v[1] = (Dwords)interleave_high(a, c);
+  v[2] = (Dwords)interleave_low(b, d), v[3] = (Dwords)interleave_high(b, d);
+}
+
+// ---- arithmetic
+
+template <class V>
+static inline V min(V a, V b) {
+  return a < b ? a : b;
+}
+template <class V>
+static inline V max(V a, V b) {
+  return a > b ? a : b;
+}
+static inline SignedWords magnitude(SignedWords a) { return a < 0 ? -a : a; }  // -32768 stays
+static inline Floats to_floats(SignedDwords a) { return __builtin_convertvector(a, Floats); }
 
 // The mask a without b, and a or b. Masks are vectors of all ones and zeros, or bits.
 template <class Mask>
@@ -69,6 +149,8 @@ static inline Mask either(Mask a, Mask b) {
   return static_cast<Mask>(a | b);
 }
 
+// ---- memory
+
 static inline void prefetch(const void* p) { __builtin_prefetch(p); }
 
 static inline void store_12_bytes(uint8_t* dst, Block v) {
@@ -78,17 +160,23 @@ static inline void store_12_bytes(uint8_t* dst, Block v) {
   __builtin_memcpy(dst + 8, &last, 4);
 }
 
-// The first count of the floats, all of them from kDwords on.
+// The first count floats, all of them from kDwords on.
 static inline void store_first(float* p, Floats v, int32_t count) {
   if (count >= kDwords) return store(p, v);
   for (int32_t i = 0; i < count; ++i) p[i] = v[i];
 }
 
-// ---- what the functions of a set take and give
+// The first count bytes, fewer than kBytes; zeros beyond.
+static inline Bytes load_few(const uint8_t* p, ptrdiff_t count) {
+  Bytes v = {};
+  __builtin_memcpy(&v, p, static_cast<size_t>(count));
+  return v;
+}
+static inline void store_few(uint8_t* p, Bytes v, ptrdiff_t count) {
+  __builtin_memcpy(p, &v, static_cast<size_t>(count));
+}
 
-struct Threefold {
-  Bytes part[3];
-};
+// ---- what the functions of a set take and give
 
 struct Planes {  // kBytes pixels, one channel a vector
   Bytes blue, green, red;

@@ -3,16 +3,6 @@
 // without(). Some functions are shared between sets in the other files of this folder.
 
 // ---- within blocks
-// The bytes (words, dwords) of the first, or of the last, half of each block of a and b by turns.
-static Bytes interleave_low(Bytes a, Bytes b);
-static Bytes interleave_high(Bytes a, Bytes b);
-static Words interleave_low(Words a, Words b);
-static Words interleave_high(Words a, Words b);
-static Dwords interleave_low(Dwords a, Dwords b);
-static Dwords interleave_high(Dwords a, Dwords b);
-// The first, or the last, eight bytes of each block of a, then those of b.
-static Dwords low_qwords(Dwords a, Dwords b);
-static Dwords high_qwords(Dwords a, Dwords b);
 // a - b of the bytes that interleaving takes from the low, or the high, halves; in signed words.
 static Words low_differences(Bytes a, Bytes b);
 static Words high_differences(Bytes a, Bytes b);
@@ -35,16 +25,9 @@ static Bytes load_blocks(const uint8_t* p, ptrdiff_t step);
 static void store_blocks(uint8_t* p, ptrdiff_t step, Bytes v);
 
 // ---- arithmetic
-static Bytes min(Bytes a, Bytes b);
-static Bytes max(Bytes a, Bytes b);
 static Bytes add_saturating(Bytes a, Bytes b);
 static Bytes subtract_saturating(Bytes a, Bytes b);
-static Words min(Words a, Words b);
-static Words max(Words a, Words b);
-static SignedWords min(SignedWords a, SignedWords b);
-static SignedWords max(SignedWords a, SignedWords b);
 static SignedWords add_saturating(SignedWords a, SignedWords b);
-static SignedWords magnitude(SignedWords a);  // -32768 stays
 // The upper words of the products.
 static Words mul_high(Words a, Words b);
 static SignedWords mul_high(SignedWords a, SignedWords b);
@@ -53,37 +36,26 @@ static Dwords pair_sums(Words a, Words b);
 // a[2 i] * b[2 i] + a[2 i + 1] * b[2 i + 1] of bytes a and signed bytes b, in signed words; sums that
 // do not fit differ.
 static Words byte_pair_sums(Bytes a, Bytes b);
-static Dwords max(Dwords a, Dwords b);
 static bool any_above(Dwords a, Dwords b);
-// Where one is not a number, or zeros differ in sign, sets differ.
+// Where one is not a number, or zeros differ in sign, sets differ. (Compilers make two instructions
+// of the operators.)
 static Floats min(Floats a, Floats b);
 static Floats max(Floats a, Floats b);
 static Floats floor(Floats a);
 
 // ---- comparisons and choices
-static ByteMask equal(Bytes a, Bytes b);
-static ByteMask at_most(Bytes a, Bytes b);
-static WordMask equal(Words a, Words b);
-static WordMask at_most(Words a, Words b);
-static WordMask greater(SignedWords a, SignedWords b);
-static FloatMask equal(Floats a, Floats b);
-static FloatMask greater(Floats a, Floats b);
-static FloatMask not_at_most(Floats a, Floats b);  // also where one is not a number
+// Besides these, equal and at_most of bytes, words and floats, and greater of signed words and floats
+// give masks.
 static bool all(ByteMask m);
+static bool all(FloatMask m);
 static bool any(ByteMask m);
 static bool any(FloatMask m);
 static ByteMask mask_of(Bytes all_ones_or_zero);
-// a where the mask says so, else b; a there, else 0.
+// a where the mask says so, else b.
 static Bytes select(ByteMask where, Bytes a, Bytes b);
 static Words select(WordMask where, Words a, Words b);
-static Words only(WordMask where, Words a);
-// a where the bytes of where are 255, b where they are 0.
-static Bytes select_bytes(Bytes where, Bytes a, Bytes b);
-// a + 1 where the mask says so, else a.
-static Bytes increment(ByteMask where, Bytes a);
 
 // ---- conversions; first and last are the halves of a vector, not of its blocks
-static Floats to_floats(SignedDwords a);
 static Floats to_floats(Doubles first, Doubles last);
 static Doubles first_doubles(Floats v);
 static Doubles last_doubles(Floats v);
@@ -94,12 +66,8 @@ static SignedDwords truncate_small(Floats a);  // of 0 ... 8388607
 static SignedDwords rounded(Floats a);
 static SignedDwords widen_first(SignedWords v);
 static SignedDwords widen_last(SignedWords v);
-// Four vectors of dwords, packed to words and those to bytes: the bytes in the order of the dwords.
-static Bytes in_order(Bytes packed);
 
 // ---- tables
-// Each byte three times: of kBytes bytes the bytes of as many pixels.
-static Threefold threefold(Bytes pixels);
 // ByteTable: 256 entries. ShortTable: the first entries of a table; 0 beyond, where the table must
 // hold 0 as well.
 static ByteTable byte_table(const uint8_t* table);
@@ -119,21 +87,15 @@ static FloatTable float_table(const float* table, int32_t entries);
 template <class F>
 static void keep(Indices& indices, const F& vector);
 static FoundFloats look_up(const FloatTable& table, const Indices& indices);
-// table[index[8 j + i]] in dword i of block j: of the words that interleaving takes from the low
-// halves, or with index + 4 from the high ones.
-static Dwords entries_of_words(const uint32_t* table, const uint16_t* index);
-
-// The first count bytes, fewer than kBytes; zeros beyond.
-static Bytes load_few(const uint8_t* p, ptrdiff_t count);
-static void store_few(uint8_t* p, Bytes v, ptrdiff_t count);
+// The four bytes at place(i) in dword i.
+template <class Place>
+static Dwords entries_at(const Place& place);
 
 // ---- pixels of three bytes
 static Planes load_planes(const uint8_t* bgr);
 static void store_planes(uint8_t* bgr, const Planes& planes);
+// Of sets of one and two blocks.
 static PixelFloats load_pixels(const uint8_t* bgr);
-static void store_pixels(uint8_t* bgr, SignedDwords blue, SignedDwords green, SignedDwords red);
-// kDwords vectors as rows of a matrix.
-static void transpose(Floats* v);
 
 // ---- sampling between pixels
 // The two bytes before a pixel, the pixel and its right neighbour, eight bytes at upper + offset and

@@ -5,32 +5,6 @@ constexpr int32_t kBytes = 16;
 
 using V = v128_t;  // what the intrinsics take and give
 
-static Bytes interleave_low(Bytes a, Bytes b) {
-  return (Bytes)wasm_i8x16_shuffle((V)a, (V)b, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7,
-                                   23);
-}
-static Bytes interleave_high(Bytes a, Bytes b) {
-  return (Bytes)wasm_i8x16_shuffle((V)a, (V)b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30,
-                                   15, 31);
-}
-static Words interleave_low(Words a, Words b) {
-  return (Words)wasm_i16x8_shuffle((V)a, (V)b, 0, 8, 1, 9, 2, 10, 3, 11);
-}
-static Words interleave_high(Words a, Words b) {
-  return (Words)wasm_i16x8_shuffle((V)a, (V)b, 4, 12, 5, 13, 6, 14, 7, 15);
-}
-static Dwords interleave_low(Dwords a, Dwords b) {
-  return (Dwords)wasm_i32x4_shuffle((V)a, (V)b, 0, 4, 1, 5);
-}
-static Dwords interleave_high(Dwords a, Dwords b) {
-  return (Dwords)wasm_i32x4_shuffle((V)a, (V)b, 2, 6, 3, 7);
-}
-static Dwords low_qwords(Dwords a, Dwords b) {
-  return (Dwords)wasm_i64x2_shuffle((V)a, (V)b, 0, 2);
-}
-static Dwords high_qwords(Dwords a, Dwords b) {
-  return (Dwords)wasm_i64x2_shuffle((V)a, (V)b, 1, 3);
-}
 static Words low_differences(Bytes a, Bytes b) {
   return (Words)wasm_u16x8_extend_low_u8x16((V)a) - (Words)wasm_u16x8_extend_low_u8x16((V)b);
 }
@@ -49,22 +23,11 @@ static Bytes shuffle(Bytes table, Bytes index) {
 }
 static Bytes shuffle_or_zero(Bytes a, Bytes index) { return shuffle(a, index); }
 
-static Bytes min(Bytes a, Bytes b) { return (Bytes)wasm_u8x16_min((V)a, (V)b); }
-static Bytes max(Bytes a, Bytes b) { return (Bytes)wasm_u8x16_max((V)a, (V)b); }
 static Bytes add_saturating(Bytes a, Bytes b) { return (Bytes)wasm_u8x16_add_sat((V)a, (V)b); }
 static Bytes subtract_saturating(Bytes a, Bytes b) { return (Bytes)wasm_u8x16_sub_sat((V)a, (V)b); }
-static Words min(Words a, Words b) { return (Words)wasm_u16x8_min((V)a, (V)b); }
-static Words max(Words a, Words b) { return (Words)wasm_u16x8_max((V)a, (V)b); }
-static SignedWords min(SignedWords a, SignedWords b) {
-  return (SignedWords)wasm_i16x8_min((V)a, (V)b);
-}
-static SignedWords max(SignedWords a, SignedWords b) {
-  return (SignedWords)wasm_i16x8_max((V)a, (V)b);
-}
 static SignedWords add_saturating(SignedWords a, SignedWords b) {
   return (SignedWords)wasm_i16x8_add_sat((V)a, (V)b);
 }
-static SignedWords magnitude(SignedWords a) { return (SignedWords)wasm_i16x8_abs((V)a); }
 static Words mul_high(Words a, Words b) {
   const V low = wasm_u32x4_extmul_low_u16x8((V)a, (V)b),
           high = wasm_u32x4_extmul_high_u16x8((V)a, (V)b);
@@ -76,22 +39,11 @@ static SignedWords mul_high(SignedWords a, SignedWords b) {
   return (SignedWords)wasm_i16x8_shuffle(low, high, 1, 3, 5, 7, 9, 11, 13, 15);
 }
 static Dwords pair_sums(Words a, Words b) { return (Dwords)wasm_i32x4_dot_i16x8((V)a, (V)b); }
-static Dwords max(Dwords a, Dwords b) { return (Dwords)wasm_u32x4_max((V)a, (V)b); }
 static bool any_above(Dwords a, Dwords b) { return wasm_v128_any_true(wasm_u32x4_gt((V)a, (V)b)); }
 static Floats min(Floats a, Floats b) { return (Floats)wasm_f32x4_pmin((V)b, (V)a); }
 static Floats max(Floats a, Floats b) { return (Floats)wasm_f32x4_pmax((V)b, (V)a); }
 static Floats floor(Floats a) { return (Floats)wasm_f32x4_floor((V)a); }
 
-static ByteMask equal(Bytes a, Bytes b) { return (ByteMask)wasm_i8x16_eq((V)a, (V)b); }
-static ByteMask at_most(Bytes a, Bytes b) { return (ByteMask)wasm_u8x16_le((V)a, (V)b); }
-static WordMask equal(Words a, Words b) { return (WordMask)wasm_i16x8_eq((V)a, (V)b); }
-static WordMask at_most(Words a, Words b) { return (WordMask)wasm_u16x8_le((V)a, (V)b); }
-static WordMask greater(SignedWords a, SignedWords b) {
-  return (WordMask)wasm_i16x8_gt((V)a, (V)b);
-}
-static FloatMask equal(Floats a, Floats b) { return (FloatMask)wasm_f32x4_eq((V)a, (V)b); }
-static FloatMask greater(Floats a, Floats b) { return (FloatMask)wasm_f32x4_gt((V)a, (V)b); }
-static FloatMask not_at_most(Floats a, Floats b) { return ~(FloatMask)wasm_f32x4_le((V)a, (V)b); }
 static Words byte_pair_sums(Bytes a, Bytes b) {
   const V low =
       wasm_i16x8_mul(wasm_u16x8_extend_low_u8x16((V)a), wasm_i16x8_extend_low_i8x16((V)b));
@@ -100,9 +52,7 @@ static Words byte_pair_sums(Bytes a, Bytes b) {
   return (Words)wasm_i16x8_add(wasm_i16x8_shuffle(low, high, 0, 2, 4, 6, 8, 10, 12, 14),
                                wasm_i16x8_shuffle(low, high, 1, 3, 5, 7, 9, 11, 13, 15));
 }
-static bool all(ByteMask m) { return wasm_i8x16_all_true((V)m); }
 static bool any(ByteMask m) { return wasm_v128_any_true((V)m); }
-static bool any(FloatMask m) { return wasm_v128_any_true((V)m); }
 static Bytes select(ByteMask where, Bytes a, Bytes b) {
   return (Bytes)wasm_v128_bitselect((V)a, (V)b, (V)where);
 }
@@ -110,7 +60,6 @@ static Words select(WordMask where, Words a, Words b) {
   return (Words)wasm_v128_bitselect((V)a, (V)b, (V)where);
 }
 
-static Floats to_floats(SignedDwords a) { return (Floats)wasm_f32x4_convert_i32x4((V)a); }
 static Floats to_floats(Doubles first, Doubles last) {
   return (Floats)wasm_i64x2_shuffle(wasm_f32x4_demote_f64x2_zero((V)first),
                                     wasm_f32x4_demote_f64x2_zero((V)last), 0, 2);
@@ -163,13 +112,11 @@ static inline Dwords mix_corners(Bytes corners, const CornerWeights& weights) {
   return pair_sums(column, (Words)spread<k>(weights.across));
 }
 static inline Bytes bytes_of_mixes(Dwords p0, Dwords p1, Dwords p2, Dwords p3) {
-  const auto upper_words = [](Dwords even, Dwords odd) {
-    return (V)(even >> 16 | (odd & 0xffff0000));
-  };
-  return (Bytes)wasm_i8x16_narrow_i16x8(upper_words(p0, p1), upper_words(p2, p3)) ^ all_bytes(128);
+  const Words low = even_and_odd((Words)(p0 >> 16), (Words)p1);
+  const Words high = even_and_odd((Words)(p2 >> 16), (Words)p3);
+  return (Bytes)wasm_i8x16_narrow_i16x8((V)low, (V)high) ^ all_bytes(128);
 }
-static constexpr uint8_t kPixelOrder[16] = {0,  2, 4,  1,  3,   5,   8,   10,
-                                            12, 9, 11, 13, 128, 128, 128, 128};
+static constexpr int mix_of(int i) { return i / 6 * 8 + i / 3 % 2 + i % 3 * 2; }
 // Two loads and a shuffle a pixel, as elsewhere: shuffles of two vectors are slower here.
 static inline Corners corners_side_by_side(const uint8_t* src, ptrdiff_t stride) {
   const int32_t offsets[4] = {-2, 1, 4, 7};
@@ -186,10 +133,6 @@ static inline PixelPairs bytes_of_pairs(Bytes a, Bytes b) {
 #include "rows/simd/mixes_exact.inl"
 #include "rows/simd/block_stores.inl"
 
-template <class Order>
-static inline Bytes top_bytes(Dwords a, Dwords b, Dwords c, Dwords d, Order) {
-  return pack(pack((SignedDwords)(a >> 24), (SignedDwords)(b >> 24)),
-              pack((SignedDwords)(c >> 24), (SignedDwords)(d >> 24)));
-}
+#include "rows/simd/top_bytes.inl"
 #include "rows/simd/lane_columns.inl"
 #include "rows/simd/vocabulary.inl"

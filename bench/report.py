@@ -1,6 +1,7 @@
 """Reads the JSON of benchmark runs: prints tables, draws docs/bench.svg, checks the goals.
 
-    report.py [--check] RUN.json                          one build: multiples of memcpy, the goals
+    report.py [--check] RUN.json [WASM.json]              one build: multiples of memcpy, the goals;
+                                                          beside it the module (web/bench.mjs --json)
     report.py [--check] --before RUN... --now RUN...      two builds, measured in turn: their ratios
 
 The time of a benchmark is the least of its repetitions: what disturbs a measurement on a shared
@@ -15,6 +16,7 @@ import sys
 
 HERE = pathlib.Path(__file__).parent
 TABLES = ["plain", "sse4", "avx2", "avx512", "neon"]
+MODULE = "wasm"  # measured in node, in a process of its own
 SLACK = 1.15  # an operation may take 15 % longer than its goal before the check fails
 SLOWER = 1.03  # and 3 % longer than in the build before
 PIXELS = {"64x64": 4096, "1MP": 1152 * 864, "12MP": 12e6, "24MP": 24e6, "100MP": 11552 * 8664}
@@ -47,10 +49,10 @@ def print_operations(times, goals):
     yardstick = times[("memcpy", "-", "12MP")]
     print(f"memcpy of 36 MB: {yardstick:.2f} ms. Multiples of it at 12 MP (ms), goals in brackets:\n")
     operations = in_order({n for n, table, size in times if (table, size) == ("plain", "12MP")}, goals)
-    measured = [table for table in TABLES if any(table == t for _, t, _ in times)]
+    measured = [table for table in TABLES + [MODULE] if any(table == t for _, t, _ in times)]
     peers = any(table == "peer" for _, table, _ in times)
     print(f"{'operation':24}" + "".join(f"{table:>24}" for table in measured)
-          + (f"{'OpenCV':>12}{'/ ' + measured[-1]:>12}" if peers else ""))
+          + (f"{'OpenCV':>12}{'/ ' + best_table(times):>12}" if peers else ""))
     for operation in operations:
         line = f"{operation:24}"
         for table in measured:
@@ -63,7 +65,7 @@ def print_operations(times, goals):
             line += f"{cell:>24}"
         peer = times.get((operation, "peer", "12MP"))
         if peer:
-            best = times[(operation, measured[-1], "12MP")]
+            best = times[(operation, best_table(times), "12MP")]
             line += f"{peer / yardstick:>12.1f}{peer / best:>12.1f}"
         print(line)
 
@@ -107,6 +109,9 @@ def failures(times, goals):
         goal = goals["sse4 by avx2"][operation]
         if sse4 and avx2 and sse4 > SLACK * goal * avx2:
             yield f"{operation} on sse4: {sse4 / avx2:.1f} times the time of avx2, goal {goal}"
+        wasm, goal = times.get((operation, MODULE, "12MP")), goals["wasm by sse4"][operation]
+        if sse4 and wasm and wasm > SLACK * goal * sse4:
+            yield f"{operation} in wasm: {wasm / sse4:.1f} times the time of sse4, goal {goal}"
         middle, large = (times.get((operation, best, size)) for size in ("12MP", "100MP"))
         goal = goals["growth at 100MP"]
         if middle and large and large / PIXELS["100MP"] > goal * middle / PIXELS["12MP"]:
@@ -236,7 +241,7 @@ def main():
     parser.add_argument("--commit", default="the build before")
     parser.add_argument("--before", nargs="+", type=pathlib.Path, default=[])
     parser.add_argument("--now", nargs="+", type=pathlib.Path, default=[])
-    parser.add_argument("json", nargs="?", type=pathlib.Path)
+    parser.add_argument("json", nargs="*", type=pathlib.Path)
     arguments = parser.parse_args()
 
     goals = json.loads((HERE / "goals.json").read_text())
@@ -266,8 +271,8 @@ def main():
                   "here what counts is the ratio to the commit before.")
         sys.exit(1 if arguments.check and slower else 0)
 
-    run = json.loads(arguments.json.read_text())
-    times = least_times(run["benchmarks"])
+    run, *module = (json.loads(file.read_text()) for file in arguments.json)
+    times = least_times([one for runs in (run, *module) for one in runs["benchmarks"]])
     print(f"{name} (family {family})\n")
     print_operations(times, goals)
     if not arguments.check:

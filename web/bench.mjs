@@ -1,8 +1,10 @@
 // Times every operation in the module on 12 megapixels, as scripts/bench does for the native tables:
-// node web/bench.mjs [REPETITIONS] prints the least milliseconds of so many (9).
+// node web/bench.mjs [REPETITIONS] [--json] prints the least milliseconds of so many (9), or the same in the
+// form that bench/report.py reads.
 import {readFile} from 'node:fs/promises';
 
-const repetitions = Number(process.argv[2] ?? 9);
+const as_json = process.argv.includes('--json');
+const repetitions = Number(process.argv.slice(2).find((argument) => argument !== '--json') ?? 9);
 const {instance} = await WebAssembly.instantiate(
   await readFile(new URL('./dist/roxe.wasm', import.meta.url)), {});
 const op = instance.exports;
@@ -70,6 +72,7 @@ const operations = {
   variations: () => op.roxeVariations(src, dst, 1, -2, 3, 1, 2),
 };
 
+const benchmarks = [];
 for (const [name, run] of Object.entries(operations)) {
   let least = Infinity;
   for (let i = 0; i < repetitions; ++i) {
@@ -77,5 +80,7 @@ for (const [name, run] of Object.entries(operations)) {
     run();
     least = Math.min(least, performance.now() - start);
   }
-  console.log(`${name.padEnd(22)}${least.toFixed(1).padStart(8)} ms`);
+  benchmarks.push({name: `${name}/wasm/12MP`, real_time: least});
+  if (!as_json) console.log(`${name.padEnd(22)}${least.toFixed(1).padStart(8)} ms`);
 }
+if (as_json) console.log(JSON.stringify({benchmarks}));

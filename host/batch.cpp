@@ -83,6 +83,9 @@ class Targets {
   // Throws Failure for a reason not to write; false for a result that is there already.
   bool may_write(const Photograph& photograph) {
     const std::string& target = photograph.target;
+    if (has_name_of_picture(target) && !format_of_name(target))
+      throw Failure(photograph.input +
+                    ": its format can be read and not written; --format names another");
     if (const std::string link = link_on_the_way(target); !link.empty())
       throw Failure(photograph.input + ": " + link + " is a link, and a batch follows none");
     const auto identity = identity_of(target);

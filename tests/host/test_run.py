@@ -95,6 +95,16 @@ class Recipes(ToolTest):
         self.assertEqual(sorted(os.listdir(self.path("a/new/folder"))),
                          [name.replace("ppm", "png") for name in self.names])
 
+    def test_a_format_that_is_only_read(self):
+        self.write("recipe", b"auto-gamma")
+        self.write("photos/photo9.tif", b"II*\0")
+        for more in ((), ("--dry-run",)):
+            result = self.run_tool("run", "recipe", "photos", "--out", "out", "--overwrite", *more)
+            self.assertEqual(result.returncode, 1)
+            self.assertIn("roxe: photos/photo9.tif: its format can be read and not written; --format "
+                          "names another\n", result.stderr)
+            self.assertIn("7 of 8 photographs", result.stdout)
+
     def test_failures_do_not_stop_the_others(self):
         self.write("photos/photo2.ppm", b"not a picture")
         self.write("photos/photo4.ppm", ppm(plain(3, 3, (1, 2, 3))))  # smaller than the line

@@ -28,6 +28,7 @@ std::string description(const Option& option) {
       option.kind == Option::Kind::kWholeNumber || option.kind == Option::Kind::kDecimalNumber;
   if (is_number && option.meaning.find(range) == std::string::npos) add(range);
   if (option.kind == Option::Kind::kText) add(option.form);
+  if (option.required) add("required");
   if (option.kind == Option::Kind::kText && !option.otherwise.empty() && !option.value_optional)
     add("default: " + option.otherwise);
   return option.meaning + (remarks.empty() ? "" : remarks + ")");
@@ -79,9 +80,8 @@ void declare_arguments(VipsObjectClass* type, const std::vector<Option>& options
       vips_object_class_install_argument(type, spec, VipsArgumentFlags(flags), priority++,
                                          static_cast<guint>(offset));
     };
-    declare(option.name,
-            option.required ? VIPS_ARGUMENT_REQUIRED_INPUT : VIPS_ARGUMENT_OPTIONAL_INPUT);
-    if (!option.other_spelling.empty() && !option.required)  // understood and not listed
+    declare(option.name, VIPS_ARGUMENT_OPTIONAL_INPUT);
+    if (!option.other_spelling.empty())  // understood and not listed
       declare(option.other_spelling, VIPS_ARGUMENT_OPTIONAL_INPUT | VIPS_ARGUMENT_DEPRECATED);
     offset += sizeof(Value);
   }
@@ -102,10 +102,10 @@ std::map<std::string, std::string> given_arguments(VipsObject* call,
   for (size_t i = 0; i < options.size(); ++i) {
     const Option& option = options[i];
     const auto is_set = [&](const std::string& spelling) {
-      return vips_object_argument_isset(call, identifier(spelling, '-').c_str());
+      return !spelling.empty() &&
+             vips_object_argument_isset(call, identifier(spelling, '-').c_str());
     };
-    const bool has_other = !option.other_spelling.empty() && !option.required;
-    if (!is_set(option.name) && !(has_other && is_set(option.other_spelling))) continue;
+    if (!is_set(option.name) && !is_set(option.other_spelling)) continue;
     if (option.kind == Option::Kind::kFlag && !values[i].flag) continue;
     given[option.name] = option.kind == Option::Kind::kFlag ? "" : text_of(option, values[i]);
   }

@@ -22,8 +22,9 @@ union Value {
 };
 
 // Declares one argument an option, whose values lie in a row from an offset into the instance on:
-// option i has the value i. What is required libvips asks for itself and, as is its way, without a
-// name on the command line, after the two files.
+// option i has the value i. libvips takes what it knows to be required without a name and options
+// by name; so that all are given as to the tool, it is told of none, and what is required is judged
+// later.
 void declare_arguments(VipsObjectClass* type, const std::vector<host::Option>& options,
                        size_t offset);
 

@@ -1,7 +1,6 @@
 """The operations in GEGL as a door: GEGL in this process, one graph for each picture."""
 
 import os
-import re
 import threading
 
 import numpy as np
@@ -38,8 +37,6 @@ def properties(library, options):
     for name, value in options.items():
         name = name.strip("_").replace("_", "-")
         if name in ("colour", "background"):
-            if value.lower() not in COLOURS and not re.fullmatch("#(...){1,2}|#.{8}", value):
-                raise ValueError(f"GEGL is given colours, not names such as {value}")
             yield name, library.Color.new(COLOURS.get(value.lower(), value))
         elif isinstance(value, (tuple, list)):
             if name not in REQUIRED:
@@ -78,10 +75,11 @@ class Gegl:
         return buffer
 
     @classmethod
-    def run(cls, name, samples, options, mask=None, at=(0, 0), part=None):
+    def run(cls, name, samples, options, mask=None, at=(0, 0), before=None, part=None):
         """Place and samples of the result of red, green, blue and, where there is any, opacity.
 
-        at: where the picture lies; part: (x, y, width, height) to ask for alone.
+        at: where the picture lies; before: an operation through which it goes first;
+        part: (x, y, width, height) to ask for alone.
         """
         cls.library = cls.library or load()
         library, channels = cls.library, samples.shape[2]
@@ -93,6 +91,10 @@ class Gegl:
             if content is not None:
                 source = graph.create_child("gegl:buffer-source")
                 source.set_property("buffer", cls.buffer(content, at))
+                if before:
+                    first = graph.create_child(before)
+                    source.link(first)
+                    source = first
                 source.connect_to("output", operation, pad)
         last = operation
         if part:
@@ -112,11 +114,8 @@ class Gegl:
         if operation == "colour_mask":
             operation, options["mask_only"] = "replace_colour", True
         with cls.lock:
-            try:
-                _, drawn = cls.run(operation.replace("_", "-"), image[..., ::-1], options,
-                                   None if mask is None else mask[..., None])
-            except ValueError as error:
-                raise Refused(str(error)) from None
+            _, drawn = cls.run(operation.replace("_", "-"), image[..., ::-1], options,
+                               None if mask is None else mask[..., None])
             if cls.said:
                 assert (drawn[..., ::-1] == image).all(), "what is refused stays as it was"
                 raise Refused(cls.said[0])

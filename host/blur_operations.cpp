@@ -21,6 +21,16 @@ Bytes brightness(const Picture& picture) {
   return grey;
 }
 
+// Rows become columns.
+Bytes transposed(const Bytes& grey, int32_t width) {
+  const size_t columns = static_cast<size_t>(width), rows = grey.size() / columns;
+  Bytes turned;
+  turned.reserve(grey.size());
+  for (size_t x = 0; x < columns; ++x)
+    for (size_t y = 0; y < rows; ++y) turned.push_back(grey[y * columns + x]);
+  return turned;
+}
+
 class SoftFocus : public Operation {
  public:
   void add_options(Options& options) override {
@@ -51,17 +61,34 @@ class SoftFocus : public Operation {
     if (!mask_.empty() && (mask_width_ != picture.width() || mask_height_ != picture.height()))
       throw Failure("the mask " + mask_name_ + " has " + size_text(mask_width_, mask_height_) +
                     " pixels but the picture has " + picture.size_text());
-    const PixelArray mask = {kRoxeFormatGray8, mask_width_, mask_height_, mask_width_,
-                             const_cast<uint8_t*>(mask_.data())};
-    // In place the mask would have no effect.
-    const bool changed = draw_into(
-        picture, size_of(picture), background, [&](const PixelArray* from, PixelArray* to) {
-          return roxeSoftFocus(from, to, mask_.empty() ? nullptr : &mask, radius_, mask_radius_);
-        });
-    return {mask_.empty() ? "soft focus" : "soft focus where the mask is dark", changed};
+    // Down and across the blur is the same, but the shortest row takes the library 1 µs.
+    constexpr int32_t kFewColumns = 8;
+    if (picture.width() < kFewColumns && picture.width() < picture.height()) {
+      constexpr int kTransposed = 5;  // of the orientations of EXIF
+      make_upright(picture, kTransposed);
+      const bool changed =
+          blur(picture, mask_.empty() ? Bytes() : transposed(mask_, mask_width_), background);
+      make_upright(picture, kTransposed);
+      return outcome(changed);
+    }
+    return outcome(blur(picture, mask_, background));
   }
 
  private:
+  bool blur(Picture& picture, const Bytes& grey, Colour background) const {
+    const PixelArray mask = {kRoxeFormatGray8, picture.width(), picture.height(), picture.width(),
+                             const_cast<uint8_t*>(grey.data())};
+    // In place the mask would have no effect.
+    return draw_into(
+        picture, size_of(picture), background, [&](const PixelArray* from, PixelArray* to) {
+          return roxeSoftFocus(from, to, grey.empty() ? nullptr : &mask, radius_, mask_radius_);
+        });
+  }
+
+  Outcome outcome(bool changed) const {
+    return {mask_.empty() ? "soft focus" : "soft focus where the mask is dark", changed};
+  }
+
   int32_t radius_ = 1, mask_radius_ = 1;
   std::string mask_path_, mask_name_;
   Bytes mask_;

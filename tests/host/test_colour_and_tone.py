@@ -62,6 +62,19 @@ class SoftFocus(ToolTest):
             self.assertLess(rows[7][10][0], 70)
             self.assertGreater(rows[7][9][0], 50)
 
+    def test_few_columns_are_blurred_as_few_rows(self):
+        rows, mask = speckled(60, 3), [[7 * (x + 5 * y) % 256 for x in range(60)] for y in range(3)]
+        self.write("wide.ppm", ppm(rows))
+        self.write("high.ppm", ppm(list(zip(*rows))))
+        self.write("wide.pgm", pgm(mask))
+        self.write("high.pgm", pgm(list(zip(*mask))))
+        for radius, masked in ((7, False), (7, True), (2, True), (99, True)):
+            for name in ("wide", "high"):
+                more = ("--mask", name + ".pgm", "--mask-radius", 4) if masked else ()
+                self.succeed("soft-focus", name + ".ppm", name + "-out.ppm", "--radius", radius, *more)
+            self.assertEqual(list(zip(*ppm_rows(self.read("wide-out.ppm")))),
+                             [tuple(row) for row in ppm_rows(self.read("high-out.ppm"))])
+
     def test_masks_of_the_wrong_size_and_other_files(self):
         self.write("mask.pgm", pgm([[0] * 20] * 9))
         self.refuse(1, "the mask mask.pgm has 20 × 9 pixels but the picture has 21 × 9",

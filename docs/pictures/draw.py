@@ -1,4 +1,4 @@
-"""Draws the pictures of this folder anew, by the commands that tool.md shows.
+"""Draws the pictures of this folder anew, by the commands that tool.md and the pages of operations show.
 
 draw.py TOOL    TOOL is the built roxe; needs Debian's python3-pil
 """
@@ -9,7 +9,7 @@ import subprocess
 import sys
 import tempfile
 
-from PIL import Image, ImageOps
+from PIL import Image, ImageDraw, ImageOps
 
 FOLDER = os.path.dirname(os.path.abspath(__file__))
 PHOTOS = os.path.join("examples", "photos")
@@ -30,8 +30,14 @@ PICTURES = {
     "tint": ("spices.jpg", "tint --colour '#C8501E' --tolerance 50"),
     "temperature": ("courtyard-colour-cast.jpg", "temperature --temperature -10 --tint -10"),
     "shadow-highlight": ("rocket-night.jpg", "shadow-highlight --shadow 35"),
+    "rotate": ("coffee-cup.png", "rotate --angle 20",
+               "rotate --angle 20 --expand --background white", "rotate --angle 20 --crop"),
+    "colour-mask": ("astronaut-portrait.png", SUIT + "--mask-only"),
+    "auto-gamma": ("rocket-night.jpg", "auto-gamma"),
+    "variations": ("orange-dune.jpg", "variations --red 2 --blue -2", "variations --dark 3"),
 }
 
+PAGE = [(470, 140), (2130, 10), (2110, 3090), (400, 2950)]  # corners in book-page.jpg
 HORIZON = ("sunset-tilted-horizon.jpg", "straighten --line 70,1430,4200,1250 --crop")
 
 
@@ -77,6 +83,9 @@ def main(tool):
         save(beside(pictures), name, pictures[0].info.get("icc_profile"))
     for name, picture in zip(("before", "after"), panels(tool, *HORIZON)):
         save(picture.reduce(4), "straighten-" + name, picture.info.get("icc_profile"))
+    [page] = panels(tool, "book-page.jpg")
+    ImageDraw.Draw(page).line(PAGE + PAGE[:1], fill=(255, 32, 32), width=24)
+    save(beside([page]), "natural-size", page.info.get("icc_profile"))
 
 
 if __name__ == "__main__":

@@ -186,7 +186,7 @@ int main(int argc, char** argv) {
     const size_t count = differing(whole.pixels, banded.pixels, bytes, &most);
     char found[40] = "same";
     if (count > 0)
-      snprintf(found, sizeof found, "%.3f %% differ by up to %d",
+      snprintf(found, sizeof found, "%.2g %% differ by up to %d",
                100.0 * (double)count / (double)bytes, most);
     printf("%-24s %-29s %6.1f ms %6.1f ms\n", kOperations[i].name, found, one, many);
     if (kOperations[i].is_exact && count > 0) wrong = 1;

@@ -121,6 +121,19 @@ Metadata metadata_of(TIFF* tiff, Notes& notes) {
   return metadata;
 }
 
+// The usual lossless packings make of a byte no more than 1400.
+bool may_hold_its_pixels(TIFF* tiff, uint64_t file_bytes, uint64_t pixel_bytes) {
+  constexpr int kBounded[] = {COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_PACKBITS,
+                              COMPRESSION_DEFLATE, COMPRESSION_ADOBE_DEFLATE};
+  const int packing = field<uint16_t>(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE);
+  if (std::ranges::find(kBounded, packing) == std::end(kBounded)) return true;
+  const uint32_t parts = TIFFIsTiled(tiff) ? TIFFNumberOfTiles(tiff) : TIFFNumberOfStrips(tiff);
+  uint64_t packed = 0;
+  for (uint32_t i = 0; i < parts && packed < pixel_bytes / 1400; ++i)
+    packed += std::min<uint64_t>(TIFFGetStrileByteCount(tiff, i), file_bytes);
+  return packed >= pixel_bytes / 1400;
+}
+
 struct Image {
   TIFFRGBAImage view = {};
   bool open = false;
@@ -174,6 +187,8 @@ Decoded decode_tiff(const Bytes& file, const ReadSettings& settings, Notes& note
   image.open = true;
   image.view.req_orientation = image.view.orientation;  // as stored
   Picture picture(static_cast<int32_t>(width), static_cast<int32_t>(height));
+  if (!may_hold_its_pixels(tiff.get(), file.size(), uint64_t{width} * height * depth / 8))
+    throw Failure("the TIFF is damaged, incomplete or of a rare kind (the file ends early)");
   picture.metadata = metadata_of(tiff.get(), notes);
   picture.one_channel =
       channels == 1 && (kind == PHOTOMETRIC_MINISBLACK || kind == PHOTOMETRIC_MINISWHITE);

@@ -14,14 +14,14 @@ from test_nonsense import CMYK_JPEG, FAILED
 LEVEL = ("--line", "0,0,1,0", "--background", "black")
 
 
-def tiff(order, width, height, depth, samples, photometric, pixels, more=()):
+def tiff(order, width, height, depth, samples, photometric, pixels, more=(), packing=1):
     """One strip behind the directory, whose values come first."""
     def entries(place):
         return sorted([
             (0x0100, SHORT, 1, struct.pack(order + "H", width)),
             (0x0101, SHORT, 1, struct.pack(order + "H", height)),
             (0x0102, SHORT, samples, struct.pack(order + "H", depth) * samples),
-            (0x0103, SHORT, 1, struct.pack(order + "H", 1)),
+            (0x0103, SHORT, 1, struct.pack(order + "H", packing)),
             (0x0106, SHORT, 1, struct.pack(order + "H", photometric)),
             (0x0111, LONG, 1, struct.pack(order + "I", place)),
             (0x0115, SHORT, 1, struct.pack(order + "H", samples)),
@@ -107,6 +107,7 @@ class Tiff(Formats):
                 (tiff("<", 2, 1, 8, 3, 2, bytes(6), [(0xC612, 1, 4, b"\1\4\0\0")]), "is a raw"),
                 (tiff("<", 2, 1, 8, 4, 5, bytes(8)), "a CMYK TIFF cannot be edited"),
                 (tiff("<", 2, 1, 8, 3, 2, bytes(6))[:-3], "the TIFF is damaged"),
+                (tiff("<", 15600, 15600, 8, 3, 2, bytes(6), packing=5), "(the file ends early)"),
                 (tiff("<", 60000, 60000, 8, 3, 2, bytes(6)), "above the limit of 250")):
             self.write("in.tif", content)
             result = self.run_tool("straighten", "in.tif", "out.ppm", *LEVEL)

@@ -87,8 +87,57 @@ void set_key(GParamSpec* spec, const char* key, const std::string& value) {
   gegl_param_spec_set_property_key(spec, key, value.c_str());
 }
 
+void set_unit(GParamSpec* spec, const Option& option) {
+  if (option.form == "DEG") set_key(spec, "unit", "degree");
+  if (option.form == "PCT") set_key(spec, "unit", "percent");
+}
+
+GParamSpec* whole_number_spec(const Option& option) {
+  const std::string name = property_name(option.name);
+  const Slider slider = slider_of(option);
+  GParamSpec* spec = gegl_param_spec_int(name.c_str(), label(name).c_str(), option.meaning.c_str(),
+                                         option.low, option.high, std::stoi(option.otherwise),
+                                         slider.low, slider.high, slider.gamma, kFlags);
+  gegl_param_spec_int_set_steps(GEGL_PARAM_SPEC_INT(spec), 1, 10);
+  set_unit(spec, option);
+  return spec;
+}
+
+GParamSpec* decimal_number_spec(const Option& option) {
+  const std::string name = property_name(option.name);
+  const Slider slider = slider_of(option);
+  GParamSpec* spec = gegl_param_spec_double(
+      name.c_str(), label(name).c_str(), option.meaning.c_str(), option.low, option.high,
+      std::stod(option.otherwise), slider.low, slider.high, slider.gamma, kFlags);
+  gegl_param_spec_double_set_steps(GEGL_PARAM_SPEC_DOUBLE(spec), 0.1, 1);
+  gegl_param_spec_double_set_digits(GEGL_PARAM_SPEC_DOUBLE(spec), 2);
+  set_unit(spec, option);
+  return spec;
+}
+
+GParamSpec* flag_spec(const Option& option) {
+  const std::string name = property_name(option.name);
+  return g_param_spec_boolean(name.c_str(), label(name).c_str(), option.meaning.c_str(), FALSE,
+                              kFlags);
+}
+
+// An option whose value may be left out is off by the first word.
+GParamSpec* choice_spec(const Option& option, const std::vector<std::string>& words) {
+  const std::string name = property_name(option.name);
+  const auto found = std::ranges::find(words, option.otherwise);
+  const int value = option.value_optional ? 0 : static_cast<int>(found - words.begin());
+  return gegl_param_spec_enum(name.c_str(), label(name).c_str(), option.meaning.c_str(),
+                              choice_type(option.name, words), value, kFlags);
+}
+
+GParamSpec* colour_spec(const Option& option) {
+  const std::string name = property_name(option.name);
+  return gegl_param_spec_color_from_string(name.c_str(), label(name).c_str(),
+                                           option.meaning.c_str(), "black", kFlags);
+}
+
 // Numbers of pixels: places on an axis, which a host lets people point at, or lengths.
-GParamSpec* pixels(const std::string& name, const std::string& part, const Option& option) {
+GParamSpec* part_spec(const std::string& name, const std::string& part, const Option& option) {
   const bool is_length = part == "width" || part == "height";
   constexpr int kFarthest = 1'000'000'000;
   GParamSpec* spec =
@@ -190,57 +239,26 @@ void Settings::install(GObjectClass* object_class) const {
   for (const Setting& setting : settings_) {
     const Option& option = setting.option;
     const std::string name = property_name(option.name), condition = condition_on(option.name);
-    const std::string title = label(name);
-    const char* meaning = option.meaning.c_str();
     switch (setting.kind) {
-      case Kind::kWholeNumber: {
-        const Slider slider = slider_of(option);
-        const int value = option.otherwise.empty() ? 0 : std::stoi(option.otherwise);
-        GParamSpec* spec =
-            gegl_param_spec_int(name.c_str(), title.c_str(), meaning, option.low, option.high,
-                                value, slider.low, slider.high, slider.gamma, kFlags);
-        gegl_param_spec_int_set_steps(GEGL_PARAM_SPEC_INT(spec), 1, 10);
-        if (option.form == "DEG") set_key(spec, "unit", "degree");
-        if (option.form == "PCT") set_key(spec, "unit", "percent");
-        install(spec, condition);
+      case Kind::kWholeNumber:
+        install(whole_number_spec(option), condition);
         break;
-      }
-      case Kind::kDecimalNumber: {
-        const Slider slider = slider_of(option);
-        const double value = option.otherwise.empty() ? 0 : std::stod(option.otherwise);
-        GParamSpec* spec =
-            gegl_param_spec_double(name.c_str(), title.c_str(), meaning, option.low, option.high,
-                                   value, slider.low, slider.high, slider.gamma, kFlags);
-        gegl_param_spec_double_set_steps(GEGL_PARAM_SPEC_DOUBLE(spec), 0.1, 1);
-        gegl_param_spec_double_set_digits(GEGL_PARAM_SPEC_DOUBLE(spec), 2);
-        if (option.form == "DEG") set_key(spec, "unit", "degree");
-        install(spec, condition);
+      case Kind::kDecimalNumber:
+        install(decimal_number_spec(option), condition);
         break;
-      }
       case Kind::kFlag:
-        install(g_param_spec_boolean(name.c_str(), title.c_str(), meaning, FALSE, kFlags),
-                condition);
+        install(flag_spec(option), condition);
         break;
-      case Kind::kChoice: {
-        const auto found = std::ranges::find(setting.words, option.otherwise);
-        const bool none = option.value_optional || found == setting.words.end();
-        install(gegl_param_spec_enum(
-                    name.c_str(), title.c_str(), meaning, choice_type(option.name, setting.words),
-                    none ? 0 : static_cast<int>(found - setting.words.begin()), kFlags),
-                condition);
+      case Kind::kChoice:
+        install(choice_spec(option, setting.words), condition);
         break;
-      }
       case Kind::kColour:
-        install(gegl_param_spec_color_from_string(name.c_str(), title.c_str(), meaning, "black",
-                                                  kFlags),
-                condition);
+        install(colour_spec(option), condition);
         break;
       case Kind::kParts:
-        if (!option.required)
-          install(g_param_spec_boolean(name.c_str(), title.c_str(), meaning, FALSE, kFlags),
-                  condition);
+        if (!option.required) install(flag_spec(option), condition);
         for (const std::string& part : setting.words)
-          install(pixels(name + "-" + part, part, option), option.required ? condition : name);
+          install(part_spec(name + "-" + part, part, option), option.required ? condition : name);
         break;
       case Kind::kPicture:
         break;

@@ -24,8 +24,8 @@ for program in "$WORK"/fuzz/fuzz_*; do
   target=${program##*/fuzz_}
   cp "$program" "$OUT/$target"
   python3 -m zipfile -c "$OUT/${target}_seed_corpus.zip" "$source/fuzz/corpus/$target/"
-  # Memory that only a hostile header asks for is a finding; so are ten seconds.
-  printf '[libfuzzer]\nmax_len = %s\ntimeout = 10\nrss_limit_mb = 2048\nmalloc_limit_mb = 512\n' \
+  # Memory that only a hostile header asks for is a finding; so is a call without end.
+  printf '[libfuzzer]\nmax_len = %s\ntimeout = 25\nrss_limit_mb = 2048\nmalloc_limit_mb = 512\n' \
     "$([ "$target" = pictures ] && echo 20000 || echo 1000)" >"$OUT/$target.options"
 done
 if [ -f "$OUT/pictures" ]; then

@@ -6,7 +6,7 @@
 namespace fuzz {
 namespace {
 
-constexpr size_t kLargestBlock = 1 << 16;
+constexpr int32_t kRows = 24, kPadding = 8;
 
 // Mostly a record that passes verification.
 Shape shape_of(Input& input, int32_t largest) {
@@ -14,10 +14,10 @@ Shape shape_of(Input& input, int32_t largest) {
   Shape shape = {};
   shape.format = kind % 4 == 1 ? kRoxeFormatGray8 : kRoxeFormatRGB24;
   shape.width = 1 + input.below(largest);
-  shape.height = 1 + input.below(24);
+  shape.height = 1 + input.below(kRows);
   shape.row_bytes = (shape.format == kRoxeFormatGray8 ? 1 : 3) * shape.width;
   shape.has_pixels = true;
-  if (kind & 4) shape.row_bytes += input.below(9);
+  if (kind & 4) shape.row_bytes += input.below(kPadding + 1);
   switch (kind / 8) {  // what a careless host may get wrong; 7 ... 31: nothing
     case 0:
       shape.format = static_cast<uint32_t>(input.whole());
@@ -44,8 +44,9 @@ Shape shape_of(Input& input, int32_t largest) {
       shape.width = input.whole();
       break;
   }
+  const size_t limit = static_cast<size_t>((3 * largest + kPadding) * kRows);
   const auto too_large = [&] {
-    return std::max({shape.bytes(3), shape.bytes(1), shape.padded_bytes()}) > kLargestBlock;
+    return std::max({shape.bytes(3), shape.bytes(1), shape.padded_bytes()}) > limit;
   };
   if (too_large()) shape.height = 1;
   if (too_large()) shape.row_bytes = 0;

@@ -44,7 +44,7 @@ enum Picture { kSource, kDestination, kMask, kPictures };
 // overlap in one block.
 class Scene {
  public:
-  // Rows hold 1 ... largest pixels, there are at most 24.
+  // Pictures take no more memory than 24 rows of largest pixels.
   Scene(Input& input, Operation operation, int32_t largest);
   Scene(const Scene& other) = default;  // with memory of its own
 

@@ -62,9 +62,9 @@ int32_t soften_whole(const PixelArray& src, PixelArray& dst, const PixelArray* m
     PixelArray packed = *mask;
     packed.rowBytes = mask->width;
     packed.pixels = blurred_mask.get();
-    if (GaussianBlurA(mask, &packed, mask_radius) != 1) return kRoxeErrFailed;
+    GaussianBlurA(mask, &packed, mask_radius);  // one format and size: it cannot refuse
   }
-  if (GaussianBlurA(&src, &dst, radius) != 1) return kRoxeErrFailed;
+  GaussianBlurA(&src, &dst, radius);
   if (mask) blend_RGB24(src, dst, blurred_mask.get());
   return kRoxeOK;
 }
@@ -132,7 +132,6 @@ int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const PixelArray* 
   // A record that fails in any way counts as missing.
   if (roxeVerifyPixelArray(src) != kRoxeOK) return kRoxeErrNull;
   if (roxeVerifyPixelArray(dst) != kRoxeOK) return kRoxeErrNull;
-  if (!src || !dst) return kRoxeErrParam;
   if (src->format != kRoxeFormatRGB24 || dst->format != kRoxeFormatRGB24) return kRoxeErrParam;
   if (src->width != dst->width || src->height != dst->height) return kRoxeErrParam;
 

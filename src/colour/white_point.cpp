@@ -108,9 +108,9 @@ int32_t Getuvw(const float* primaries, float, float x, float y, float* out) {
 int32_t GetRGB2XYZMatrix(const float* primaries, int32_t temperature, int32_t tint, float* out) {
   if (!primaries || !out) return 0;
   WhitePoint white;
-  if (!GetWhitePoint(temperature, tint, &white)) return 0;
+  GetWhitePoint(temperature, tint, &white);
   float scale[3];
-  if (!Getuvw(primaries, white.Y, white.x, white.y, scale)) return 0;
+  Getuvw(primaries, white.Y, white.x, white.y, scale);
   for (int i = 0; i < 9; ++i) out[i] = primaries[i] * scale[i % 3];
   return 1;
 }
@@ -123,8 +123,8 @@ int32_t GetColorTemperatureMatrix(int32_t temperature1, int32_t tint1, int32_t t
     return 1;
   }
   float to_xyz1[9], to_xyz2[9], from_xyz2[9];
-  if (!GetRGB2XYZMatrix(kPrimaries, temperature1, tint1, to_xyz1)) return 0;
-  if (!GetRGB2XYZMatrix(kPrimaries, temperature2, tint2, to_xyz2)) return 0;
+  GetRGB2XYZMatrix(kPrimaries, temperature1, tint1, to_xyz1);
+  GetRGB2XYZMatrix(kPrimaries, temperature2, tint2, to_xyz2);
   if (!xrmlMatrixInverse(from_xyz2, to_xyz2, 3)) return 0;
   return xrmlMatrixMultiply(from_xyz2, to_xyz1, out, 3, 3);
 }
@@ -151,7 +151,7 @@ int32_t GetBradfordXYZMatrix(int32_t temperature1, int32_t tint1, int32_t temper
 
   float to_xyz[9], scaled[9];
   if (!xrmlMatrixInverse(to_xyz, kBradford, 3)) return 0;
-  if (!xrmlMatrixMultiply(to_xyz, gain, scaled, 3, 3)) return 0;
+  xrmlMatrixMultiply(to_xyz, gain, scaled, 3, 3);
   return xrmlMatrixMultiply(scaled, kBradford, out, 3, 3);
 }
 
@@ -164,10 +164,10 @@ int32_t GetSRGBColorTemperatureMatrix(int32_t temperature1, int32_t tint1, int32
   }
   float adaptation[9], to_xyz[9], from_xyz[9], adapted[9];
   if (!GetBradfordXYZMatrix(temperature1, tint1, temperature2, tint2, adaptation)) return 0;
-  if (!GetRGB2XYZMatrix(kPrimaries, temperature2, tint2, to_xyz)) return 0;
+  GetRGB2XYZMatrix(kPrimaries, temperature2, tint2, to_xyz);
   if (!xrmlMatrixInverse(from_xyz, to_xyz, 3)) return 0;
   // The RGB of the second white on both sides.
-  if (!xrmlMatrixMultiply(adaptation, to_xyz, adapted, 3, 3)) return 0;
+  xrmlMatrixMultiply(adaptation, to_xyz, adapted, 3, 3);
   return xrmlMatrixMultiply(from_xyz, adapted, out, 3, 3);
 }
 

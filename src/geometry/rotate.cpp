@@ -61,7 +61,8 @@ void RotateImage_RGB24(const PixelArray& src, PixelArray& dst, const float* map)
 
   // Where pixels are read that were written before, and where positions need more than one carry a
   // step, only the plain rows are right, in their order.
-  const RowKernels& rows = overlap_24(src, dst) || !is_regular(walk) ? kPlainRows : Rows();
+  const bool plain = overlap_24(src, dst) || !is_regular(walk);
+  const RowKernels& rows = plain ? kPlainRows : Rows();
   rows.rotate(walk, row_of(dst, 0), dst.rowBytes, height, columns);
 }
 

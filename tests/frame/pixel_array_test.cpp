@@ -77,6 +77,7 @@ TEST(PixelArray, ColumnsAreWhatTheRowsHold) {
   EXPECT_EQ(roxe::columns_24(Record(7, -10, 1, 30)), 0);
   EXPECT_EQ(roxe::columns_24({7, 10, 1, 30, nullptr}), 0);
   EXPECT_EQ(roxe::columns_8(Record(kRoxeFormatGray8, 10, 1, 9)), 9);
+  EXPECT_EQ(roxe::columns_8({7, 10, 1, 10, nullptr}), 0);
 }
 
 TEST(PixelArray, RowOffsetsGoBeyondTwoGigabytes) {

@@ -172,6 +172,13 @@ TEST(MatrixInverse, IdentityAndZero) {
   EXPECT_EQ(xrmlMatrixInverse(out, zero, 3), 0);
 }
 
+TEST(MatrixInverse, OfFewerThanNoRows) {
+  const float m[1] = {1};
+  float out[1] = {9};
+  EXPECT_EQ(xrmlMatrixInverse(out, m, -1), 0);
+  EXPECT_EQ(out[0], 9);
+}
+
 TEST(MatrixInverse, WithExchangesInPlace) {
   // rows (0 2 0), (0 0 4), (1 0 0): the inverse has 1 at (0, 2), 1/2 at (1, 0), 1/4 at (2, 1)
   float m[9] = {0, 2, 0, 0, 0, 4, 1, 0, 0};

@@ -80,6 +80,11 @@ std::vector<Setting> Selections() {
       settings.push_back(Replacement(selection, 40, 25, 12));
       settings.push_back(Replacement(selection, 359, -255, -60));
     }
+  // Saturation 217 and limit 74 are the only ones for which the table of cosines makes one of two
+  // turns far that are equally far from the opposite of the reference: 43 degrees, not 317.
+  const ColourSelection uneven = roxe::colours_near(38, 38, 255, 74);
+  settings.push_back(Mask(uneven));
+  settings.push_back(Accent(uneven));
   return settings;
 }
 

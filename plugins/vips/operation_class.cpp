@@ -224,7 +224,8 @@ void finalize(GObject* object) {
 void declare_image(VipsObjectClass* type, const char* name, const char* meaning, int priority,
                    int flags, size_t offset) {
   GParamSpec* spec = g_param_spec_object(name, name, meaning, VIPS_TYPE_IMAGE, G_PARAM_READWRITE);
-  g_object_class_install_property(G_OBJECT_CLASS(type), vips_argument_get_id(), spec);
+  g_object_class_install_property(G_OBJECT_CLASS(type), static_cast<guint>(vips_argument_get_id()),
+                                  spec);
   vips_object_class_install_argument(type, spec, VipsArgumentFlags(flags), priority,
                                      static_cast<guint>(offset));
 }

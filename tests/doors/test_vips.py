@@ -274,6 +274,27 @@ def test_metadata_of_other_forms(tmp_path):
         assert Vips.call("roxe_" + name, {**photo, **mask}, metadata) == ({}, 10, 20)
 
 
+def form(image):
+    return (Vips.library.vips_image_get_bands(image),
+            Vips.library.vips_image_get_interpretation(image))
+
+
+def test_forms_of_results(tmp_path):
+    """Grey is b-w as long as it is grey, a mask is b-w, and what has colours is srgb."""
+    b_w, srgb = 1, 22
+    for mode in ("RGB", "RGBA", "L", "LA"):
+        picture(mode).save(tmp_path / (mode + ".png"))
+    turned = {"angle": 20, "background": "red"}
+    for operation, arguments, mode, expected in (
+            ("rotate", {"angle": 20}, "L", (1, b_w)), ("rotate", {"angle": 20}, "LA", (2, b_w)),
+            ("rotate", turned, "L", (3, srgb)), ("rotate", turned, "LA", (4, srgb)),
+            ("rotate", turned, "RGB", (3, srgb)), ("auto_gamma", {}, "RGBA", (4, srgb)),
+            *(("tint", {"colour": "red", "tolerance": 9, "mask_only": "true"}, mode, (1, b_w))
+              for mode in ("RGB", "RGBA", "L", "LA"))):
+        asked = {"in": tmp_path / (mode + ".png"), **arguments}
+        assert Vips.call("roxe_" + operation, asked, form) == expected
+
+
 def test_a_profile_that_is_not_srgb_is_noted_once(tmp_path):
     profile = pathlib.Path(PHOTOS / "metadata-exif-xmp-icc.jpg")
     with Image.open(profile) as source:

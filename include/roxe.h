@@ -112,6 +112,8 @@ ROXE_OFFSET(Quad, y3, 28);
 
 // Checks a record, in this order.
 //
+// image    the record, or null
+//
 // Returns kRoxeErrNull for a missing record. For RGB24 and Gray8: kRoxeErrInvalid if width or
 // height is below 1, if the row needs more bytes (3 * width or width, in 32 bits that wrap) than
 // rowBytes, or if pixels is null. kRoxeOK otherwise, and at once for any other format: such a
@@ -133,8 +135,9 @@ ROXE_API int32_t roxeVerifyPixelArray(const PixelArray* image);
 //
 // A destination pixel is written only where the whole part of its source position is 1 ... width - 2
 // and 1 ... height - 2: not at positions below 1, nor from the last column and row on. The others,
-// among them a seam of one pixel at angle 0, are left as they were. If src and dst share memory, pixels are written in row order and later ones read what
-// earlier ones wrote. An angle that is not finite writes nothing.
+// among them a seam of one pixel at angle 0, are left as they were. If src and dst share memory,
+// pixels are written in row order and later ones read what earlier ones wrote. An angle that is not
+// finite writes nothing.
 //
 // Returns 2 or 1 from roxeVerifyPixelArray, src first; otherwise kRoxeOK. A source that is not
 // RGB24 gives kRoxeOK and writes nothing. Allocates nothing.
@@ -247,6 +250,7 @@ ROXE_API int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const Pix
 // Replaces a colour: shifts hue, saturation and value of the pixels near a reference colour, fully
 // at the reference and fading to nothing at the edge of the tolerance.
 //
+// src, dst              used as 24-bit; the common area is written
 // blue, green, red      the reference colour, 0 ... 255; above 255 counts as 255
 // tolerance             0 ... 200 steps of distance; above 200 counts as 200
 // hueShift              degrees
@@ -260,13 +264,20 @@ ROXE_API int32_t roxeReplaceColor(const PixelArray* src, PixelArray* dst, uint32
                                   int32_t hueShift, int32_t saturationShift, int32_t valueShift);
 
 // Draws the selection of roxeReplaceColor as a grey picture in three equal channels: 255 at the
-// reference colour, 0 beyond the tolerance. Parameters and result as there.
+// reference colour, 0 beyond the tolerance.
+//
+// src, mask                      used as 24-bit; the common area is written
+// blue, green, red, tolerance    as for roxeReplaceColor
+//
+// Always returns kRoxeOK; a missing record or missing pixels: nothing is touched. Allocates
+// nothing.
 ROXE_API int32_t roxeReplaceColorMask(const PixelArray* src, PixelArray* mask, uint32_t blue,
                                       uint32_t green, uint32_t red, uint32_t tolerance);
 
 // Colour accent: keeps the colours near a reference colour and turns the others towards grey, fully
 // beyond the tolerance. The weights of the grey level sum to 255 / 256, so white becomes 254.
 //
+// src, dst              used as 24-bit; the common area is written
 // blue, green, red      the reference colour, 0 ... 255; above 255 counts as 255
 // tolerance             0 ... 200 steps of distance; above 200 counts as 200
 //
@@ -277,11 +288,17 @@ ROXE_API int32_t roxeColorTint(const PixelArray* src, PixelArray* dst, uint32_t 
 
 // The same selection as roxeReplaceColorMask, under the name that belongs to roxeColorTint. It
 // fades with the curve of the replacement; the tint itself fades linearly.
+//
+// src, mask, blue, green, red, tolerance    as for roxeReplaceColorMask
+//
+// Always returns kRoxeOK; a missing record or missing pixels: nothing is touched. Allocates
+// nothing.
 ROXE_API int32_t roxeColorTintMask(const PixelArray* src, PixelArray* mask, uint32_t blue,
                                    uint32_t green, uint32_t red, uint32_t tolerance);
 
 // White balance in linear light (sRGB transfer function), with a cap at about twice the brightness.
 //
+// src, dst       used as 24-bit; the common area is written
 // temperature    -100 (cooler) ... 100 (warmer), clamped
 // tint           -100 (greener) ... 100 (more magenta), clamped
 //

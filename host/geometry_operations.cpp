@@ -161,7 +161,8 @@ class Straighten : public Geometric {
   }
 
   Outcome apply(Picture& picture, Colour background) const override {
-    const auto [first, second] = line_on(size_of(picture));
+    const auto line = line_on(size_of(picture));
+    const Point first = line.first, second = line.second;  // clang 14 captures no binding
     const bool upright = std::abs(second.y - first.y) > std::abs(second.x - first.x);
     const std::string way = upright ? "upright" : "level";
     if (!turns(first, second)) return {"not turned: the line is already " + way, false};

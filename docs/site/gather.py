@@ -88,6 +88,8 @@ def reference(doxygen):
     details = re.sub(r'(?:<hr/>)?<h2 class="groupheader">(.*?)</h2>', r"\n\n## \1\n\n", details)
     details = re.sub(r'href="roxe_8h\.html#(\w+)"',
                      lambda link: f'href="#{names.get(link[1], link[1])}"', details)
+    # Lines may break between the names of parameters.
+    details = re.sub(r'<td class="paramname">[\w,]+</td>', lambda cell: cell[0].replace(",", ", "), details)
     for doxygens, ours in (("Data Structure Documentation", "Records"),
                            ("Enumeration Type Documentation", "Constants"),
                            ("Function Documentation", "Functions")):

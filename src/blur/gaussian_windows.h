@@ -14,10 +14,10 @@ struct BoxWindow {
 
 // The first window of an even length reaches one pixel further before than after; the second one is
 // its mirror image, so that the two together are centred. The third one is centred by itself, and
-// one longer.
+// one longer. length is at least 1.
 inline std::array<BoxWindow, 3> gaussian_windows(uint32_t length) {
   const int32_t half = static_cast<int32_t>(length / 2);
-  const int32_t shorter = length % 2 == 0 && half > 0 ? half - 1 : half;
+  const int32_t shorter = length % 2 == 0 ? half - 1 : half;
   return {{{half, shorter}, {shorter, half}, {half, half}}};
 }
 

@@ -29,8 +29,8 @@ class Request {
   const host::Operation& operation() const { return *operation_; }
 
   // Edits the colours; opacity moves as they do, and what is uncovered becomes as opaque as is
-  // said. A mask has no opacity. May run for several pictures at a time. Throws UsageError for what does not fit
-  // this picture, Failure where the work cannot be done.
+  // said. A mask has no opacity. May run for several pictures at a time. Throws UsageError for what
+  // does not fit this picture, Failure where the work cannot be done.
   host::Outcome apply(Layers& layers, uint8_t uncovered_opacity = 255) const;
 
  private:

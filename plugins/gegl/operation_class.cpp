@@ -40,8 +40,9 @@ struct State {
   std::shared_ptr<const Request> request;
 };
 
-GQuark kind_quark() { return g_quark_from_static_string("roxe-kind"); }
-GQuark state_quark() { return g_quark_from_static_string("roxe-state"); }
+// Copies: GEGL unloads a module after listing its operations and loads it again for use.
+GQuark kind_quark() { return g_quark_from_string("roxe-kind"); }
+GQuark state_quark() { return g_quark_from_string("roxe-state"); }
 
 State& state_of(gpointer object) {
   return *static_cast<State*>(g_object_get_qdata(G_OBJECT(object), state_quark()));

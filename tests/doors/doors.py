@@ -31,6 +31,13 @@ class Refused(Exception):
     """The door refuses, in one sentence."""
 
 
+def exported(library):
+    """The names that a shared object shows to whoever loads it."""
+    names = subprocess.run(["nm", "-D", "--defined-only", library], capture_output=True, text=True,
+                           check=True).stdout
+    return sorted(line.split()[-1] for line in names.splitlines())
+
+
 class Python:
     """The package over numpy arrays."""
 

@@ -9,7 +9,7 @@ import pytest
 from PIL import Image
 
 import gegl
-from doors import ROOT, TOOL
+from doors import ROOT, TOOL, exported
 from gegl import Gegl
 
 pytestmark = pytest.mark.skipif(not gegl.MODULE, reason="ROXE_GEGL_MODULE names no module")
@@ -314,3 +314,7 @@ def test_small_pictures(name):
     for height, width in ((1, 1), (1, 9), (9, 1), (2, 3)):
         _, drawn = run(name, NOISE[:height, :width])
         assert drawn.size
+
+
+def test_shows_nothing_of_its_inside():
+    assert exported(f"{gegl.MODULE}/gegl-roxe.so") == ["gegl_module_query", "gegl_module_register"]

@@ -9,7 +9,7 @@ import numpy as np
 import pytest
 from PIL import Image
 
-from doors import ROOT, TOOL
+from doors import ROOT, TOOL, exported
 from vips import HOME, Failed, Vips
 
 pytestmark = pytest.mark.skipif(not HOME, reason="ROXE_VIPSHOME names no module")
@@ -306,3 +306,8 @@ def test_a_profile_that_is_not_srgb_is_noted_once(tmp_path):
     assert said.count("is not sRGB, for which temperature takes its numbers") == 1
     said = vips("temperature", profile, tmp_path / "out.png", "--tint", "9").stderr
     assert said == ""
+
+
+def test_shows_nothing_of_its_inside():
+    module, = pathlib.Path(HOME).glob("*/vips-modules-*/vips-roxe.*")
+    assert exported(module) == ["g_module_check_init"]

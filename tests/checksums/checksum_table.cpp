@@ -1,9 +1,10 @@
 #include "checksums/checksum_table.h"
 
-#include <cstdio>
 #include <functional>
 #include <vector>
 
+#include "checksums/digest.h"
+#include "checksums/layout_rows.h"
 #include "checksums/pictures.h"
 
 namespace {
@@ -16,14 +17,9 @@ struct Case {
 std::vector<Case> cases(const Operations& op) {
   std::vector<Case> all;
   const auto add = [&](const std::string& name, const auto& run) { all.push_back({name, run}); };
-  const auto text = [](const auto&... numbers) {
-    std::string joined;
-    ((joined += " " + std::to_string(numbers)), ...);
-    return joined;
-  };
 
   for (const float angle : {0.0f, 0.017f, -0.05f, 0.127f, 0.785f, 1.4835f, 2.5f, -3.0f, 5.0f}) {
-    add("rotate" + text(angle), [=](PixelArray* src, PixelArray* dst) {
+    add("rotate" + Joined(angle), [=](PixelArray* src, PixelArray* dst) {
       return op.rotate(src, src->width / 2, src->height / 2, angle, dst, dst->width / 2,
                        dst->height / 2);
     });
@@ -32,7 +28,7 @@ std::vector<Case> cases(const Operations& op) {
       [=](PixelArray* src, PixelArray* dst) { return op.rotate(src, -3, 7, 0.3f, dst, 11, -2); });
   for (const Quad line : {Quad{0, 0, 100, 3, 0, 0, 0, 0}, Quad{5, 90, 2, 1, 0, 0, 0, 0},
                           Quad{9, 9, -80, 70, 0, 0, 0, 0}})
-    add("straighten" + text(line.x0, line.y0, line.x1, line.y1),
+    add("straighten" + Joined(line.x0, line.y0, line.x1, line.y1),
         [=](PixelArray* src, PixelArray* dst) {
           return op.straighten(src, line.x0, line.y0, line.x1, line.y1, dst);
         });
@@ -47,25 +43,25 @@ std::vector<Case> cases(const Operations& op) {
                   inset / 3,
                   src->height - 2 - inset / 2};
     };
-    add("affine" + text(inset), [=](PixelArray* src, PixelArray* dst) {
+    add("affine" + Joined(inset), [=](PixelArray* src, PixelArray* dst) {
       Quad quad = corners(src);
       return op.affine(src, dst, &quad, nullptr, PixelRect{0, 0, dst->width, dst->height});
     });
-    add("affine onto corners" + text(inset), [=](PixelArray* src, PixelArray* dst) {
+    add("affine onto corners" + Joined(inset), [=](PixelArray* src, PixelArray* dst) {
       Quad quad = corners(src);
       const Quad onto = {-2, -3, dst->width + 1, 1, dst->width, dst->height, 3, dst->height - 1};
       return op.affine(src, dst, &quad, &onto, PixelRect{-5, -5, dst->width - 1, dst->height + 9});
     });
-    add("perspective" + text(inset), [=](PixelArray* src, PixelArray* dst) {
+    add("perspective" + Joined(inset), [=](PixelArray* src, PixelArray* dst) {
       Quad quad = corners(src);
       return op.perspective(src, dst, &quad, 0, 0, PixelRect{1, 2, dst->width, dst->height});
     });
   }
   for (const int32_t radius : {0, 2, 3, 8, 21, 100, 400}) {
-    add("soft focus" + text(radius), [=](PixelArray* src, PixelArray* dst) {
+    add("soft focus" + Joined(radius), [=](PixelArray* src, PixelArray* dst) {
       return op.soft_focus(src, dst, nullptr, radius, 0);
     });
-    add("soft focus masked" + text(radius), [=](PixelArray* src, PixelArray* dst) {
+    add("soft focus masked" + Joined(radius), [=](PixelArray* src, PixelArray* dst) {
       Picture mask = picture("mask", kRoxeFormatGray8, src->width, src->height, 3,
                              [](int32_t x, int32_t y, int32_t) {
                                return static_cast<uint8_t>((x / 9 + y / 7) % 2 ? 255 : 4 * x);
@@ -78,7 +74,7 @@ std::vector<Case> cases(const Operations& op) {
   for (const auto& colour : references) {
     const uint32_t blue = colour[0], green = colour[1], red = colour[2];
     for (const uint32_t tolerance : {0u, 40u, 80u, 200u}) {
-      const std::string parameters = text(blue, green, red, tolerance);
+      const std::string parameters = Joined(blue, green, red, tolerance);
       add("replace colour" + parameters, [=](PixelArray* src, PixelArray* dst) {
         return op.replace_colour(src, dst, blue, green, red, tolerance, 75, -20, 30);
       });
@@ -94,7 +90,7 @@ std::vector<Case> cases(const Operations& op) {
       [=](PixelArray* src, PixelArray* dst) { return op.tint_mask(src, dst, 60, 90, 180, 80); });
   for (const int32_t temperature : {-100, -37, 0, 30, 100})
     for (const int32_t tint : {-60, 0, 45})
-      add("temperature" + text(temperature, tint), [=](PixelArray* src, PixelArray* dst) {
+      add("temperature" + Joined(temperature, tint), [=](PixelArray* src, PixelArray* dst) {
         return op.temperature(src, dst, temperature, tint);
       });
   add("auto gamma",
@@ -106,13 +102,13 @@ std::vector<Case> cases(const Operations& op) {
   for (const uint32_t shadow : {0u, 10u, 60u})
     for (const uint32_t highlight : {0u, 35u, 100u})
       for (const int32_t midtone : {-50, 0, 25})
-        add("shadow highlight" + text(shadow, highlight, midtone),
+        add("shadow highlight" + Joined(shadow, highlight, midtone),
             [=](PixelArray* src, PixelArray* dst) {
               return op.shadow_highlight(src, dst, shadow, highlight, midtone);
             });
   for (const int32_t level : {0, 3, 6})
     for (const int32_t steps : {-7, 0, 2, 40})
-      add("variations" + text(steps, level), [=](PixelArray* src, PixelArray* dst) {
+      add("variations" + Joined(steps, level), [=](PixelArray* src, PixelArray* dst) {
         return op.variations(src, dst, steps, 1, -steps, 1, level);
       });
   return all;
@@ -122,21 +118,21 @@ std::vector<Case> cases(const Operations& op) {
 
 std::string ChecksumTable(const Operations& operations) {
   std::string table;
-  std::vector<Picture> sources = pictures();
+  std::vector<Picture> sources = pictures(), grounds;
+  for (const Picture& source : sources)
+    grounds.push_back(picture("", kRoxeFormatRGB24, source.record.width, source.record.height, 4,
+                              [](int32_t x, int32_t y, int32_t c) {
+                                return static_cast<uint8_t>(17 * x + 31 * y + 101 * c);
+                              }));
   for (const Case& one : cases(operations)) {
-    for (Picture& source : sources) {
-      Picture target = picture("", kRoxeFormatRGB24, source.record.width, source.record.height, 4,
-                               [](int32_t x, int32_t y, int32_t c) {
-                                 return static_cast<uint8_t>(17 * x + 31 * y + 101 * c);
-                               });
-      PixelArray src = record_of(source), dst = record_of(target);
+    for (size_t i = 0; i < sources.size(); ++i) {
+      Picture target = grounds[i];
+      PixelArray src = record_of(sources[i]), dst = record_of(target);
       const int32_t status = one.run(&src, &dst);
-      char line[200];
-      std::snprintf(line, sizeof line, "%s, %s, %d, %016llx\n", one.name.c_str(),
-                    source.name.c_str(), status,
-                    static_cast<unsigned long long>(fnv1a(target.bytes)));
-      table += line;
+      Digest digest;
+      digest.add(target.bytes);
+      table += ChecksumLine(one.name, sources[i].name, status, digest);
     }
   }
-  return table;
+  return table + LayoutRows(operations);
 }

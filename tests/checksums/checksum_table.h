@@ -1,5 +1,6 @@
-// A table of checksums: operations with parameters on synthetic pictures. It is the same with every
-// compiler, optimisation, table of rows and processor.
+// The table of checksums: operations with parameters on synthetic pictures. It is the same with
+// every compiler, optimisation, table of rows and processor. The first 1296 rows, those of
+// checksum_table.cpp, are asked of every door; the others (layout_rows.h) of the library alone.
 #ifndef ROXE_TESTS_CHECKSUMS_CHECKSUM_TABLE_H_
 #define ROXE_TESTS_CHECKSUMS_CHECKSUM_TABLE_H_
 

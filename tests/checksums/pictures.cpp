@@ -60,9 +60,3 @@ std::vector<Picture> pictures() {
   all.push_back(picture("noise 1x1", kRoxeFormatRGB24, 1, 1, 0, random));
   return all;
 }
-
-uint64_t fnv1a(const std::vector<uint8_t>& bytes) {
-  uint64_t hash = 14695981039346656037u;
-  for (const uint8_t byte : bytes) hash = (hash ^ byte) * 1099511628211u;
-  return hash;
-}

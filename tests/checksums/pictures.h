@@ -26,7 +26,4 @@ PixelArray record_of(Picture& picture);
 
 std::vector<Picture> pictures();
 
-// FNV-1a of 64 bits.
-uint64_t fnv1a(const std::vector<uint8_t>& bytes);
-
 #endif  // ROXE_TESTS_CHECKSUMS_PICTURES_H_

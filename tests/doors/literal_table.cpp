@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "checksums/digest.h"
 #include "checksums/pictures.h"
 
 namespace {

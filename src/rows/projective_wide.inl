@@ -3,8 +3,6 @@
 // transposed when their pixels are finished. Vectors of sixteen lanes hold two columns of eight rows,
 // vectors of four lanes one of four rows.
 
-constexpr int32_t kTileColumns = 8;
-constexpr int32_t kTileVectors = kTileColumns * kTileRows / kDwords;
 constexpr int32_t kTilesAtOnce = 8;     // whose positions are computed before they are sampled
 constexpr ptrdiff_t kBytesAhead = 384;  // by which each row of the destination is fetched ahead
 
@@ -82,14 +80,10 @@ static inline void sample_tile(const ProjectiveSource& source, const TilePositio
     lanes[k] = sample_lanes(source, offsets, load<Floats>(at.x_fractions[k]),
                             load<Floats>(at.y_fractions[k]));
   }
-  for (int k = 0; k < kTileVectors; k += 4) transpose_blocks(lanes + k);
-  for (int32_t r = 0; r < 4; ++r) {
-    const TileRows four_apart = rows_of_tile(lanes[r], lanes[r + kTileVectors - 4]);
-    for (int32_t k = 0; k < kTileRows / 4 && r + 4 * k < rows; ++k) {
-      uint8_t* row = dst + (r + 4 * k) * dst_stride;
-      __builtin_prefetch(row + kBytesAhead);
-      store_row(row, four_apart, k);
-    }
+  const TileRows tile = rows_of_tile(lanes);
+  for (int32_t r = 0; r < kTileRows && r < rows; ++r, dst += dst_stride) {
+    __builtin_prefetch(dst + kBytesAhead);
+    store_row(dst, tile, r);
   }
 }
 

@@ -14,7 +14,7 @@ static inline int32_t matrix_row(const int32_t* row, int32_t red, int32_t green,
 
 // Linear light to bytes.
 struct EncodedLight {
-  uint8_t byte[4097];
+  alignas(64) uint8_t byte[4097];
   constexpr EncodedLight() : byte() {
     for (int32_t v = 0; v < 256; ++v)
       for (int32_t i = kFirstLight[v]; i < (v < 255 ? kFirstLight[v + 1] : 4097); ++i)

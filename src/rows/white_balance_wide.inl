@@ -2,7 +2,7 @@
 // words. Four times the linear light: the upper half of a product of two such words is a 12-bit
 // product.
 
-constexpr int32_t kLightBlock = 256;  // pixels between the stages
+constexpr int32_t kLightBlock = 128;  // pixels between the stages; 256 take 3 % longer
 
 struct LightBlock {
   alignas(64) uint16_t blue[kLightBlock], green[kLightBlock], red[kLightBlock];
@@ -66,7 +66,8 @@ struct LightByLoads {
 
 // Words keep the order that interleaving gives them; packing undoes it.
 struct LightBytes {
-  uint8_t low[256], high[256];  // of four times the linear light
+  // Of four times the linear light. Aligned, since compilers load vectors straight from here.
+  alignas(64) uint8_t low[256], high[256];
   // From 128 on, entry 16 * i + k of the way back is base[i] and one more for each j with
   // step[j][i] <= k. Entry 4096 is the last base.
   uint8_t base[256], step[4][256];
@@ -147,10 +148,9 @@ static inline Luminance luminance_of(Words red, Words green, Words blue, uint32_
           part(interleave_high(red, green), interleave_high(blue, Words{}))};
 }
 
-// 4096 * a / b as a float division: exact for 4096 * a below 2^24. b = 0 counts as 1.
+// 4096 * a / b as a float division: exact for 4096 * a below 2^24. Nobody asks for the one by 0.
 static inline SignedDwords ratio_of(SignedDwords a, SignedDwords b) {
-  const SignedDwords at_least_1 = (SignedDwords)max((Dwords)b, all_dwords(1));
-  return truncate(to_floats(a) * 4096.0f / to_floats(at_least_1));
+  return truncate(to_floats(a) * 4096.0f / to_floats(b));
 }
 
 // (blue * gain) >> 12 for four times blue and a gain of up to 16 bits.

@@ -446,19 +446,17 @@ class Check {
     expect("fused_with_byte", fused_with_byte(weight, byte, rest),
            [&](int32_t i) { return roxe::fused(weight, byte[i], rest[i]); });
 
-    // A tile of kTileRows rows of eight pixels in dwords.
-    const Dwords left = some<Dwords>(), right = some<Dwords>();
-    const TileRows rows = rows_of_tile(left, right);
-    for (int32_t k = 0; k < kTileRows / 4; ++k) {
+    Dwords tile[kTileVectors];
+    for (Dwords& v : tile) v = some<Dwords>();
+    const TileRows rows = rows_of_tile(tile);
+    for (int32_t r = 0; r < kTileRows; ++r) {
       uint8_t row[25];
       row[24] = 77;
-      store_row(row, rows, k);
+      store_row(row, rows, r);
       expect_array("store_row", row, 24, [&](int32_t i) {
-        const int32_t pixel = i / 3, quad = pixel / 4;
-        // Vectors of four blocks hold both halves of two rows: blocks 0 and 2 of the first row.
-        const Dwords& half = kBlocks == 4 || quad == 0 ? left : right;
-        const int32_t first = 4 * (kBlocks == 4 ? k + 2 * quad : k);
-        return static_cast<uint8_t>(half[first + pixel % 4] >> 8 * (i % 3));
+        const int32_t column = i / 3, half = column / kTileVectors;
+        const uint32_t pixel = tile[column % kTileVectors][half * kTileRows + r];
+        return static_cast<uint8_t>(pixel >> 8 * (i % 3));
       });
       expect_true("store_row", row[24] == 77);
     }

@@ -158,9 +158,9 @@ static inline Bytes half_of_pairs(const uint8_t* p, const int32_t* offsets, int3
   return (Bytes)joined(four_pairs(offsets + 8 * half), four_pairs(offsets + 8 * half + 4));
 }
 static inline PixelPairs bytes_of_pairs(Bytes a, Bytes b) {
-  const auto byte = [&](int k) {
-    return (Dwords)_mm512_maskz_permutex2var_epi8(
-        0x1111111111111111, (I)a, (I)(8 * numbers() + static_cast<uint32_t>(k)), (I)b);
+  const Dwords pairs = {0, 8, 16, 24, 32, 40, 48, 56, 64, 72, 80, 88, 96, 104, 112, 120};
+  const auto byte = [&](uint32_t k) {
+    return (Dwords)_mm512_maskz_permutex2var_epi8(0x1111111111111111, (I)a, (I)(pairs + k), (I)b);
   };
   return {byte(2), byte(3), byte(4), byte(5), byte(6), byte(7)};
 }
@@ -175,17 +175,27 @@ static inline void store_mixes(uint8_t* dst, Bytes mixes) {
   _mm512_mask_storeu_epi32(dst, 0x0fff, (I)pixels);
 }
 static void store_mixes_and_4_bytes(uint8_t* dst, Bytes v) { store_mixes(dst, v); }
-// Rows r and r + 4 of a tile, a half of the vector each: eight pixels, of which four lie in blocks 0
-// and 1 and four in blocks 2 and 3.
-using TileRows = Bytes;
-static inline TileRows rows_of_tile(Dwords v, Dwords) {
-  return arranged((Bytes)v, [](int i) {
-    const int pixel = i % 32 / 3, block = pixel / 4 * 2 + i / 32;
-    return i % 32 < 24 ? 16 * block + pixel % 4 * 4 + i % 32 % 3 : i;
-  });
+// Rows r and r + 4 of a tile lie in the halves of one vector; columns c and c + 4 in one of the tile.
+struct TileRows {
+  Bytes two[4];
+};
+template <int r>
+static inline Bytes two_rows_of_tile(const Dwords (&tile)[kTileVectors]) {
+  const auto column = [](int i) { return i % 32 / 3 % 8; };
+  const auto byte = [=](int i) {  // of the one of two vectors that holds the column
+    return column(i) / 4 * 32 + (r + i / 32 * 4) * 4 + i % 32 % 3 + column(i) % 2 * 64;
+  };
+  const Bytes first = arranged((Bytes)tile[0], (Bytes)tile[1], byte);
+  const Bytes last = arranged((Bytes)tile[2], (Bytes)tile[3], byte);
+  return arranged(first, last, [=](int i) { return column(i) / 2 % 2 * 64 + i; });
 }
-static void store_row(uint8_t* dst, const TileRows& rows, int32_t k) {
-  _mm256_mask_storeu_epi32(dst, 0x3f, k == 0 ? first_half((I)rows) : last_half((I)rows));
+static inline TileRows rows_of_tile(const Dwords (&tile)[kTileVectors]) {
+  return {{two_rows_of_tile<0>(tile), two_rows_of_tile<1>(tile), two_rows_of_tile<2>(tile),
+           two_rows_of_tile<3>(tile)}};
+}
+static void store_row(uint8_t* dst, const TileRows& rows, int32_t r) {
+  const I two = (I)rows.two[r % 4];
+  _mm256_mask_storeu_epi32(dst, 0x3f, r < 4 ? first_half(two) : last_half(two));
 }
 
 // A column of 32 lanes: half a vector of bytes, a vector of words, two of dwords.

@@ -202,8 +202,10 @@ struct PixelPairs {
   Dwords blue, green, red, next_blue, next_green, next_red;
 };
 
-// A tile is kTileRows rows of eight pixels.
-constexpr int32_t kTileRows = kDwords < 8 ? kDwords : 8;
+// A tile of pixels in 32 bits. Lane r of vector k is row r of column k; in sixteen lanes there are
+// eight rows, of column k and of column k + 4.
+constexpr int32_t kTileColumns = 8, kTileRows = kDwords < 8 ? kDwords : 8;
+constexpr int32_t kTileVectors = kTileColumns * kTileRows / kDwords;
 
 struct DwordPair {  // for a vector of words
   Dwords first, second;

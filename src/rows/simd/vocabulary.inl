@@ -127,9 +127,9 @@ static Floats mix_bytes(Dwords a, Dwords b, Floats t);
 static Dwords mix_to_bytes(Floats a, Floats b, Floats t);
 // weight * byte + c with one rounding, where the exact sum has at most 53 bits.
 static Floats fused_with_byte(float weight, Floats byte, Floats c);
-// Rows r, r + 4, ... of a tile, in pixels of 32 bits: the first four of each row and the last four.
-static TileRows rows_of_tile(Dwords left, Dwords right);
-static void store_row(uint8_t* dst, const TileRows& rows, int32_t k);
+// The rows of a tile, and row r of them stored in 24 bytes.
+static TileRows rows_of_tile(const Dwords (&tile)[kTileVectors]);
+static void store_row(uint8_t* dst, const TileRows& rows, int32_t r);
 
 // ---- columns of 32 lanes (rows.h)
 // in - out of the bytes of a column, in signed words in the order of lanes.

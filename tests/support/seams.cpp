@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <map>
+#include <utility>
 
 #include "frame/platform_memory.h"
 #include "rows/tables.h"
@@ -14,7 +14,7 @@ namespace {
 const roxe::RowKernels* rows_in_use = &roxe::kPlainRows;
 
 struct Memory {
-  std::map<void*, size_t> blocks;
+  std::vector<std::pair<void*, size_t>> blocks;  // those alive, and their sizes
   size_t live_bytes = 0, peak_bytes = 0;
   int64_t allocations = 0, fail_at = 0;
 };
@@ -63,7 +63,7 @@ void* platform_allocate(size_t size) {
   }
   void* block = std::calloc(1, size);
   if (!block) return nullptr;
-  memory.blocks[block] = size;
+  memory.blocks.emplace_back(block, size);
   memory.live_bytes += size;
   memory.peak_bytes = std::max(memory.peak_bytes, memory.live_bytes);
   return block;
@@ -71,7 +71,8 @@ void* platform_allocate(size_t size) {
 
 void platform_release(void* block) {
   if (!block) return;
-  const auto found = memory.blocks.find(block);
+  const auto found = std::find_if(memory.blocks.begin(), memory.blocks.end(),
+                                  [&](const auto& known) { return known.first == block; });
   if (found != memory.blocks.end()) {  // else: obtained before the present watch began
     memory.live_bytes -= found->second;
     memory.blocks.erase(found);

@@ -111,7 +111,7 @@ TEST(ColourTemperature, BlueSpillsFromTwoOn) {
   EXPECT_EQ(Gained({255, 0, 1}, 1, 1, 1.0f / 4096), row({1, 0, 1}));
 }
 
-TEST(ColourTemperature, GainsOfAnySizeGiveTheSameBytesOnEveryTable) {
+TEST(ColourTemperature, GainsOfAnySizeGiveTheBytesOfThePlainRows) {
   // White under a blue gain of 17: (4096, 4096, 69632), luminance 4049 in, 8401 out, ratio 3948:
   // (3948, 3948, 67116). Excess of red -148: green 3948 + ((-148 * 1012) >> 12 = -37).
   EXPECT_EQ(Gained({255, 255, 255}, 1, 1, 17), Bgr({std::vector<Pixel>(70, Pixel{255, 250, 251})}));

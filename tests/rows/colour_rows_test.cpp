@@ -180,6 +180,26 @@ void ExpectSameForAllColours(const std::vector<Setting>& settings) {
 
 TEST(ColourRows, SelectionsAreTheSameOnEveryTable) { ExpectSame(Selections()); }
 
+// The cosine of 317 degrees is a unit above that of 43: 23965 / 32768. The reference has hue 340 and
+// saturation 217, the pixels hue 23 and saturation 158, both value 255: the squared chord is 217 *
+// 217 + 158 * 158 - ((217 * 158 * 23965) >> 14) = 21903, a quarter of it 5475, just below 74 * 74;
+// the distance is (5475 * 221) >> 14 = 73. With 23964 it would be 21905, and the pixels outside.
+TEST(ColourRows, TurnsOfBothSensesAreToldApart) {
+  const ColourSelection selection = roxe::colours_near(111, 38, 255, 74);
+  uint8_t level[256];
+  for (int32_t i = 0; i < 256; ++i) level[i] = static_cast<uint8_t>(i);
+  for (const RowKernels* rows : RunnableTables()) {
+    const GuardedMemory pixels(3 * 128), grey(3 * 128);
+    for (int32_t i = 0; i < 128; ++i) {
+      pixels.data()[3 * i] = 97;
+      pixels.data()[3 * i + 1] = 156;
+      pixels.data()[3 * i + 2] = 255;
+    }
+    rows->draw_selection(selection, level, {pixels.data(), 0, grey.data(), 0, 1, 128});
+    EXPECT_EQ(Bytes(grey), std::vector<uint8_t>(3 * 128, 73)) << rows->name;
+  }
+}
+
 TEST(ColourRows, LargeShiftsAreTheSameOnEveryTable) { ExpectSame(LargeShifts()); }
 
 // What the wide rows take on and what they leave to the plain ones.

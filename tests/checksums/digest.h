@@ -59,7 +59,7 @@ inline std::string ChecksumLine(const std::string& name, const std::string& on, 
 template <class... Number>
 std::string Joined(const Number&... numbers) {
   std::string joined;
-  ((joined += " " + std::to_string(numbers)), ...);
+  ((joined += ' ', joined += std::to_string(numbers)), ...);
   return joined;
 }
 

@@ -3,8 +3,7 @@
 // transposed when their pixels are finished. Vectors of sixteen lanes hold two columns of eight rows,
 // vectors of four lanes one of four rows.
 
-constexpr int32_t kTilesAtOnce = 8;     // whose positions are computed before they are sampled
-constexpr ptrdiff_t kBytesAhead = 384;  // by which each row of the destination is fetched ahead
+constexpr int32_t kTilesAtOnce = 8;  // whose positions are computed before they are sampled
 
 // Lane r holds the sums of row r at one column; further lanes those kTileVectors columns on.
 struct SumLanes {
@@ -81,10 +80,7 @@ static inline void sample_tile(const ProjectiveSource& source, const TilePositio
                             load<Floats>(at.y_fractions[k]));
   }
   const TileRows tile = rows_of_tile(lanes);
-  for (int32_t r = 0; r < kTileRows && r < rows; ++r, dst += dst_stride) {
-    __builtin_prefetch(dst + kBytesAhead);
-    store_row(dst, tile, r);
-  }
+  for (int32_t r = 0; r < kTileRows && r < rows; ++r) store_row(dst + r * dst_stride, tile, r);
 }
 
 // Whether tiles may lie inside the source, and offsets in it fit 32 bits.

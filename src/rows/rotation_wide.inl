@@ -37,11 +37,12 @@ static RowRange inside_of_source(const RotationWalk& walk, int32_t count) {
 
 constexpr int32_t kRotationSegment = 512;  // pixels whose offsets are computed before sampling
 
-// Above 8 degrees pixels that make a vector seldom lie in one row of the source. Steps to the right
-// are nearly whole pixels: the last pixel of a vector is then as many pixels from the first only
-// where all lie in one row, however short rows are.
+// Whether a vector can lie in one row of the source: where the walk climbs less than a row in it.
+// Steps to the right are nearly whole pixels: the last pixel of a vector is then as many pixels from
+// the first only where all lie in one row, however short rows are.
 static bool is_nearly_level(const RotationWalk& walk) {
-  return walk.step_x > 60000 && walk.step_y < 9216 && walk.step_y > -9216;
+  constexpr int32_t kOneRow = 65536 / kDwords;  // in a vector
+  return walk.step_x > 60000 && walk.step_y < kOneRow && walk.step_y > -kOneRow;
 }
 
 // Pixels anywhere. Each is loaded from two bytes before it, which lie in the same row since column
@@ -53,6 +54,14 @@ static inline Corners corners_apart(const uint8_t* src, ptrdiff_t stride, const 
   for (int k = 0; k < 4; ++k)
     corners.pixel[k] = shuffle(two_rows(upper, lower, offsets + k), corner_order());
   return corners;
+}
+
+static inline Corners corners_at(const uint8_t* src, ptrdiff_t stride, const int32_t* offsets,
+                                 bool nearly_level) {
+  if constexpr (kBlocks > 1)
+    if (nearly_level && offsets[kDwords - 1] - offsets[0] == 3 * (kDwords - 1))
+      return corners_side_by_side(src + offsets[0], stride);
+  return corners_apart(src, stride, offsets);
 }
 
 // What sampling needs of each pixel of a segment.
@@ -109,10 +118,7 @@ static void rotate_segment(const RotationWalk& walk, const RotationHints& hints,
       prefetch(src_ahead + offsets[k + lane]);
       prefetch(dst_ahead + 3 * (i + k));
     }
-    const bool side_by_side =
-        nearly_level && offsets[kDwords - 1] - offsets[0] == 3 * (kDwords - 1);
-    const Corners corners = side_by_side ? corners_side_by_side(src + offsets[0], stride)
-                                         : corners_apart(src, stride, offsets);
+    const Corners corners = corners_at(src, stride, offsets, nearly_level);
     const CornerWeights weights = {load<Dwords>(at.down + i), load<Dwords>(at.across + i)};
     return bytes_of_mixes(
         mix_corners<0>(corners.pixel[0], weights), mix_corners<1>(corners.pixel[1], weights),

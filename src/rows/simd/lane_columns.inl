@@ -28,6 +28,17 @@ static inline void store_lanes(uint32_t* p, int32_t i, DwordPair v, Interleaved)
   uint8_t* to = (uint8_t*)(p + i * kWords);
   store_blocks(to, 32, (Bytes)v.first), store_blocks(to + 16, 32, (Bytes)v.second);
 }
+// The top bytes of four vectors of dwords, by packing.
+// In the order of lanes dwords 4 ... 7 of a vector of two blocks belong to the second half of bytes.
+static inline Bytes top_bytes(Dwords a, Dwords b, Dwords c, Dwords d, Interleaved) {
+  return pack(pack((SignedDwords)(a >> 24), (SignedDwords)(b >> 24)),
+              pack((SignedDwords)(c >> 24), (SignedDwords)(d >> 24)));
+}
+static inline Bytes top_bytes(Dwords a, Dwords b, Dwords c, Dwords d, InOrder) {
+  return (Bytes)arranged((Dwords)top_bytes(a, b, c, d, Interleaved{}), [](int i) {
+    return kBlocks == 1 ? i : (i & 1) << 2 | (i & 2) | (i & 4) >> 2;
+  });
+}
 template <class F, class Order>
 static inline void store_top_bytes(uint8_t* dst, const F& pairs, Order order) {
   for (int32_t i = 0; i < kLaneWords / 2; ++i) {

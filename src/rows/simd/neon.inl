@@ -79,8 +79,8 @@ static SignedDwords widen_first(SignedWords v) {
 }
 static SignedDwords widen_last(SignedWords v) { return (SignedDwords)vmovl_high_s16((S16)v); }
 
-static Bytes load_2_pairs(const uint8_t* a, const uint8_t* b) {
-  return (Bytes)vcombine_u8(vld1_u8(a), vld1_u8(b));
+static inline Block load_2_pairs(const uint8_t* a, const uint8_t* b) {
+  return (Block)vcombine_u8(vld1_u8(a), vld1_u8(b));
 }
 #include "rows/simd/one_block.inl"
 #include "rows/simd/loaded_floats.inl"
@@ -149,15 +149,6 @@ static inline Bytes bytes_of_mixes(Dwords p0, Dwords p1, Dwords p2, Dwords p3) {
   return (Bytes)vuzp1q_u8((U8)low, (U8)high);
 }
 static constexpr int mix_of(int i) { return i / 3 * 4 + i % 3; }
-static inline Corners corners_side_by_side(const uint8_t* upper, ptrdiff_t stride) {
-  const uint8_t* lower = upper + stride;
-  const uint8x16x2_t rows = {vld1q_u8(upper - 1), vld1q_u8(lower - 1)};
-  const Bytes order = {1, 2, 3, 128, 4, 5, 6, 128, 17, 18, 19, 128, 20, 21, 22, 128};
-  Corners corners;
-  for (int k = 0; k < 4; ++k)
-    corners.pixel[k] = (Bytes)vqtbl2q_u8(rows, (U8)(order + static_cast<uint8_t>(3 * k)));
-  return corners;
-}
 static inline PixelPairs bytes_of_pairs(Bytes a, Bytes b) {
   // Bytes . . blue green, and red and the neighbour's blue green red. No look-up in two vectors at
   // once: g++ copies both for each.
@@ -175,10 +166,5 @@ static Floats fused(Floats a, Floats b, Floats c) {
 #include "rows/simd/mixes_fused.inl"
 #include "rows/simd/block_stores.inl"
 
-template <class Order>
-static inline Bytes top_bytes(Dwords a, Dwords b, Dwords c, Dwords d, Order) {
-  const U16 low = vuzp2q_u16((U16)a, (U16)b), high = vuzp2q_u16((U16)c, (U16)d);
-  return (Bytes)vuzp2q_u8(vreinterpretq_u8_u16(low), vreinterpretq_u8_u16(high));
-}
 #include "rows/simd/lane_columns.inl"
 #include "rows/simd/vocabulary.inl"

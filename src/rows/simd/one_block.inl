@@ -4,7 +4,10 @@ static Block block(Bytes v) {
   return (Block)v;
 }
 static Bytes in_all_blocks(const uint8_t* p) { return load<Bytes>(p); }
-static Bytes load_blocks(const uint8_t* p, ptrdiff_t) { return load<Bytes>(p); }
+template <class BlockOf>
+static inline Bytes blocks_of(const BlockOf& block) {
+  return (Bytes)block(0);
+}
 static void store_blocks(uint8_t* p, ptrdiff_t, Bytes v) { store(p, v); }
 
 static Bytes shuffle(Bytes table, Bytes index);
@@ -22,9 +25,6 @@ static inline Dwords entries_at(const Place& place) {
   return Dwords{entry(0), entry(1), entry(2), entry(3)};
 }
 
-static inline Bytes two_rows(const uint8_t* upper, const uint8_t* lower, const int32_t* offsets) {
-  return load_2_pairs(upper + offsets[0], lower + offsets[0]);
-}
 static inline Bytes half_of_pairs(const uint8_t* p, const int32_t* offsets, int32_t half) {
-  return load_2_pairs(p + offsets[2 * half], p + offsets[2 * half + 1]);
+  return (Bytes)load_2_pairs(p + offsets[2 * half], p + offsets[2 * half + 1]);
 }

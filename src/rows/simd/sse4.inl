@@ -14,9 +14,6 @@ static HalfI first_half(I v) { return v; }
 static HalfI last_half(I v) { return _mm_unpackhi_epi64(v, v); }
 static I joined(HalfI first, HalfI last) { return _mm_unpacklo_epi64(first, last); }
 
-static Bytes load_2_pairs(const uint8_t* a, const uint8_t* b) {
-  return (Bytes)_mm_castpd_si128(_mm_loadh_pd(_mm_load_sd((const double*)a), (const double*)b));
-}
 #include "rows/simd/one_block.inl"
 #include "rows/simd/x86.inl"
 #include "rows/simd/x86_vector_masks.inl"
@@ -28,7 +25,6 @@ constexpr bool kWideTables = false, kQuickTables = false;
 #include "rows/simd/loaded_floats.inl"
 #include "rows/simd/mixes_exact.inl"
 #include "rows/simd/block_stores.inl"
-#include "rows/simd/top_bytes.inl"
 #include "rows/simd/lane_columns.inl"
 #include "rows/simd/vocabulary.inl"
 #undef ROXE_X86

@@ -151,6 +151,25 @@ static inline Mask either(Mask a, Mask b) {
 
 // ---- memory
 
+// The vector whose block b is block(b).
+template <class BlockOf>
+static inline Bytes blocks_of(const BlockOf& block);
+
+// Block j from p + j * step.
+static inline Bytes load_blocks(const uint8_t* p, ptrdiff_t step) {
+  return blocks_of([&](int32_t j) { return load<Block>(p + j * step); });
+}
+
+// Eight bytes at a, then eight at b.
+static inline Block load_2_pairs(const uint8_t* a, const uint8_t* b);
+
+// The two bytes before a pixel, the pixel and its right neighbour, eight bytes at upper + offset and
+// eight at lower + offset, for offsets[0], offsets[4], ...: a block each.
+static inline Bytes two_rows(const uint8_t* upper, const uint8_t* lower, const int32_t* offsets) {
+  return blocks_of(
+      [&](int32_t j) { return load_2_pairs(upper + offsets[4 * j], lower + offsets[4 * j]); });
+}
+
 static inline void prefetch(const void* p) { __builtin_prefetch(p); }
 
 static inline void store_12_bytes(uint8_t* dst, Block v) {

@@ -20,8 +20,7 @@ static Bytes in_all_blocks(const uint8_t* p);
 // Block b.
 template <int b>
 static Block block(Bytes v);
-// Block j from, or to, p + j * step.
-static Bytes load_blocks(const uint8_t* p, ptrdiff_t step);
+// Block j to p + j * step.
 static void store_blocks(uint8_t* p, ptrdiff_t step, Bytes v);
 
 // ---- arithmetic
@@ -101,12 +100,11 @@ static void store_planes(uint8_t* bgr, const Planes& planes);
 static PixelFloats load_pixels(const uint8_t* bgr);
 
 // ---- sampling between pixels
-// The two bytes before a pixel, the pixel and its right neighbour, eight bytes at upper + offset and
-// eight at lower + offset, for offsets[0], offsets[4], ...: a block each.
-static Bytes two_rows(const uint8_t* upper, const uint8_t* lower, const int32_t* offsets);
-// The shuffle that makes Corners of them.
+// The shuffle that makes Corners of two rows.
 static Bytes corner_order();
-// The corners of pixels side by side, the first at upper.
+// The corners of pixels side by side, the first at upper. Of sets of two and four blocks: rotate
+// takes 0.04 ns less for each pixel of a level walk with AVX2, 0.12 with AVX-512. With vectors of one
+// block it would gain nothing.
 static Corners corners_side_by_side(const uint8_t* upper, ptrdiff_t stride);
 // Weights are the second bytes of positions in 16.16.
 static CornerWeights weights_of(Dwords x, Dwords y);

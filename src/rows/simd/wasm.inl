@@ -81,8 +81,8 @@ static SignedDwords widen_last(SignedWords v) {
   return (SignedDwords)wasm_i32x4_extend_high_i16x8((V)v);
 }
 
-static Bytes load_2_pairs(const uint8_t* a, const uint8_t* b) {
-  return (Bytes)wasm_v128_load64_lane(b, wasm_v128_load64_zero(a), 1);
+static inline Block load_2_pairs(const uint8_t* a, const uint8_t* b) {
+  return (Block)wasm_v128_load64_lane(b, wasm_v128_load64_zero(a), 1);
 }
 #include "rows/simd/one_block.inl"
 #include "rows/simd/byte_shuffles.inl"
@@ -117,14 +117,6 @@ static inline Bytes bytes_of_mixes(Dwords p0, Dwords p1, Dwords p2, Dwords p3) {
   return (Bytes)wasm_i8x16_narrow_i16x8((V)low, (V)high) ^ all_bytes(128);
 }
 static constexpr int mix_of(int i) { return i / 6 * 8 + i / 3 % 2 + i % 3 * 2; }
-// Two loads and a shuffle a pixel, as elsewhere: shuffles of two vectors are slower here.
-static inline Corners corners_side_by_side(const uint8_t* src, ptrdiff_t stride) {
-  const int32_t offsets[4] = {-2, 1, 4, 7};
-  Corners corners;
-  for (int k = 0; k < 4; ++k)
-    corners.pixel[k] = shuffle(two_rows(src, src + stride, offsets + k), corner_order());
-  return corners;
-}
 static inline PixelPairs bytes_of_pairs(Bytes a, Bytes b) {
   const Dwords low = (Dwords)wasm_i32x4_shuffle((V)a, (V)b, 0, 2, 4, 6),
                high = (Dwords)wasm_i32x4_shuffle((V)a, (V)b, 1, 3, 5, 7);
@@ -133,6 +125,5 @@ static inline PixelPairs bytes_of_pairs(Bytes a, Bytes b) {
 #include "rows/simd/mixes_exact.inl"
 #include "rows/simd/block_stores.inl"
 
-#include "rows/simd/top_bytes.inl"
 #include "rows/simd/lane_columns.inl"
 #include "rows/simd/vocabulary.inl"

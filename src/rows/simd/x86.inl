@@ -51,6 +51,10 @@ static SignedDwords widen_last(SignedWords v) {
   return (SignedDwords)ROXE_X86(cvtepi16_epi32)(last_half((I)v));
 }
 
+static inline Block load_2_pairs(const uint8_t* a, const uint8_t* b) {
+  return (Block)_mm_loadh_pd(_mm_load_sd((const double*)a), (const double*)b);
+}
+
 // Corners are mixed with multiply-adds of bytes and words.
 // Upper and lower byte alternately, of the pixel and its right neighbour; from two bytes before.
 static inline Bytes corner_order() {

@@ -12,87 +12,76 @@ static inline SignedDwords level_of(Floats v) {
 
 constexpr int32_t kFloatGroup = 4 * kDwords, kFloatBlock = 1024;
 
-// In stages over a block: all indices of a look-up are known before the first one is needed. count
-// is a multiple of kFloatGroup.
-static inline void tone_shifts_of(const float* intensity, const float* blurred,
-                                  const float* combined, const float* midtone, float* shift,
-                                  int32_t count) {
-  Indices levels[kFloatBlock / kFloatGroup];
-  for (int32_t done = 0; done < count; done += kFloatBlock) {
-    const int32_t rest = count - done, block = rest < kFloatBlock ? rest : kFloatBlock;
-    const float *own = intensity + done, *near = blurred + done;
-    Indices* group = levels;
-    for (int32_t i = 0; i < block; i += kFloatGroup)
-      keep(*group++, [&](int32_t k) { return truncate_small(load<Floats>(own + i + k)) & 255; });
+// Of a block: all indices of a look-up are known before the first one is needed.
+struct BlockLevels {
+  Indices group[kFloatBlock / kFloatGroup];
+  Indices& of(int32_t i) { return group[i / kFloatGroup]; }
+};
 
+// shift[i] = the tone of the level less own[i].
+static inline void shift_to_tones(const float* midtone, BlockLevels& levels, const float* own,
+                                  float* shift, int32_t count) {
+  const FloatTable tones = float_table(midtone, 512);
+  for (int32_t i = 0; i < count; i += kFloatGroup) {
+    const auto tone = look_up(tones, levels.of(i));
+    for (int32_t k = 0; k < kFloatGroup; k += kDwords)
+      store(shift + i + k, tone.at(k) - load<Floats>(own + i + k));
+  }
+}
+
+// Calls shifts(own, near, shift, count) for blocks of whole groups, then for the last pixels in a
+// group of their own.
+template <class Shifts>
+static inline void in_blocks(const float* own, const float* near, float* shift, int32_t count,
+                             const Shifts& shifts) {
+  float last[3][kFloatGroup];
+  while (count > 0) {
+    // One call of shifts, so that compilers inline it.
+    const bool whole = count >= kFloatGroup;
+    const int32_t most = count < kFloatBlock ? count / kFloatGroup * kFloatGroup : kFloatBlock;
+    const size_t rest = sizeof(float) * static_cast<size_t>(count);
+    if (!whole) {
+      __builtin_memset(last, 0, sizeof last);
+      __builtin_memcpy(last[0], own, rest);
+      __builtin_memcpy(last[1], near, rest);
+    }
+    shifts(whole ? own : last[0], whole ? near : last[1], whole ? shift : last[2],
+           whole ? most : kFloatGroup);
+    if (!whole) return static_cast<void>(__builtin_memcpy(shift, last[2], rest));
+    own += most, near += most, shift += most, count -= most;
+  }
+}
+
+static void tone_shifts_wide(const float* intensity, const float* blurred, const float* combined,
+                             const float* midtone, float* shift, int32_t count) {
+  const auto shifts = [&](const float* own, const float* near, float* to, int32_t pixels) {
+    BlockLevels levels;
+    for (int32_t i = 0; i < pixels; i += kFloatGroup)
+      keep(levels.of(i),
+           [&](int32_t k) { return truncate_small(load<Floats>(own + i + k)) & 255; });
     const FloatTable targets = float_table(combined, 256);
-    group = levels;
-    for (int32_t i = 0; i < block; i += kFloatGroup, ++group) {
-      const auto target = look_up(targets, *group);
-      keep(*group, [&](int32_t k) {
+    for (int32_t i = 0; i < pixels; i += kFloatGroup) {
+      const auto target = look_up(targets, levels.of(i));
+      keep(levels.of(i), [&](int32_t k) {
         const Floats a = load<Floats>(own + i + k), b = load<Floats>(near + i + k);
         const Floats sum = plus_a_little(a + b), square = sum * sum;
         return level_of(target.at(k) * ((a * b + square) / (b * b + square)));
       });
     }
-
-    const FloatTable tones = float_table(midtone, 512);
-    group = levels;
-    for (int32_t i = 0; i < block; i += kFloatGroup) {
-      const auto tone = look_up(tones, *group++);
-      for (int32_t k = 0; k < kFloatGroup; k += kDwords)
-        store(shift + done + i + k, tone.at(k) - load<Floats>(own + i + k));
-    }
-  }
-}
-
-// The last pixels, in a group of their own.
-struct Rest {
-  float v[kFloatGroup] = {};
-  Rest(const float* from, int32_t count) {
-    for (int32_t i = 0; i < count; ++i) v[i] = from[i];
-  }
-};
-
-static void tone_shifts_wide(const float* intensity, const float* blurred, const float* combined,
-                             const float* midtone, float* shift, int32_t count) {
-  const int32_t rest = count % kFloatGroup, done = count - rest;
-  tone_shifts_of(intensity, blurred, combined, midtone, shift, done);
-  if (rest == 0) return;
-  const Rest own(intensity + done, rest), near(blurred + done, rest);
-  float last[kFloatGroup];
-  tone_shifts_of(own.v, near.v, combined, midtone, last, kFloatGroup);
-  for (int32_t i = 0; i < rest; ++i) shift[done + i] = last[i];
-}
-
-static inline void midtone_shifts_of(const float* intensity, const float* midtone, float* shift,
-                                     int32_t count) {
-  const FloatTable tones = float_table(midtone, 512);
-  Indices levels[kFloatBlock / kFloatGroup];
-  for (int32_t done = 0; done < count; done += kFloatBlock) {
-    const int32_t rest = count - done, block = rest < kFloatBlock ? rest : kFloatBlock;
-    const float* own = intensity + done;
-    Indices* group = levels;
-    for (int32_t i = 0; i < block; i += kFloatGroup)
-      keep(*group++, [&](int32_t k) { return level_of(load<Floats>(own + i + k)); });
-    group = levels;
-    for (int32_t i = 0; i < block; i += kFloatGroup) {
-      const auto tone = look_up(tones, *group++);
-      for (int32_t k = 0; k < kFloatGroup; k += kDwords)
-        store(shift + done + i + k, tone.at(k) - load<Floats>(own + i + k));
-    }
-  }
+    shift_to_tones(midtone, levels, own, to, pixels);
+  };
+  in_blocks(intensity, blurred, shift, count, shifts);
 }
 
 static void midtone_shifts_wide(const float* intensity, const float* midtone, float* shift,
                                 int32_t count) {
-  const int32_t rest = count % kFloatGroup, done = count - rest;
-  midtone_shifts_of(intensity, midtone, shift, done);
-  if (rest == 0) return;
-  const Rest own(intensity + done, rest);
-  float last[kFloatGroup];
-  midtone_shifts_of(own.v, midtone, last, kFloatGroup);
-  for (int32_t i = 0; i < rest; ++i) shift[done + i] = last[i];
+  const auto shifts = [&](const float* own, const float*, float* to, int32_t pixels) {
+    BlockLevels levels;
+    for (int32_t i = 0; i < pixels; i += kFloatGroup)
+      keep(levels.of(i), [&](int32_t k) { return level_of(load<Floats>(own + i + k)); });
+    shift_to_tones(midtone, levels, own, to, pixels);
+  };
+  in_blocks(intensity, intensity, shift, count, shifts);
 }
 
 // value + shift, truncated and clamped, is value + floor(shift) clamped: below 0 the clamp hides

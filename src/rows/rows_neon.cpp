@@ -21,8 +21,10 @@ constexpr RowKernels kNeonRows = [] {
   // 3.1 instructions a pixel instead of 4.1, for the same reason.
   rows.intensities = intensities;
   // 9.6 instructions a pixel instead of 12.3, which llvm-mca expects to take 4.1 cycles instead of 5.7
-  // on a Neoverse N1, 2.2 instead of 2.4 on an M1.
+  // on a Neoverse N1, 2.2 instead of 2.4 on an M1; and with sums of 32 bits 10.6 instead of 12.0, 4.8
+  // cycles instead of 5.1 and 2.4 instead of 2.6.
   rows.box_row_16 = box_row_16;
+  rows.box_row_32 = box_row_32;
   return rows;
 }();
 

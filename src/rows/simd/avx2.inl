@@ -31,7 +31,37 @@ static void store_blocks(uint8_t* p, ptrdiff_t step, Bytes v) {
 #include "rows/simd/x86.inl"
 #include "rows/simd/x86_vector_masks.inl"
 #include "rows/simd/byte_shuffles.inl"
-#include "rows/simd/byte_table_x86.inl"
+
+// A table of 256 bytes as sixteen shuffles. Each part holds its difference (exclusive or) to the
+// part before, so that the parts up to an index add up to the right one. Each half of the table
+// starts anew, because indices are told apart by their sign.
+struct ByteTable {
+  Bytes part[16];
+};
+static inline ByteTable byte_table(const uint8_t* table) {
+  ByteTable t;
+  Bytes before = {};
+  for (int32_t i = 0; i < 16; ++i) {
+    const Bytes part = in_all_blocks(table + 16 * i);
+    t.part[i] = i % 8 == 0 ? part : part ^ before;
+    before = part;
+  }
+  return t;
+}
+static inline Bytes look_up(const ByteTable& table, Bytes index) {
+  // A shuffle gives 0 for a negative index. Those of 128 and more have the sign of the lower half
+  // once their top bit is flipped, and the others are then negative.
+  Bytes low = index, high = index ^ all_bytes(128);
+  const auto next_part = [](Bytes i) { return (Bytes)_mm256_subs_epi8((I)i, (I)all_bytes(16)); };
+  Bytes from_low = shuffle(table.part[0], low), from_high = shuffle(table.part[8], high);
+  for (int32_t i = 1; i < 8; ++i) {
+    low = next_part(low);
+    high = next_part(high);
+    from_low ^= shuffle(table.part[i], low);
+    from_high ^= shuffle(table.part[8 + i], high);
+  }
+  return from_low ^ from_high;
+}
 constexpr bool kWideTables = true, kQuickTables = false;
 #include "rows/simd/planes.inl"
 
@@ -45,16 +75,6 @@ static inline PixelFloats load_pixels(const uint8_t* bgr) {  // 24 bytes
   return {channel(0), channel(1), channel(2)};
 }
 
-// Loads and blends: twice as fast as a gather.
-template <class Place>
-static inline Dwords entries_at(const Place& place) {
-  const auto entry = [&](int32_t i) { return (I)all_dwords(load<uint32_t>(place(i))); };
-  I low = _mm256_blend_epi32(entry(0), entry(1), 0x02),
-    high = _mm256_blend_epi32(entry(4), entry(5), 0x20);
-  low = _mm256_blend_epi32(low, entry(2), 0x04), high = _mm256_blend_epi32(high, entry(6), 0x40);
-  low = _mm256_blend_epi32(low, entry(3), 0x08), high = _mm256_blend_epi32(high, entry(7), 0x80);
-  return (Dwords)_mm256_blend_epi32(low, high, 0xf0);
-}
 #include "rows/simd/loaded_floats.inl"
 
 static inline Corners corners_side_by_side(const uint8_t* upper, ptrdiff_t stride) {

@@ -93,13 +93,6 @@ static inline Bytes look_up(const HalfTable& t, Bytes index) {
 constexpr bool kWideTables = true, kQuickTables = true;
 #include "rows/simd/float_bytes.inl"
 
-template <class Place>
-static inline Dwords entries_at(const Place& place) {
-  alignas(64) uint32_t found[16];
-  for (int i = 0; i < 16; ++i) found[i] = load<uint32_t>(place(i));
-  return load<Dwords>(found);
-}
-
 static inline Planes load_planes(const uint8_t* bgr) {
   const Bytes a = load<Bytes>(bgr), b = load<Bytes>(bgr + 64), c = load<Bytes>(bgr + 128);
   const auto channel = [&](auto byte_of_pixel) {

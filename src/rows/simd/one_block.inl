@@ -19,12 +19,6 @@ static inline PixelFloats load_pixels(const uint8_t* bgr) {  // 12 bytes
           channel(Bytes{1, 128, 128, 128, 4, 128, 128, 128, 7, 128, 128, 128, 10, 128, 128, 128}),
           channel(Bytes{2, 128, 128, 128, 5, 128, 128, 128, 8, 128, 128, 128, 11, 128, 128, 128})};
 }
-template <class Place>
-static inline Dwords entries_at(const Place& place) {
-  const auto entry = [&](int32_t i) { return load<uint32_t>(place(i)); };
-  return Dwords{entry(0), entry(1), entry(2), entry(3)};
-}
-
 static inline Bytes half_of_pairs(const uint8_t* p, const int32_t* offsets, int32_t half) {
   return (Bytes)load_2_pairs(p + offsets[2 * half], p + offsets[2 * half + 1]);
 }

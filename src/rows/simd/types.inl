@@ -179,6 +179,14 @@ static inline void store_12_bytes(uint8_t* dst, Block v) {
   __builtin_memcpy(dst + 8, &last, 4);
 }
 
+// The four bytes at place(i) in dword i.
+template <class Place>
+static inline Dwords entries_at(const Place& place) {
+  Dwords v = {};
+  for (int32_t i = 0; i < kDwords; ++i) v[i] = load<uint32_t>(place(i));
+  return v;
+}
+
 // The first count floats, all of them from kDwords on.
 static inline void store_first(float* p, Floats v, int32_t count) {
   if (count >= kDwords) return store(p, v);

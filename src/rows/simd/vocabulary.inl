@@ -73,7 +73,8 @@ static ByteTable byte_table(const uint8_t* table);
 static Bytes look_up(const ByteTable& table, Bytes index);
 static ShortTable short_table(const uint8_t* table, int32_t entries);
 static Bytes look_up(const ShortTable& table, Bytes index);
-// HalfTable: 128 entries, for indices below 128.
+// HalfTable: 128 entries, for indices below 128. Whole tables in its place take draw_selection 8 % more
+// instructions with NEON and 0.01 ns a pixel with AVX-512, 2 %.
 static HalfTable half_table(const uint8_t* table);
 static Bytes look_up(const HalfTable& table, Bytes index);
 // kWideTables: whether look-ups are faster than loads of entries. With AVX2 look_up takes 0.46 ns a
@@ -89,10 +90,6 @@ static FloatTable float_table(const float* table, int32_t entries);
 template <class F>
 static void keep(Indices& indices, const F& vector);
 static FoundFloats look_up(const FloatTable& table, const Indices& indices);
-// The four bytes at place(i) in dword i.
-template <class Place>
-static Dwords entries_at(const Place& place);
-
 // ---- pixels of three bytes
 static Planes load_planes(const uint8_t* bgr);
 static void store_planes(uint8_t* bgr, const Planes& planes);

@@ -20,7 +20,8 @@ struct Box {
   roxe::BoxRow<Sum> row = {};
 
   Box()
-      : sums(3 * kColumns * kSumsStep + kLanes), multipliers(kCount, roxe::window_reciprocal(441)) {
+      : sums(3 * kColumns * kSumsStep + kLanes),
+        multipliers(kCount, 2 * roxe::window_reciprocal(441)) {
     row.channels = 3;
     row.columns = kColumns;
     row.head = 10;

@@ -150,7 +150,7 @@ void GaussianStream::set_multipliers(const Pass& pass, int32_t rows) const {
   const int64_t shortest = std::min(longest, int64_t{std::min(pass.left, pass.right)} + 1);
   for (int64_t length = shortest; length <= longest; ++length) {
     const int64_t pixels = length * rows;
-    pass.reciprocals[length] = window_reciprocal(pixels);
+    pass.reciprocals[length] = 2 * window_reciprocal(pixels);
   }
   std::fill_n(&pass.multipliers[0][0], columns_ * ptrdiff_t{kLanes}, pass.reciprocals[longest]);
 

@@ -63,7 +63,7 @@ static void window_means(const BoxRun& run, const Sum* sums, uint32_t* window,
     ROXE_LANES_INDEPENDENT
     for (int32_t k = 0; k < kLanes; ++k) {
       sum[k] += static_cast<uint32_t>(entering[k]) - static_cast<uint32_t>(leaving[k]);
-      mean[k] = static_cast<uint8_t>((sum[k] * multiplier[k]) >> kWindowShift);
+      mean[k] = static_cast<uint8_t>((sum[k] * multiplier[k]) >> (kWindowShift + 1));
     }
     swap_order(mean, dst);
     entering += kSumsStep;

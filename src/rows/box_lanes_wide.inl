@@ -50,10 +50,7 @@ static inline DwordPair gain(const uint32_t* entering, const uint32_t* leaving, 
   return {in.first - out.first, in.second - out.second};
 }
 
-static inline DwordPair doubled(DwordPair v) { return {v.first + v.first, v.second + v.second}; }
-
-// Moves the windows along a run and writes their means, rounded down. With multipliers twice as
-// large the mean is the top byte of a product.
+// Moves the windows along a run and writes their means, rounded down: the top bytes of products.
 static_assert(kWindowShift + 1 == 24);
 template <class Sum, class Order>
 static void window_means_wide(const BoxRun& run, const Sum* sums, uint32_t* window,
@@ -62,7 +59,7 @@ static void window_means_wide(const BoxRun& run, const Sum* sums, uint32_t* wind
   DwordPair windows[kLaneWords], constant[kLaneWords];
   for (int32_t i = 0; i < kLaneWords; ++i) {
     windows[i] = load_lanes(window, i, Order{});
-    constant[i] = doubled(load_lanes(*multipliers, i, Order{}));
+    constant[i] = load_lanes(*multipliers, i, Order{});
   }
   const auto next_column = [&](const auto& multiplier_of) {
     prefetch(dst + kAhead);
@@ -82,7 +79,7 @@ static void window_means_wide(const BoxRun& run, const Sum* sums, uint32_t* wind
     for (int32_t x = 0; x < count; ++x) next_column([&](int32_t i) { return constant[i]; });
   else
     for (int32_t x = 0; x < count; ++x)
-      next_column([&](int32_t i) { return doubled(load_lanes(multipliers[x], i, Order{})); });
+      next_column([&](int32_t i) { return load_lanes(multipliers[x], i, Order{}); });
   for (int32_t i = 0; i < kLaneWords; ++i) store_lanes(window, i, windows[i], Order{});
 }
 

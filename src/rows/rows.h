@@ -110,14 +110,15 @@ struct BoxRun {
 template <class Sum>
 struct BoxRow {
   int32_t channels;
-  int32_t columns;                        // of a stretch
-  int32_t head, whole_after;              // right = whole_after * columns + head
-  int32_t tail, whole_before;             // left + 1 = whole_before * columns + tail
-  BoxRun runs[8];                         // as many as make up all columns
-  Sum* sums;                              // of the rows inside the window, a plane a channel
-  ptrdiff_t sums_size;                    // from plane to plane
-  uint32_t (*starts)[kLanes];             // a channel: the window left of each stretch
-  const uint32_t (*multipliers)[kLanes];  // window_reciprocal; 0 beyond the last column
+  int32_t columns;             // of a stretch
+  int32_t head, whole_after;   // right = whole_after * columns + head
+  int32_t tail, whole_before;  // left + 1 = whole_before * columns + tail
+  BoxRun runs[8];              // as many as make up all columns
+  Sum* sums;                   // of the rows inside the window, a plane a channel
+  ptrdiff_t sums_size;         // from plane to plane
+  uint32_t (*starts)[kLanes];  // a channel: the window left of each stretch
+  // Twice window_reciprocal: the mean is the top byte of a product. 0 beyond the last column.
+  const uint32_t (*multipliers)[kLanes];
 };
 
 struct Hsv {

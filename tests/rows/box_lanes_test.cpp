@@ -52,8 +52,8 @@ void BlurARamp(void (*box_row)(const BoxRow<Sum>&, const uint8_t*, const uint8_t
   Sum sums[kLanes + kSumsStep];
   std::fill_n(sums, kLanes + kSumsStep, nothing);
   uint32_t starts[1][kLanes] = {}, multipliers[1][kLanes];
-  std::fill_n(multipliers[0], kLanes, 2796202u);  // a third
-  multipliers[0][0] = multipliers[0][31] = 4194304;
+  std::fill_n(multipliers[0], kLanes, 5592404u);  // two thirds of 2^23
+  multipliers[0][0] = multipliers[0][31] = 8388608;
   // The window left of column k ends one column to the right of k - 1 and starts two before k.
   BoxRow<Sum> box = {1, 1, 0, 1, 0, 2, {}, sums + kLanes, 0, starts, multipliers};
   box.runs[0] = {1, false, 1, -2};
@@ -106,7 +106,7 @@ void CompareBoxRows(void (*box_row)(const BoxRow<Sum>&, const uint8_t*, const ui
     sums[i] = expected_sums[i] = static_cast<Sum>(below(600));
   const Guarded<uint32_t[kLanes]> multipliers(static_cast<size_t>(columns));
   for (size_t i = 0; i < static_cast<size_t>(columns); ++i)
-    for (uint32_t& multiplier : multipliers[i]) multiplier = random() % 100;
+    for (uint32_t& multiplier : multipliers[i]) multiplier = random() % 200;
   const Guarded<uint32_t[kLanes]> starts(planes), expected_starts(planes);
   for (size_t i = 0; i < planes * kLanes; ++i)
     starts[i / kLanes][i % kLanes] = expected_starts[i / kLanes][i % kLanes] =

@@ -6,7 +6,7 @@
 // 2^23 it is an integer below 2^31. The conversion to float is the only rounding. The result stays
 // multiplied by 2^23: floats do not mind.
 static inline Floats mix_bytes(Dwords a, Dwords b, Floats t) {
-  const Dwords fixed = (Dwords)truncate(t * 8388608.0f);
+  const Dwords fixed = (Dwords)truncate(t * kTwoTo23);
   return to_floats((SignedDwords)((a << 23) + (b - a) * fixed));
 }
 

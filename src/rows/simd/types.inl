@@ -128,6 +128,8 @@ static inline void transpose_blocks(Dwords* v) {
 
 // ---- arithmetic
 
+constexpr float kTwoTo23 = 8388608.0f;  // from here on floats are whole numbers
+
 template <class V>
 static inline V min(V a, V b) {
   return a < b ? a : b;

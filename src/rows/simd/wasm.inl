@@ -71,7 +71,7 @@ static Doubles last_doubles(Floats v) {
 static SignedDwords truncate(Floats a) { return (SignedDwords)wasm_i32x4_trunc_sat_f32x4((V)a); }
 // A processor may need ten instructions to truncate as WebAssembly defines it.
 static SignedDwords truncate_small(Floats v) {
-  return (SignedDwords)((Dwords)(floor(v) + 8388608.0f) & 0x7fffff);
+  return (SignedDwords)((Dwords)(floor(v) + kTwoTo23) & 0x7fffff);
 }
 static SignedDwords rounded(Floats v) { return (SignedDwords)(v + 12582912.0f) - 0x4b400000; }
 static SignedDwords widen_first(SignedWords v) {

@@ -148,9 +148,11 @@ static inline Luminance luminance_of(Words red, Words green, Words blue, uint32_
           part(interleave_high(red, green), interleave_high(blue, Words{}))};
 }
 
-// 4096 * a / b as a float division: exact for 4096 * a below 2^24. Nobody asks for the one by 0.
+// 4096 * a / b as a float division: exact for 4096 * a below 2^24. b = 0 counts as 1: nobody asks for
+// that ratio, but a division by 0 would raise an exception.
 static inline SignedDwords ratio_of(SignedDwords a, SignedDwords b) {
-  return truncate(to_floats(a) * 4096.0f / to_floats(b));
+  const SignedDwords at_least_1 = (SignedDwords)max((Dwords)b, all_dwords(1));
+  return truncate(to_floats(a) * 4096.0f / to_floats(at_least_1));
 }
 
 // (blue * gain) >> 12 for four times blue and a gain of up to 16 bits.

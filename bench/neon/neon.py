@@ -15,7 +15,7 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PROCESSORS = ("neoverse-n1", "apple-m1")
 TABLES = ("plain", "neon")
-PART = 3000  # instructions
+PART = 40000  # instructions
 COMPILE = ("aarch64-linux-gnu-g++ -std=c++20 -O3 -DNDEBUG -ffp-contract=off -fno-exceptions "
            "-fno-rtti -fno-math-errno -static -Isrc -Iinclude -Ibench").split()
 

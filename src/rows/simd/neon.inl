@@ -113,7 +113,7 @@ static inline Bytes look_up(const HalfTable& t, Bytes index) {
   const U8 found = vqtbl4q_u8(t.part[0], (U8)index);
   return (Bytes)vqtbx4q_u8(found, t.part[1], vsubq_u8((U8)index, vdupq_n_u8(64)));
 }
-constexpr bool kWideTables = true, kQuickTables = true;
+constexpr bool kWideTables = true, kQuickTables = false;
 
 static inline Planes load_planes(const uint8_t* bgr) {
   const uint8x16x3_t v = vld3q_u8(bgr);

@@ -73,15 +73,17 @@ static ByteTable byte_table(const uint8_t* table);
 static Bytes look_up(const ByteTable& table, Bytes index);
 static ShortTable short_table(const uint8_t* table, int32_t entries);
 static Bytes look_up(const ShortTable& table, Bytes index);
-// HalfTable: 128 entries, for indices below 128. Whole tables in its place take draw_selection 8 % more
-// instructions with NEON and 0.01 ns a pixel with AVX-512, 2 %.
+// HalfTable: 128 entries, for indices below 128. With whole tables in its place draw_selection
+// takes 0.01 ns a pixel longer with AVX-512, 2 %.
 static HalfTable half_table(const uint8_t* table);
 static Bytes look_up(const HalfTable& table, Bytes index);
 // kWideTables: whether look-ups are faster than loads of entries. With AVX2 look_up takes 0.46 ns a
 // pixel instead of 0.95, look_up_bgr 0.54 instead of 0.86; with SSE4.1 both ways take the same time.
 // kQuickTables: whether they take a few instructions, so that tables replace arithmetic and loads,
 // too. With AVX-512 draw_selection then takes 0.58 ns a pixel instead of 1.02, replace_colour 1.17
-// instead of 1.59, accent_colour 0.67 instead of 1.14, balance_white 1.16 instead of 2.25.
+// instead of 1.59, accent_colour 0.67 instead of 1.14, balance_white 1.16 instead of 2.25. With NEON
+// they take 3 to 6 % more instructions, and llvm-mca expects them to take 1 to 62 % more cycles on a
+// Neoverse N1, up to 18 % more and once 1 % fewer on an M1.
 static_assert(kWideTables || !kQuickTables);
 // FloatTable: 256 or 512 floats, of which those from 256 on are equal. Indices of 4 * kDwords
 // look-ups are kept first: vector(k) gives those of the lanes from k on. What is found has a function

@@ -22,7 +22,7 @@ template <class Sum>
 static void move_sums_wide(const uint8_t* entering, const uint8_t* leaving, Sum* sums,
                            int32_t count, uint32_t* total) {
   while (count > 0) {
-    const int32_t block = count < 128 ? count : 128;  // 128 changes of 255 fit 16 bits
+    const int32_t block = min(count, 128);  // 128 changes of 255 fit 16 bits
     LaneWords changes = {};
     for (int32_t x = 0; x < block; ++x) {
       prefetch(leaving + kAhead);

@@ -17,23 +17,6 @@ struct SelectionBlock {
   alignas(64) uint8_t distance[kSelectionBlock];    // the limit outside the selection
 };
 
-// A vector of bytes, or what interleaves to it, as words.
-struct WordPair {
-  Words low, high;
-};
-static inline WordPair words_of(Bytes low_bytes, Bytes high_bytes) {
-  return {(Words)interleave_low(low_bytes, high_bytes),
-          (Words)interleave_high(low_bytes, high_bytes)};
-}
-static inline WordPair words_of(Bytes bytes) { return words_of(bytes, Bytes{}); }
-
-static inline SignedDwords low_dwords(Words words) {
-  return (SignedDwords)interleave_low(words, Words{});
-}
-static inline SignedDwords high_dwords(Words words) {
-  return (SignedDwords)interleave_high(words, Words{});
-}
-
 constexpr int32_t kFirstWithoutFade = 34;  // from this value on kFade is 0
 
 // Tables in bytes.
@@ -52,6 +35,11 @@ struct SelectionBytes {
 };
 static constexpr SelectionBytes selection_bytes;
 
+// Without a sign.
+static inline Words differences(Words a, int32_t b) {
+  return (Words)magnitude((SignedWords)(a - all_words(b)));
+}
+
 // What every body needs of a selection.
 struct SelectionWords {
   explicit SelectionWords(const ColourSelection& selection)
@@ -69,18 +57,17 @@ struct SelectionWords {
 // The distances of a vector of words; cosines are those of the turns times the saturation of the
 // reference.
 static inline Words distances_of(const SelectionWords& of, Words value, Words saturation,
-                                 Dwords low_cosines, Dwords high_cosines) {
+                                 const Pair<SignedDwords>& cosines) {
   const Words rise = value - all_words(of.value);
   // A quarter of the squared chord. A chord below 0 becomes huge.
-  const auto quarter_chord = [&](SignedDwords dwords, Words rise_and_saturation, Dwords cosines) {
-    const Dwords product = (Dwords)((SignedDwords)((Dwords)dwords * cosines) >> 14);
-    const Dwords squares = pair_sums(rise_and_saturation, rise_and_saturation);
+  const auto quarter_chord = [&](SignedDwords dwords, SignedDwords rises, SignedDwords cosine) {
+    const Dwords product = (Dwords)((dwords * cosine) >> 14);
+    const Dwords squares = pair_sums((Words)rises, (Words)rises);  // of saturations as well
     const Dwords reference = all_dwords(static_cast<uint32_t>(of.saturation * of.saturation));
     return (SignedDwords)((squares + reference - product) >> 2);
   };
   const Words quarter =  // saturates above every limit
-      pack(quarter_chord(low_dwords(saturation), interleave_low(rise, saturation), low_cosines),
-           quarter_chord(high_dwords(saturation), interleave_high(rise, saturation), high_cosines));
+      pack(each(quarter_chord, dwords_of(saturation), dwords_of(rise, saturation), cosines));
   // (quarter * reciprocal) >> 14. For limit 1 the factor becomes 0, and so is every distance inside.
   const Words distance = mul_high(quarter, all_words(4 * of.limit_reciprocal));
   return select(at_most(all_words(of.limit_squared), quarter), all_words(of.limit), distance);
@@ -110,45 +97,39 @@ struct SelectionByLoads : SelectionWords {
 
   // div_table as a rounded division, exact for 1 ... 255. Where it is 0 the factor is 0.
   struct Reciprocals {
-    SignedDwords part[4];  // low and high dwords of the low words, and of the high words
-    explicit Reciprocals(const WordPair& numbers) {
-      const auto reciprocal = [](SignedDwords n) {  // nothing is divided by 0
-        return rounded(255.0f * 4096.0f / max(to_floats(n), all_floats(1.0f)));
-      };
-      part[0] = reciprocal(low_dwords(numbers.low)), part[1] = reciprocal(high_dwords(numbers.low));
-      part[2] = reciprocal(low_dwords(numbers.high));
-      part[3] = reciprocal(high_dwords(numbers.high));
-    }
+    Pair<Pair<SignedDwords>> of;
     // (range * reciprocal) >> 12
-    WordPair saturation(const WordPair& range) const {
-      const auto scaled = [](SignedDwords a, SignedDwords b) {
+    Pair<Words> saturation(const Pair<Words>& range) const {
+      const auto product = [](SignedDwords a, SignedDwords b) {
         return (SignedDwords)((Dwords)(a * b) >> 12);
       };
-      const auto words = [&](Words a, int32_t k) {
-        return pack_signed(scaled(low_dwords(a), part[k]), scaled(high_dwords(a), part[k + 1]));
+      const auto scaled = [=](Words words, const Pair<SignedDwords>& by) {
+        return pack_signed(each(product, dwords_of(words), by));
       };
-      return {words(range.low, 0), words(range.high, 2)};
+      return each(scaled, range, of);
     }
     // (x * reciprocal) >> 18 for a signed x
-    WordPair slope(const WordPair& x) const {
-      const auto words = [&](Words a, int32_t k) {
-        const SignedDwords low = (SignedDwords)interleave_low(Words{}, a) >> 16;
-        const SignedDwords high = (SignedDwords)interleave_high(Words{}, a) >> 16;
-        return pack_signed((low * part[k]) >> 18, (high * part[k + 1]) >> 18);
+    Pair<Words> slope(const Pair<Words>& x) const {
+      const auto product = [](SignedDwords a, SignedDwords b) { return ((a >> 16) * b) >> 18; };
+      const auto scaled = [=](Words words, const Pair<SignedDwords>& by) {
+        return pack_signed(each(product, dwords_of(Words{}, words), by));
       };
-      return {words(x.low, 0), words(x.high, 2)};
+      return each(scaled, x, of);
     }
   };
-  Reciprocals reciprocals(Bytes, const WordPair& numbers) const { return Reciprocals(numbers); }
+  Reciprocals reciprocals(Bytes, const Pair<Words>& numbers) const {
+    const auto reciprocal = [](SignedDwords n) {  // nothing is divided by 0
+      return rounded(255.0f * 4096.0f / max(to_floats(n), all_floats(1.0f)));
+    };
+    return {each([=](Words words) { return each(reciprocal, dwords_of(words)); }, numbers)};
+  }
 
   // Whether a vector is outside by its hues or values alone: most of a picture is, as a rule, and
   // saves the rest: 0.03 to 0.13 ns a pixel of a mask or tint with AVX2, 0.09 to 0.17 with SSE4.1.
   // Costs what it saves when one vector in thirty is outside.
   bool all_far(const SelectionBlock& block, int32_t i) const {
-    const auto from_opposite = [&](int32_t at) {
-      return (Words)magnitude((SignedWords)(load<Words>(block.turn + at) - all_words(180)));
-    };
-    const Bytes opposite = pack(from_opposite(i), from_opposite(i + kWords));
+    const auto from_opposite = [](Words turn) { return differences(turn, 180); };
+    const Bytes opposite = pack(each(from_opposite, load_pair(block.turn + i)));
     const Bytes of_value = load<Bytes>(block.value + i), reference = all_bytes(value);
     const Bytes rise =
         subtract_saturating(of_value, reference) | subtract_saturating(reference, of_value);
@@ -158,15 +139,15 @@ struct SelectionByLoads : SelectionWords {
 
   Bytes distances(const SelectionBlock& block, int32_t i) const {
     if (all_far(block, i)) return all_bytes(limit);
-    const auto part = [&](Words of_value, int32_t at) {
-      const auto cosines = [&](const uint16_t* turn) {  // in the order of interleaving
-        return entries_at([&](int32_t i) { return cosine + turn[i / 4 * 8 + i % 4]; });
-      };
-      return distances_of(*this, of_value, load<Words>(block.effective + at),
-                          cosines(block.turn + at), cosines(block.turn + at + 4));
+    const auto cosines = [&](const uint16_t* turn) {  // in the order of interleaving
+      return (SignedDwords)entries_at([&](int32_t i) { return cosine + turn[i / 4 * 8 + i % 4]; });
     };
-    const WordPair values = words_of(load<Bytes>(block.value + i));
-    return pack(part(values.low, i), part(values.high, i + kWords));
+    const auto part = [&](Words of_value, Words of_effective, const uint16_t* turn) {
+      return distances_of(*this, of_value, of_effective, {cosines(turn), cosines(turn + 4)});
+    };
+    const Pair<const uint16_t*> turns = {block.turn + i, block.turn + i + kWords};
+    return pack(
+        each(part, words_of(load<Bytes>(block.value + i)), load_pair(block.effective + i), turns));
   }
 };
 
@@ -189,49 +170,44 @@ struct SelectionByTables : SelectionWords {
   HalfTable cosine_above[3];  // from 256 on
 
   struct Reciprocals {
-    WordPair low, above;  // the lower 16 bits, and the rest
+    Pair<Words> low, above;  // the lower 16 bits, and the rest
     // (range * reciprocal) >> 12
-    WordPair saturation(const WordPair& range) const {
-      const auto words = [](Words a, Words b, Words above) {
-        return mul_high(a << 4, b) + (a << 4) * above;
+    Pair<Words> saturation(const Pair<Words>& range) const {
+      const auto scaled = [](Words a, Words b, Words rest) {
+        return mul_high(a << 4, b) + (a << 4) * rest;
       };
-      return {words(range.low, low.low, above.low), words(range.high, low.high, above.high)};
+      return each(scaled, range, low, above);
     }
     // (x * reciprocal) >> 18 for a signed x. As a signed word the lower half of the reciprocal is
     // 65536 too small where its top bit is set.
-    WordPair slope(const WordPair& x) const {
-      const auto words = [](Words a, Words b, Words rest) {
+    Pair<Words> slope(const Pair<Words>& x) const {
+      const auto scaled = [](Words a, Words b, Words rest) {
         const Words high = (Words)mul_high((SignedWords)a, (SignedWords)b) +
                            (a & (Words)((SignedWords)b >> 15)) + a * rest;
         return (Words)((SignedWords)high >> 2);
       };
-      return {words(x.low, low.low, above.low), words(x.high, low.high, above.high)};
+      return each(scaled, x, low, above);
     }
   };
-  Reciprocals reciprocals(Bytes numbers, const WordPair&) const {
+  Reciprocals reciprocals(Bytes numbers, const Pair<Words>&) const {
     return {words_of(look_up(low, numbers), look_up(middle, numbers)),
             words_of(shuffle_or_zero(high, numbers))};
   }
 
   Bytes distances(const SelectionBlock& block, int32_t i) const {
-    const Words low_turn = load<Words>(block.turn + i);
-    const Words high_turn = load<Words>(block.turn + i + kWords);
-    const Bytes index = pack(low_turn & all_words(255), high_turn & all_words(255));
-    const ByteMask above = equal(pack(low_turn >> 8, high_turn >> 8), all_bytes(1));
+    const Pair<Words> turn = load_pair(block.turn + i);
+    const Bytes index = pack(each([](Words words) { return words & all_words(255); }, turn));
+    const Bytes upper = pack(each([](Words words) { return words >> 8; }, turn));
+    const ByteMask above = equal(upper, all_bytes(1));
     const auto cosine_byte = [&](int32_t k) {
       return select(above, look_up(cosine_above[k], index), look_up(cosine[k], index));
     };
-    const WordPair lower = words_of(cosine_byte(0), cosine_byte(1));
-    const WordPair upper = words_of(Bytes{}, cosine_byte(2));
-    const auto part = [&](Words of_value, int32_t at, Words low_words, Words high_words) {
-      const Words sign_extended = (Words)((SignedWords)high_words >> 8);
-      return distances_of(*this, of_value, load<Words>(block.effective + at),
-                          (Dwords)interleave_low(low_words, sign_extended),
-                          (Dwords)interleave_high(low_words, sign_extended));
+    const auto part = [&](Words of_value, Words of_effective, Words lower, Words top) {
+      const Words sign_extended = (Words)((SignedWords)top >> 8);
+      return distances_of(*this, of_value, of_effective, dwords_of(lower, sign_extended));
     };
-    const WordPair values = words_of(load<Bytes>(block.value + i));
-    return pack(part(values.low, i, lower.low, upper.low),
-                part(values.high, i + kWords, lower.high, upper.high));
+    return pack(each(part, words_of(load<Bytes>(block.value + i)), load_pair(block.effective + i),
+                     words_of(cosine_byte(0), cosine_byte(1)), words_of(Bytes{}, cosine_byte(2))));
   }
 };
 
@@ -254,42 +230,34 @@ static inline void to_hsv(const Metric& metric, const uint8_t* src, SelectionBlo
     return select(least_red, by_red, select(least_green, by_green, by_blue));
   };
   const Bytes plus = choose(p.green, p.blue, p.red), minus = choose(p.blue, p.red, p.green);
-  const WordPair half_base = words_of(choose(all_bytes(90), all_bytes(150), all_bytes(30)));
-  const Bytes times_15 = (Bytes)all_words(15 - (15 << 8));  // bytes 15, -15
-  const WordPair difference_15 = {byte_pair_sums(interleave_low(plus, minus), times_15),
-                                  byte_pair_sums(interleave_high(plus, minus), times_15)};
+  const Bytes half_base = choose(all_bytes(90), all_bytes(150), all_bytes(30));
+  const auto difference_15 = [](Words plus_and_minus) {
+    return byte_pair_sums((Bytes)plus_and_minus, (Bytes)all_words(15 - (15 << 8)));
+  };
 
   const Bytes range = value - smallest;
-  const WordPair ranges = words_of(range);
-  const WordPair saturation = metric.reciprocals(value, words_of(value)).saturation(ranges);
-  const WordPair slope = metric.reciprocals(range, ranges).slope(difference_15);
-  const WordPair hue = {half_base.low + half_base.low - slope.low,
-                        half_base.high + half_base.high - slope.high};
+  const Pair<Words> values = words_of(value), ranges = words_of(range);
+  const Pair<Words> saturation = metric.reciprocals(value, values).saturation(ranges);
+  const Pair<Words> slope =
+      metric.reciprocals(range, ranges).slope(each(difference_15, words_of(plus, minus)));
+  const Pair<Words> hue =
+      each([](Words half, Words less) { return half + half - less; }, words_of(half_base), slope);
 
-  WordPair effective = saturation;
-  if (!all(at_most(all_bytes(kFirstWithoutFade), value))) {
-    const WordPair fade = words_of(look_up(metric.fade, value)), values = words_of(value);
-    effective = {pull_saturation(saturation.low, values.low, fade.low),
-                 pull_saturation(saturation.high, values.high, fade.high)};
-  }
+  Pair<Words> effective = saturation;
+  if (!all(at_most(all_bytes(kFirstWithoutFade), value)))
+    effective = each(pull_saturation, saturation, values, words_of(look_up(metric.fade, value)));
 
-  const auto keep_words = [&](uint16_t* to, const WordPair& words) {
-    store(to + i, words.low);
-    store(to + i + kWords, words.high);
-  };
-  const Words reference = all_words(metric.hue);
   store(block.value + i, value);
-  keep_words(block.effective, effective);
-  keep_words(block.turn, {(Words)magnitude((SignedWords)(reference - hue.low)),
-                          (Words)magnitude((SignedWords)(reference - hue.high))});
+  store_pair(block.effective + i, effective);
+  store_pair(block.turn + i, each([&](Words of) { return differences(of, metric.hue); }, hue));
   if constexpr (keep != Keep::kNothing) {
     store(block.blue + i, p.blue);
     store(block.green + i, p.green);
     store(block.red + i, p.red);
   }
   if constexpr (keep == Keep::kChannelsAndHsv) {
-    keep_words(block.hue, hue);
-    keep_words(block.saturation, saturation);
+    store_pair(block.hue + i, hue);
+    store_pair(block.saturation + i, saturation);
   }
 }
 
@@ -344,22 +312,18 @@ static void accent_colour_wide(const ColourSelection& selection, const PixelBand
         const Bytes blue = load<Bytes>(block.blue + i), red = load<Bytes>(block.red + i);
         const Bytes green = load<Bytes>(block.green + i);
         const Bytes weights = (Bytes)all_words(28 + (76 << 8));
-        const auto grey_of = [&](Bytes blue_red, Words greens) {
-          return (byte_pair_sums(blue_red, weights) + greens * 151) >> 8;
+        const auto grey_of = [&](Words blue_red, Words greens) {
+          return (byte_pair_sums((Bytes)blue_red, weights) + greens * 151) >> 8;
         };
-        const WordPair grey = {grey_of(interleave_low(blue, red), words_of(green).low),
-                               grey_of(interleave_high(blue, red), words_of(green).high)};
-        const Bytes greys = pack(grey.low, grey.high);
+        const Pair<Words> grey = each(grey_of, words_of(blue, red), words_of(green));
+        const Bytes greys = pack(grey);
         const ByteMask outside = equal(distance, limit);
         if (all(outside)) return store_planes(dst, {greys, greys, greys});
 
-        const WordPair distances = words_of(distance);
-        const WordPair fade = {distances.low * reciprocal, distances.high * reciprocal};
+        const Pair<Words> fade =
+            each([&](Words words) { return words * reciprocal; }, words_of(distance));
         const auto accented = [&](Bytes channel) {
-          const WordPair words = words_of(channel);
-          return select(outside, greys,
-                        pack(toward_grey(words.low, grey.low, fade.low),
-                             toward_grey(words.high, grey.high, fade.high)));
+          return select(outside, greys, pack(each(toward_grey, words_of(channel), grey, fade)));
         };
         store_planes(dst, {accented(blue), accented(green), accented(red)});
       });
@@ -399,6 +363,13 @@ template <class V>
 struct Shifted {
   V v, p, q, t, sector;
 };
+template <class V>
+static inline auto packed(const Pair<Shifted<V>>& of) {
+  const auto& [low, high] = of;
+  return Shifted<decltype(pack(low.v, high.v))>{pack(low.v, high.v), pack(low.p, high.p),
+                                                pack(low.q, high.q), pack(low.t, high.t),
+                                                pack(low.sector, high.sector)};
+}
 
 // full marks the pixels whose weight is 65536, which no word holds: they take the whole step.
 static inline Shifted<Words> shift_words(const WideShift& shift, Words hue, Words saturation,
@@ -413,23 +384,16 @@ static inline Shifted<Words> shift_words(const WideShift& shift, Words hue, Word
   saturation = stepped(saturation, select(grey, Words{}, step_of(shift.saturation)));
   value = stepped(value, step_of(shift.value));
 
-  SignedDwords p[2], q[2], t[2], sector[2];
-  for (int32_t half = 0; half < 2; ++half) {
-    const auto floats = [&](Words words) {
-      return to_floats(half == 0 ? low_dwords(words) : high_dwords(words));
-    };
-    const Floats position = floats(hue) / 60.0f;
-    sector[half] = truncate(position);
-    const Floats fraction = position - to_floats(sector[half]);
-    const Floats top = floats(value);
-    const Floats chroma = top * (floats(saturation) / 255.0f);
+  const auto candidates = [](SignedDwords h, SignedDwords s, SignedDwords v) {
+    const Floats position = to_floats(h) / 60.0f, top = to_floats(v);
+    const SignedDwords sector = truncate(position);
+    const Floats fraction = position - to_floats(sector);
+    const Floats chroma = top * (to_floats(s) / 255.0f);
     const Floats part = chroma * fraction, rest = top - chroma;
-    p[half] = truncate(rest);
-    q[half] = truncate(top - part);
-    t[half] = truncate(rest + part);
-  }
-  return {value, pack_signed(p[0], p[1]), pack_signed(q[0], q[1]), pack_signed(t[0], t[1]),
-          pack_signed(sector[0], sector[1])};
+    return Shifted<SignedDwords>{v, truncate(rest), truncate(top - part), truncate(rest + part),
+                                 sector};
+  };
+  return packed(each(candidates, dwords_of(hue), dwords_of(saturation), dwords_of(value)));
 }
 
 // Which candidate a channel takes in sectors 0 ... 5, as bits of 0 v, 1 p, 2 q, 3 t.
@@ -452,24 +416,23 @@ static inline Bytes by_sector(const Shifted<Bytes>& of, const Choice& choice) {
 
 static inline void replace_vector(const WideShift& shift, const SelectionBlock& block, int32_t i,
                                   Bytes distance, uint8_t* dst) {
-  const WordPair weight =
+  const Pair<Words> weights =
       words_of(look_up(shift.low_weight, distance), look_up(shift.high_weight, distance));
-  const WordPair distances = words_of(distance), value = words_of(load<Bytes>(block.value + i));
-  const auto shifted = [&](int32_t at, Words values, Words weights, Words of_distance) {
-    return shift_words(shift, load<Words>(block.hue + at), load<Words>(block.saturation + at),
-                       values, weights, equal(of_distance, Words{}));
+  const auto shifted = [&](Words hue, Words saturation, Words value, Words weight,
+                           Words distances) {
+    return shift_words(shift, hue, saturation, value, weight, equal(distances, Words{}));
   };
-  const Shifted<Words> low = shifted(i, value.low, weight.low, distances.low);
-  const Shifted<Words> high = shifted(i + kWords, value.high, weight.high, distances.high);
-  const Shifted<Bytes> bytes = {pack(low.v, high.v), pack(low.p, high.p), pack(low.q, high.q),
-                                pack(low.t, high.t), pack(low.sector, high.sector)};
+  const Shifted<Bytes> bytes =
+      packed(each(shifted, load_pair(block.hue + i), load_pair(block.saturation + i),
+                  words_of(load<Bytes>(block.value + i)), weights, words_of(distance)));
+  const auto pulled_by_weight = [](Words from, Words to, Words weight) {
+    return from + weighted_words(weight, to - from);
+  };
   const ByteMask full = equal(distance, Bytes{});
   const auto mix = [&](const uint8_t* channel, const Choice& choice) {
-    const Bytes target = by_sector(bytes, choice);
-    const WordPair from = words_of(load<Bytes>(channel + i)), to = words_of(target);
+    const Bytes from = load<Bytes>(channel + i), target = by_sector(bytes, choice);
     return select(full, target,
-                  pack(from.low + weighted_words(weight.low, to.low - from.low),
-                       from.high + weighted_words(weight.high, to.high - from.high)));
+                  pack(each(pulled_by_weight, words_of(from), words_of(target), weights)));
   };
   store_planes(dst, {mix(block.blue, kBlueChoice), mix(block.green, kGreenChoice),
                      mix(block.red, kRedChoice)});
@@ -480,12 +443,10 @@ static void replace_colour_wide(const ColourSelection& selection, const ColourSh
   if (is_small(band) || !fits_words(shift)) return replace_colour(selection, shift, band);
   const WideShift wide(shift, static_cast<int32_t>(selection.limit));
   const Bytes limit = all_bytes(static_cast<int32_t>(selection.limit));
-  select_pixels<Keep::kChannelsAndHsv>(selection, band,
-                                       [&](const uint8_t* src, uint8_t* dst,
-                                           const SelectionBlock& block, int32_t i, Bytes distance) {
-                                         if (!all(equal(distance, limit)))
-                                           return replace_vector(wide, block, i, distance, dst);
-                                         for (int32_t k = 0; k < 3 * kBytes; k += kBytes)
-                                           store(dst + k, load<Bytes>(src + k));
-                                       });
+  const auto finish = [&](const uint8_t* src, uint8_t* dst, const SelectionBlock& block, int32_t i,
+                          Bytes distance) {
+    if (!all(equal(distance, limit))) return replace_vector(wide, block, i, distance, dst);
+    for (int32_t k = 0; k < 3 * kBytes; k += kBytes) store(dst + k, load<Bytes>(src + k));
+  };
+  select_pixels<Keep::kChannelsAndHsv>(selection, band, finish);
 }

@@ -92,33 +92,28 @@ static bool fits_tiles(const ProjectiveSource& source) {
 // Lanes without a row repeat the last one.
 static SumLanes first_sums(const ProjectiveSource& source, const ProjectiveSums* starts,
                            int32_t rows) {
-  alignas(64) float x[kDwords], y[kDwords], denominator[kDwords];
+  SumLanes sums = {};
   for (int32_t lane = 0; lane < kDwords; ++lane) {
-    const int32_t r = lane % kTileRows;
-    ProjectiveSums sums = starts[r < rows ? r : rows - 1];
+    ProjectiveSums first = starts[min(lane % kTileRows, rows - 1)];
     for (int32_t k = 0; k < lane / kTileRows * kTileVectors; ++k) {
-      sums.x += source.step_x;
-      sums.y += source.step_y;
-      sums.denominator += source.step_denominator;
+      first.x += source.step_x;
+      first.y += source.step_y;
+      first.denominator += source.step_denominator;
     }
-    x[lane] = sums.x;
-    y[lane] = sums.y;
-    denominator[lane] = sums.denominator;
+    sums.x[lane] = first.x;
+    sums.y[lane] = first.y;
+    sums.denominator[lane] = first.denominator;
   }
-  return {load<Floats>(x), load<Floats>(y), load<Floats>(denominator)};
+  return sums;
 }
 
 // A tile that reaches out of the source or has fewer columns.
 static void resample_tile_plainly(const ProjectiveSource& source, const SumLanes& sums,
                                   uint8_t* dst, ptrdiff_t dst_stride, int32_t rows,
                                   int32_t columns) {
-  alignas(64) float x[kDwords], y[kDwords], denominator[kDwords];
-  store(x, sums.x);
-  store(y, sums.y);
-  store(denominator, sums.denominator);
   for (int32_t r = 0; r < rows; ++r)
-    resample_row(source, {x[r], y[r], denominator[r]}, dst + r * dst_stride,
-                 columns < kTileColumns ? columns : kTileColumns);
+    resample_row(source, {sums.x[r], sums.y[r], sums.denominator[r]}, dst + r * dst_stride,
+                 min(columns, kTileColumns));
 }
 
 // At most kTileRows rows.
@@ -142,11 +137,8 @@ static void resample_tiles(const ProjectiveSource& source, const ProjectiveSums*
 
 static void resample_band_wide(const ProjectiveSource& source, const ProjectiveSums* starts,
                                uint8_t* dst, ptrdiff_t dst_stride, int32_t rows, int32_t count) {
-  if (!fits_tiles(source)) {
-    resample_band(source, starts, dst, dst_stride, rows, count);
-    return;
-  }
+  if (!fits_tiles(source)) return resample_band(source, starts, dst, dst_stride, rows, count);
   for (int32_t r = 0; r < rows; r += kTileRows)
-    resample_tiles(source, starts + r, dst + r * dst_stride, dst_stride,
-                   rows - r < kTileRows ? rows - r : kTileRows, count);
+    resample_tiles(source, starts + r, dst + r * dst_stride, dst_stride, min(rows - r, kTileRows),
+                   count);
 }

@@ -20,8 +20,7 @@ static RowRange narrowed(RowRange range, int64_t start, int64_t step, int64_t lo
   const auto steps_up = [&](int64_t distance) {  // rounded up
     return distance > 0 ? (distance - 1) / step + 1 : distance / step;
   };
-  const int64_t first = steps_up(low - start), last = steps_up(high - start);
-  return {first > range.first ? first : range.first, last < range.last ? last : range.last};
+  return {max(range.first, steps_up(low - start)), min(range.last, steps_up(high - start))};
 }
 
 // The elements of a walk that lie strictly between the first and the last column and row.
@@ -30,9 +29,8 @@ static RowRange inside_of_source(const RotationWalk& walk, int32_t count) {
     return narrowed(range, at.whole * int64_t{65536} + at.fraction, step, 65536,
                     (size - 1) * 65536);
   };
-  RowRange range = {0, count};
-  range = narrow(range, walk.x, walk.step_x, walk.src_columns);
-  return narrow(range, walk.y, walk.step_y, walk.src_rows);
+  const RowRange columns = narrow({0, count}, walk.x, walk.step_x, walk.src_columns);
+  return narrow(columns, walk.y, walk.step_y, walk.src_rows);
 }
 
 constexpr int32_t kRotationSegment = 512;  // pixels whose offsets are computed before sampling
@@ -131,6 +129,13 @@ static void rotate_segment(const RotationWalk& walk, const RotationHints& hints,
   if (i + kDwords != count) store_mixes(dst + 3 * (count - kDwords), sample(count - kDwords));
 }
 
+// The walk from pixel i of its first row on.
+static RotationWalk from_pixel(RotationWalk walk, int32_t i) {
+  walk.x = advanced(walk.x, walk.step_x, i);
+  walk.y = advanced(walk.y, walk.step_y, i);
+  return walk;
+}
+
 // Cuts what lies inside the source into segments. Rows so long that the bytes of a segment of them
 // exceed 32 bits are left to the plain row.
 static void rotate_in_segments(const RotationWalk& walk, const RotationHints& hints, uint8_t* dst,
@@ -138,11 +143,8 @@ static void rotate_in_segments(const RotationWalk& walk, const RotationHints& hi
   constexpr ptrdiff_t kLongestRow = 1 << 21;
   const RowRange inside = inside_of_source(walk, count);
   for (int64_t i = inside.first; i < inside.last; i += kRotationSegment) {
-    const int64_t left = inside.last - i;
-    const int32_t part = static_cast<int32_t>(left < kRotationSegment ? left : kRotationSegment);
-    RotationWalk segment = walk;
-    segment.x = advanced(walk.x, walk.step_x, static_cast<int32_t>(i));
-    segment.y = advanced(walk.y, walk.step_y, static_cast<int32_t>(i));
+    const int32_t part = static_cast<int32_t>(min<int64_t>(inside.last - i, kRotationSegment));
+    const RotationWalk segment = from_pixel(walk, static_cast<int32_t>(i));
     if (walk.src_stride <= kLongestRow)
       rotate_segment(segment, hints, dst + 3 * i, part);
     else
@@ -171,10 +173,8 @@ static void rotate_wide(const RotationWalk& walk, uint8_t* dst, ptrdiff_t dst_st
   hints.src = steps(walk.row_step_y) * walk.src_stride + steps(walk.row_step_x) * 3;
   hints.dst = 4 * dst_stride;
   for (int32_t first = 0; first < count; first += strip) {
-    RotationWalk row = walk;
-    row.x = advanced(walk.x, walk.step_x, first);
-    row.y = advanced(walk.y, walk.step_y, first);
-    const int32_t part = count - first < strip ? count - first : strip;
+    RotationWalk row = from_pixel(walk, first);
+    const int32_t part = min(count - first, strip);
     for (ptrdiff_t y = 0; y < rows; ++y) {
       hints.lane = is_steep ? y & 7 : 0;
       rotate_in_segments(row, hints, dst + y * dst_stride + 3 * ptrdiff_t{first}, part);

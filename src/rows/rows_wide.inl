@@ -1,4 +1,5 @@
 // The wide rows, one text for every set, and the table of them. Rows without a wide text are plain.
+#include "rows/pairs_wide.inl"
 #include "rows/pixel_parts_wide.inl"
 #include "rows/word_bounds.inl"
 

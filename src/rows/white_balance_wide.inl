@@ -98,9 +98,7 @@ struct LightByTables {
     for (int32_t i = 0; i < count; i += kBytes, src += 3 * kBytes) {
       const Planes planes = load_planes(src);
       const auto keep = [&](uint16_t* channel, Bytes levels) {
-        const Bytes a = look_up(low, levels), b = look_up(high, levels);
-        store(channel + i, interleave_low(a, b));
-        store(channel + i + kWords, interleave_high(a, b));
+        store_pair(channel + i, words_of(look_up(low, levels), look_up(high, levels)));
       };
       keep(block.blue, planes.blue);
       keep(block.green, planes.green);
@@ -110,14 +108,15 @@ struct LightByTables {
 
   // Linear light 0 ... 4096 to bytes.
   Bytes encode(const uint16_t* light) const {
-    const Words a = load<Words>(light), b = load<Words>(light + kWords);
+    const Pair<Words> words = load_pair(light);
     // 4096 becomes the first entry of the last sixteen, which is the same.
-    const Bytes sixteen = pack(a >> 4, b >> 4), within = pack(a & all_words(15), b & all_words(15));
+    const Bytes sixteen = pack(each([](Words of) { return of >> 4; }, words));
+    const Bytes within = pack(each([](Words of) { return of & all_words(15); }, words));
     Bytes byte = look_up(base, sixteen);
     for (const ByteTable& one : step)
       byte = select(at_most(look_up(one, sixteen), within), byte + 1, byte);
     const ByteMask direct = at_most(sixteen, all_bytes(7));
-    return select(direct, look_up(first, pack(a, b)), byte);
+    return select(direct, look_up(first, pack(words)), byte);
   }
 
   void encode(const LightBlock& block, uint8_t* dst, int32_t count) const {
@@ -134,18 +133,13 @@ static inline Words times_words(Words a4, Words b4) {
   return (Words)mul_high((SignedWords)a4, (SignedWords)b4);
 }
 
-// The luminance of the words that interleaving takes from the low, or the high, halves; blue may
-// have all 16 bits.
-struct Luminance {
-  SignedDwords low, high;
-};
-static inline Luminance luminance_of(Words red, Words green, Words blue, uint32_t scale) {
+// Blue may have all 16 bits.
+static inline Pair<SignedDwords> luminance_of(Words red, Words green, Words blue, uint32_t scale) {
   const Words weights = (Words)all_dwords(1249 + (2528 << 16));
-  const auto part = [&](Words red_green, Words blue_dwords) {
-    return (SignedDwords)((pair_sums(red_green, weights) + (Dwords)blue_dwords * 272) >> scale);
+  const auto luminance = [&](SignedDwords red_green, SignedDwords blues) {
+    return (SignedDwords)((pair_sums((Words)red_green, weights) + (Dwords)blues * 272) >> scale);
   };
-  return {part(interleave_low(red, green), interleave_low(blue, Words{})),
-          part(interleave_high(red, green), interleave_high(blue, Words{}))};
+  return each(luminance, dwords_of(red, green), dwords_of(blue));
 }
 
 // 4096 * a / b as a float division: exact for 4096 * a below 2^24. b = 0 counts as 1: nobody asks for
@@ -170,12 +164,11 @@ static inline void balance_words(const int32_t* matrix, LightBlock& block, int32
   Words blue = matrix[8] < 4 * 4096 ? mul_high(blue4, all_words(4 * matrix[8]))
                                     : strong_gain(blue4, all_words(matrix[8]));
 
-  const Luminance in = luminance_of(red4, green4, blue4, 14);
-  const Luminance out = luminance_of(red, green, blue, 12);
-  const Words luminance_in = pack_signed(in.low, in.high);
-  const Words luminance_out = pack_signed(out.low, out.high);
+  const Pair<SignedDwords> in = luminance_of(red4, green4, blue4, 14);
+  const Pair<SignedDwords> out = luminance_of(red, green, blue, 12);
+  const Words luminance_in = pack_signed(in), luminance_out = pack_signed(out);
   // Half of the ratio; saturates far above 2047.
-  const Words ratio = pack(ratio_of(in.low, out.low), ratio_of(in.high, out.high));
+  const Words ratio = pack(each(ratio_of, in, out));
   const WordMask too_bright =
       greater((SignedWords)luminance_out, SignedWords{}) & at_most(ratio, all_words(2047));
   const Words ratio32 = ratio << 5;

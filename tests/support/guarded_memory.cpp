@@ -2,18 +2,56 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <vector>
 
 #include "support/image.h"
+
+// Small mappings are kept, by their length, for the next buffer: to map takes longer than most tests
+// do with it.
+constexpr size_t kLongestKept = 1 << 18;
+struct KeptMappings {
+  std::mutex mutex;
+  std::map<size_t, std::vector<void*>> of_length;
+};
+// Lives before and after every buffer.
+static KeptMappings& kept_mappings() {
+  static KeptMappings& all = *new KeptMappings;
+  return all;
+}
+
+static void* kept_mapping(size_t length) {
+  KeptMappings& kept = kept_mappings();
+  const std::lock_guard lock(kept.mutex);
+  std::vector<void*>& mappings = kept.of_length[length];
+  if (mappings.empty()) return nullptr;
+  void* mapping = mappings.back();
+  mappings.pop_back();
+  return mapping;
+}
 
 GuardedMemory::GuardedMemory(size_t size) : size_(size) {
   const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
   const size_t usable = (size + page - 1) / page * page;
   mapped_ = usable + 2 * page;
-  mapping_ = mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  mapping_ = kept_mapping(mapped_);
+  const bool is_new = mapping_ == nullptr;
+  if (is_new) mapping_ = mmap(nullptr, mapped_, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
   if (mapping_ == MAP_FAILED) std::abort();
   uint8_t* first = static_cast<uint8_t*>(mapping_) + page;
-  if (usable > 0 && mprotect(first, usable, PROT_READ | PROT_WRITE) != 0) std::abort();
+  if (is_new && usable > 0 && mprotect(first, usable, PROT_READ | PROT_WRITE) != 0) std::abort();
+  if (!is_new) std::memset(first, 0, usable);
   data_ = starts_at_page ? first : first + (usable - size);
 }
 
-GuardedMemory::~GuardedMemory() { munmap(mapping_, mapped_); }
+GuardedMemory::~GuardedMemory() {
+  if (mapped_ > kLongestKept) {
+    munmap(mapping_, mapped_);
+    return;
+  }
+  KeptMappings& kept = kept_mappings();
+  const std::lock_guard lock(kept.mutex);
+  kept.of_length[mapped_].push_back(mapping_);
+}

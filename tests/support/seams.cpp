@@ -22,6 +22,8 @@ Memory memory;
 
 }  // namespace
 
+BlockSource block_source = {[](size_t size) { return std::calloc(1, size); }, std::free};
+
 std::vector<const roxe::RowKernels*> RunnableTables() {
   std::vector<const roxe::RowKernels*> tables;
   for (const roxe::RowTable& table : roxe::kRowTables)
@@ -61,7 +63,7 @@ void* platform_allocate(size_t size) {
     errno = ENOMEM;
     return nullptr;
   }
-  void* block = std::calloc(1, size);
+  void* block = block_source.allocate(size);
   if (!block) return nullptr;
   memory.blocks.emplace_back(block, size);
   memory.live_bytes += size;
@@ -77,7 +79,7 @@ void platform_release(void* block) {
     memory.live_bytes -= found->second;
     memory.blocks.erase(found);
   }
-  std::free(block);
+  block_source.release(block);
 }
 
 }  // namespace roxe

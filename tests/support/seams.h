@@ -27,6 +27,13 @@ class RowsInstead {
   const roxe::RowKernels* before_;
 };
 
+// Where the library's blocks come from, zero-filled or null: the C library, unless it is changed.
+struct BlockSource {
+  void* (*allocate)(size_t size);
+  void (*release)(void* block);
+};
+extern BlockSource block_source;
+
 // Counts blocks, and makes one allocation fail: fail_at = 1 is the next one. While one is alive.
 class AllocationWatch {
  public:

@@ -9,10 +9,6 @@
 
 namespace roxe {
 
-constexpr uint32_t kFadeEntries = 256;        // by value
-constexpr uint32_t kCosineEntries = 361;      // by degrees between two hues
-constexpr uint32_t kReciprocalEntries = 202;  // by limit
-
 // Fills the first so many entries of each table: 256 exp(-0.005 i^2); 32768 cos(i degrees), as the
 // bits of a signed number; 16384 / i (entry 0 is 0).
 void init_cylindrical_metric(uint32_t* fade_table, uint32_t fade_count, uint32_t* cos_table,

@@ -7,13 +7,7 @@
 namespace roxe {
 namespace {
 
-bool corners_coincide(const Point (&p)[4]) {
-  for (int i = 0; i < 4; ++i)
-    for (int j = i + 1; j < 4; ++j)
-      if (p[i].x == p[j].x && p[i].y == p[j].y) return true;
-  return false;
-}
-
+// Two points in the same place lie on one line with any third.
 bool on_one_line(Point a, Point b, Point c) {
   return wrap_mul(wrap_sub(a.x, b.x), wrap_sub(a.y, c.y)) ==
          wrap_mul(wrap_sub(a.y, b.y), wrap_sub(a.x, c.x));
@@ -39,7 +33,6 @@ int32_t roxeGetPerspectiveDistortionCorrectionSize(Quad* quad, int32_t, int32_t,
   if (!quad) return 0;
   const Point given[4] = {
       {quad->x0, quad->y0}, {quad->x1, quad->y1}, {quad->x2, quad->y2}, {quad->x3, quad->y3}};
-  if (corners_coincide(given)) return 0;
   if (three_on_one_line(given)) return 0;
   if (!xrmlIsConvexQuadrilateral(quad)) return 0;
 

@@ -495,6 +495,17 @@ TEST(SoftFocus, TakesTheMemoryThatTheHeaderStates) {
             picture + 3 * 64 * (15 + 259 + 259 + 260) + 3 * (64 * 3 + 4 * 3 * 64));
 }
 
+TEST(SoftFocus, PicturesThatTouchInMemoryDoNotOverlap) {
+  const size_t apart = PeakBytes(33, 40, true, 7, 4);  // overlapping ones take other memory
+  std::vector<uint8_t> memory(7 * 33 * 40);
+  const PixelArray mask = {kRoxeFormatGray8, 33, 40, 33, memory.data()};
+  PixelArray dst = {kRoxeFormatRGB24, 33, 40, 3 * 33, memory.data() + 33 * 40};
+  const PixelArray src = {kRoxeFormatRGB24, 33, 40, 3 * 33, memory.data() + 4 * 33 * 40};
+  const AllocationWatch watch;
+  EXPECT_EQ(roxeSoftFocus(&src, &dst, &mask, 7, 4), kRoxeOK);
+  EXPECT_EQ(watch.peak_bytes(), apart);
+}
+
 TEST(SoftFocus, MaskOfMoreThan32BitsIsNoMemory) {
   // Records whose rows claim far more memory than there is; they are refused before it is touched.
   uint8_t pixel[3] = {1, 2, 3};

@@ -96,6 +96,13 @@ TEST(WhitePoint, TintMovesAlongTheNormal) {
   EXPECT_NEAR(redder.y - none.y, -0.0006 * 1.00674, 1e-7);
 }
 
+TEST(WhitePoint, TintCountsFromFourThousandToTwentyFiveThousand) {
+  for (const int32_t temperature : {3999, 25001})
+    EXPECT_EQ(White(temperature, 90).x, White(temperature, 0).x) << temperature;
+  for (const int32_t temperature : {4000, 25000})  // 90 * 0.0006
+    EXPECT_NEAR(White(temperature, 90).x - White(temperature, 0).x, 0.054, 1e-6) << temperature;
+}
+
 TEST(WhitePoint, PrimariesSumToTheWhite) {
   const roxe::WhitePoint white = White(6500, 0);
   std::array<float, 3> scale;

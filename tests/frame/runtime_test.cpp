@@ -49,6 +49,12 @@ TEST(Memory, SetAndCopy) {
   EXPECT_EQ(std::memcmp(block, expected, 4), 0);
 }
 
+TEST(Memory, BlocksOfAnySizeThatFits32BitsAreAskedFor) {
+  AllocationWatch watch(1);  // there is no memory, in case the machine would have it
+  EXPECT_FALSE(make_block<uint32_t>((uint64_t{1} << 30) - 1));
+  EXPECT_EQ(watch.allocations(), 1);
+}
+
 TEST(Memory, BlocksThatDoNotFit32BitsAreNotHad) {
   AllocationWatch watch;
   EXPECT_FALSE(make_block<uint32_t>(uint64_t{1} << 30));

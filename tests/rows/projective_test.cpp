@@ -72,6 +72,11 @@ TEST(Rows, ProjectiveBandAlongTheBordersOfTheSource) {
         ExpectAsPlain(SourceOf(src, m), m, 8, 24, 0, random);
         const Mapping turned = {{-1, 0, 16 + x, 0, -1, 8 + y, 0, 0}};
         ExpectAsPlain(SourceOf(src, turned), turned, 8, 24, 5, random);
+        // All in one row or column of the source, which decides alone.
+        const Mapping level = {{1, 0, x, 0, 0, 1.25f, 0, 0}};
+        ExpectAsPlain(SourceOf(src, level), level, 8, 24, 0, random);
+        const Mapping upright = {{0, 0, 1.25f, 0, 1, y, 0, 0}};
+        ExpectAsPlain(SourceOf(src, upright), upright, 8, 24, 0, random);
       }
   }
 }

@@ -256,6 +256,21 @@ TEST(ShadowHighlight, StreamedFormGivesTheBytesOfTheWholePlanes) {
   }
 }
 
+// Rows are taken 1024 pixels at a time.
+TEST(ShadowHighlight, LongRowsGiveTheBytesOfTheWholePlanes) {
+  std::mt19937 random(24);
+  for (const int32_t width : {1024, 1025, 2500})
+    for (const int32_t height : {1, 12})
+      for (const uint32_t shadow : {0u, 40u}) {
+        Image src(kRoxeFormatRGB24, width, height), whole(kRoxeFormatRGB24, width, height);
+        src.randomise(random);
+        Image streamed = whole;
+        shadow_highlight(src.record, whole.record, shadow, 0, 30);
+        shadow_highlight_streamed(src.record, streamed.record, shadow, 0, 30);
+        EXPECT_EQ(streamed, whole) << width << " x " << height << ' ' << shadow;
+      }
+}
+
 TEST(ShadowHighlight, OverlappingPicturesUseTheIntensitiesFromBefore) {
   Image strip = Red100(3, 1);
   PixelArray src = strip.record, dst = strip.record;

@@ -16,12 +16,6 @@ static void from_lanes(const uint8_t* lanes, uint8_t* row, int32_t channels, int
         row[(k * ptrdiff_t{columns} + x) * channels + c] = lanes[byte_of_lane(k)];
 }
 
-// What changed in a part of each stretch, between as many lanes of nothing.
-struct LaneTotals {
-  uint32_t padded[3 * kLanes];
-  const uint32_t* from(int32_t lane) const { return padded + kLanes + lane; }
-};
-
 // 32 bytes from the order of lanes to that of a vector or back: it is the same exchange.
 static inline void swap_order(const uint8_t* src, uint8_t* dst) {
   for (int32_t eight = 0; eight < kLanes; eight += 8)
@@ -73,26 +67,56 @@ static void window_means(const BoxRun& run, const Sum* sums, uint32_t* window,
   for (int32_t k = 0; k < kLanes; ++k) window[k] = sum[k];
 }
 
-// Moves the windows left of the stretches down by a row. Such a window holds the last columns of a
-// stretch, whole stretches, and the first columns of another one: their changes, some lanes off.
-static void move_starts(uint32_t* starts, const LaneTotals& head, const LaneTotals& tail,
-                        const uint32_t* whole, int32_t whole_before, int32_t whole_after) {
-  const auto add = [starts](const uint32_t* change) {
-    for (int32_t k = 0; k < kLanes; ++k) starts[k] += change[k];
-  };
-  add(head.from(whole_after));
-  if (whole_before < kLanes) add(tail.from(-whole_before - 1));
-  if (whole_before == 0 && whole_after == 0) return;
+// What changed in each stretch, and in the columns of it where windows end and begin.
+struct StretchChanges {
+  uint32_t whole[kLanes], head[kLanes], tail[kLanes];
+};
 
-  uint32_t before[3 * kLanes] = {};  // what changed in all stretches before one
+// Moves the windows left of the stretches down by a row. Such a window holds the last columns of a
+// stretch, whole stretches, and the first columns of another one.
+static void move_starts(uint32_t* starts, const StretchChanges& change, int32_t whole_before,
+                        int32_t whole_after) {
+  if (whole_before == 0 && whole_after == 0) {
+    for (int32_t k = 0; k < kLanes; ++k) starts[k] += change.head[k];
+    for (int32_t k = 1; k < kLanes; ++k) starts[k] += change.tail[k - 1];
+    return;
+  }
+  // What changed before the end of a window in each stretch, and before the begin of one in the
+  // stretch before; stretches beyond the row change nothing.
+  uint32_t ends[2 * kLanes], begins[2 * kLanes + 1] = {};
   uint32_t sum = 0;
   for (int32_t k = 0; k < kLanes; ++k) {
-    before[kLanes + k] = sum;
-    sum += whole[k];
+    ends[k] = sum + change.head[k];
+    sum += change.whole[k];
+    begins[kLanes + 1 + k] = sum - change.tail[k];
   }
-  for (int32_t k = 0; k < kLanes; ++k) before[2 * kLanes + k] = sum;
+  for (int32_t k = 0; k < kLanes; ++k) ends[kLanes + k] = sum;
   for (int32_t k = 0; k < kLanes; ++k)
-    starts[k] += before[kLanes + k + whole_after] - before[kLanes + k - whole_before];
+    starts[k] += ends[k + whole_after] - begins[kLanes + k - whole_before];
+}
+
+// Moves the sums of a channel, and the windows left of its stretches, down by a row.
+template <class Sum, void (*move_sums)(const uint8_t*, const uint8_t*, Sum*, int32_t, uint32_t*)>
+static inline void move_channel(const BoxRow<Sum>& box, int32_t c, const uint8_t* entering,
+                                const uint8_t* leaving) {
+  const int32_t tail_begin = box.columns - box.tail;
+  const bool overlapping = box.head > tail_begin;  // the first and the last columns of a stretch
+  const int32_t cuts[4] = {0, overlapping ? tail_begin : box.head,
+                           overlapping ? box.head : tail_begin, box.columns};
+  uint32_t totals[3][kLanes] = {};
+  for (int32_t i = 0; i < 3; ++i) {
+    const ptrdiff_t x = cuts[i];
+    move_sums(entering + x * kLanes, leaving + x * kLanes,
+              box.sums + c * box.sums_size + x * kSumsStep, cuts[i + 1] - cuts[i], totals[i]);
+  }
+  StretchChanges change;
+  for (int32_t k = 0; k < kLanes; ++k) {
+    const uint32_t middle = overlapping ? totals[1][k] : 0;
+    change.head[k] = totals[0][k] + middle;
+    change.tail[k] = middle + totals[2][k];
+    change.whole[k] = totals[0][k] + totals[1][k] + totals[2][k];
+  }
+  move_starts(box.starts[c], change, box.whole_before, box.whole_after);
 }
 
 template <class Sum, void (*move_sums)(const uint8_t*, const uint8_t*, Sum*, int32_t, uint32_t*),
@@ -101,29 +125,13 @@ template <class Sum, void (*move_sums)(const uint8_t*, const uint8_t*, Sum*, int
 static void box_row(const BoxRow<Sum>& box, const uint8_t* entering, const uint8_t* leaving,
                     uint8_t* dst) {
   const ptrdiff_t plane = ptrdiff_t{box.columns} * kLanes;
-  const int32_t tail_begin = box.columns - box.tail;
-  const bool overlapping = box.head > tail_begin;  // the first and the last columns of a stretch
-  const int32_t cuts[4] = {0, overlapping ? tail_begin : box.head,
-                           overlapping ? box.head : tail_begin, box.columns};
-  LaneTotals head = {}, tail = {};
-  uint32_t whole[kLanes];
-  for (int32_t c = 0; c < box.channels; ++c, entering += plane, leaving += plane) {
-    Sum* sums = box.sums + c * box.sums_size;
-    uint32_t totals[3][kLanes] = {};
-    for (int32_t i = 0; i < 3; ++i) {
-      const ptrdiff_t x = cuts[i];
-      move_sums(entering + x * kLanes, leaving + x * kLanes, sums + x * kSumsStep,
-                cuts[i + 1] - cuts[i], totals[i]);
-    }
-    for (int32_t k = 0; k < kLanes; ++k) {
-      const uint32_t middle = overlapping ? totals[1][k] : 0;
-      head.padded[kLanes + k] = totals[0][k] + middle;
-      tail.padded[kLanes + k] = middle + totals[2][k];
-      whole[k] = totals[0][k] + totals[1][k] + totals[2][k];
-    }
-    move_starts(box.starts[c], head, tail, whole, box.whole_before, box.whole_after);
+  for (int32_t c = 0; c < box.channels; ++c) {
+    // Windows that hold all rows move neither in nor out of any.
+    if (entering != leaving)
+      move_channel<Sum, move_sums>(box, c, entering + c * plane, leaving + c * plane);
     if (!dst) continue;
 
+    const Sum* sums = box.sums + c * box.sums_size;
     uint32_t window[kLanes];
     for (int32_t k = 0; k < kLanes; ++k) window[k] = box.starts[c][k];
     int32_t x = 0;

@@ -190,7 +190,8 @@ struct RowKernels {
                      const uint8_t* next);
 
   // Moves the window down by one row, entering below and leaving above (a row of zeros where there
-  // is none), and writes the means of the new row; dst may be null for none. All rows in lanes.
+  // is none; the same row in both places changes nothing), and writes the means of the new row; dst
+  // may be null for none. All rows in lanes.
   void (*box_row_16)(const BoxRow<int16_t>& box, const uint8_t* entering, const uint8_t* leaving,
                      uint8_t* dst);
   void (*box_row_32)(const BoxRow<uint32_t>& box, const uint8_t* entering, const uint8_t* leaving,

@@ -182,7 +182,8 @@ static void store_row(uint8_t* dst, const TileRows& rows, int32_t r) {
   _mm256_mask_storeu_epi32(dst, 0x3f, r < 4 ? first_half(two) : last_half(two));
 }
 
-// A column of 32 lanes: half a vector of bytes, a vector of words, two of dwords.
+// A column of 32 lanes: half a vector of bytes, a vector of words, two of dwords. With AVX2's vectors
+// box_row_16 takes 0.43 ns a pixel instead of 0.38, box_row_32 0.56 instead of 0.55.
 constexpr int32_t kLaneWords = 1;
 struct LaneWords {
   Words part[1];

@@ -172,6 +172,11 @@ static inline Bytes two_rows(const uint8_t* upper, const uint8_t* lower, const i
       [&](int32_t j) { return load_2_pairs(upper + offsets[4 * j], lower + offsets[4 * j]); });
 }
 
+#if defined(__wasm__)
+constexpr bool kFetchesAhead = false;  // prefetch does nothing
+#else
+constexpr bool kFetchesAhead = true;
+#endif
 static inline void prefetch(const void* p) { __builtin_prefetch(p); }
 
 static inline void store_12_bytes(uint8_t* dst, Block v) {

@@ -141,12 +141,5 @@ static void box_row(const BoxRow<Sum>& box, const uint8_t* entering, const uint8
   }
 }
 
-[[maybe_unused]] static void box_row_16(const BoxRow<int16_t>& box, const uint8_t* entering,
-                                        const uint8_t* leaving, uint8_t* dst) {
-  box_row<int16_t, move_sums, window_means>(box, entering, leaving, dst);
-}
-
-[[maybe_unused]] static void box_row_32(const BoxRow<uint32_t>& box, const uint8_t* entering,
-                                        const uint8_t* leaving, uint8_t* dst) {
-  box_row<uint32_t, move_sums, window_means>(box, entering, leaving, dst);
-}
+[[maybe_unused]] constexpr auto box_row_16 = box_row<int16_t, move_sums, window_means>;
+[[maybe_unused]] constexpr auto box_row_32 = box_row<uint32_t, move_sums, window_means>;

@@ -83,13 +83,7 @@ static void window_means_wide(const BoxRun& run, const Sum* sums, uint32_t* wind
   for (int32_t i = 0; i < kLaneWords; ++i) store_lanes(window, i, windows[i], Order{});
 }
 
-static void box_row_16_wide(const BoxRow<int16_t>& box, const uint8_t* entering,
-                            const uint8_t* leaving, uint8_t* dst) {
-  box_row<int16_t, move_sums_wide<int16_t>, window_means_wide<int16_t, Interleaved>>(box, entering,
-                                                                                     leaving, dst);
-}
-static void box_row_32_wide(const BoxRow<uint32_t>& box, const uint8_t* entering,
-                            const uint8_t* leaving, uint8_t* dst) {
-  box_row<uint32_t, move_sums_wide<uint32_t>, window_means_wide<uint32_t, InOrder>>(box, entering,
-                                                                                    leaving, dst);
-}
+constexpr auto box_row_16_wide =
+    box_row<int16_t, move_sums_wide<int16_t>, window_means_wide<int16_t, Interleaved>>;
+constexpr auto box_row_32_wide =
+    box_row<uint32_t, move_sums_wide<uint32_t>, window_means_wide<uint32_t, InOrder>>;

@@ -6,6 +6,14 @@ static inline float mix_bytes(uint8_t a, uint8_t b, float t) {
   return fused(t, static_cast<float>(b - a), static_cast<float>(a));
 }
 
+// From one pixel to the next, or in every lane of vectors.
+template <class Sums>
+static inline void advance(Sums& at, const ProjectiveSource& source) {
+  at.x += source.step_x;
+  at.y += source.step_y;
+  at.denominator += source.step_denominator;
+}
+
 // One row, pixel after pixel, from the given sums on.
 static void resample_row(const ProjectiveSource& source, ProjectiveSums at, uint8_t* dst,
                          int32_t count) {
@@ -24,9 +32,7 @@ static void resample_row(const ProjectiveSource& source, ProjectiveSums at, uint
         dst[c] = static_cast<uint8_t>(truncate_to_int32(fused(fy, bottom - top, top)));
       }
     }
-    at.x += source.step_x;
-    at.y += source.step_y;
-    at.denominator += source.step_denominator;
+    advance(at, source);
   }
 }
 

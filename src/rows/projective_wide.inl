@@ -8,12 +8,6 @@ constexpr int32_t kTilesAtOnce = 8;  // whose positions are computed before they
 // Lane r holds the sums of row r at one column; further lanes those kTileVectors columns on.
 struct SumLanes {
   Floats x, y, denominator;
-
-  void advance(const ProjectiveSource& source) {
-    x += source.step_x;
-    y += source.step_y;
-    denominator += source.step_denominator;
-  }
 };
 
 // Where the pixels of a tile lie in the source, vector by vector.
@@ -37,9 +31,9 @@ static inline void tile_positions(const ProjectiveSource& source, SumLanes& sums
     store(at.offsets[k], row * static_cast<uint32_t>(source.stride) + (column + column + column));
     store(at.x_fractions[k], x - to_floats((SignedDwords)column));
     store(at.y_fractions[k], y - to_floats((SignedDwords)row));
-    sums.advance(source);
+    advance(sums, source);
   }
-  for (int k = kTileVectors; k < kTileColumns; ++k) sums.advance(source);
+  for (int k = kTileVectors; k < kTileColumns; ++k) advance(sums, source);
   at.is_inside = !any_above(last_column, all_dwords(static_cast<uint32_t>(source.columns - 3))) &&
                  !any_above(last_row, all_dwords(static_cast<uint32_t>(source.rows - 3)));
 }
@@ -95,11 +89,7 @@ static SumLanes first_sums(const ProjectiveSource& source, const ProjectiveSums*
   SumLanes sums = {};
   for (int32_t lane = 0; lane < kDwords; ++lane) {
     ProjectiveSums first = starts[min(lane % kTileRows, rows - 1)];
-    for (int32_t k = 0; k < lane / kTileRows * kTileVectors; ++k) {
-      first.x += source.step_x;
-      first.y += source.step_y;
-      first.denominator += source.step_denominator;
-    }
+    for (int32_t k = 0; k < lane / kTileRows * kTileVectors; ++k) advance(first, source);
     sums.x[lane] = first.x;
     sums.y[lane] = first.y;
     sums.denominator[lane] = first.denominator;

@@ -12,7 +12,6 @@ namespace {
 #include "rows/rows_wide.inl"
 }  // namespace
 
-extern const RowKernels kAvx2Rows;
-constexpr RowKernels kAvx2Rows = wide_rows("avx2");
+extern constexpr RowKernels kAvx2Rows = wide_rows("avx2");
 
 }  // namespace roxe

@@ -21,7 +21,6 @@ using narrow::to_lanes_wide;
 #include "rows/rows_wide.inl"
 }  // namespace
 
-extern const RowKernels kAvx512Rows;
-constexpr RowKernels kAvx512Rows = wide_rows("avx512");
+extern constexpr RowKernels kAvx512Rows = wide_rows("avx512");
 
 }  // namespace roxe

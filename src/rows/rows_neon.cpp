@@ -12,8 +12,7 @@ namespace {
 #include "rows/rows_wide.inl"
 }  // namespace
 
-extern const RowKernels kNeonRows;
-constexpr RowKernels kNeonRows = [] {
+extern constexpr RowKernels kNeonRows = [] {
   RowKernels rows = wide_rows("neon");
   // g++ makes loads of three channels of the plain row: 1.6 instructions a pixel instead of 3.5.
   // With clang the plain row has 5.6.

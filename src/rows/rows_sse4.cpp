@@ -12,7 +12,6 @@ namespace {
 #include "rows/rows_wide.inl"
 }  // namespace
 
-extern const RowKernels kSse4Rows;
-constexpr RowKernels kSse4Rows = wide_rows("sse4");
+extern constexpr RowKernels kSse4Rows = wide_rows("sse4");
 
 }  // namespace roxe

@@ -12,7 +12,6 @@ namespace {
 #include "rows/rows_wide.inl"
 }  // namespace
 
-extern const RowKernels kWasmRows;
-constexpr RowKernels kWasmRows = wide_rows("wasm");
+extern constexpr RowKernels kWasmRows = wide_rows("wasm");
 
 }  // namespace roxe

@@ -80,15 +80,10 @@ void BoxBlurGetModLengthRange(LengthRange* out, int32_t before, int32_t after, i
   const int64_t a = before, b = after, length = n;
   const int64_t low = std::min(length - b - 1, a);
   const int64_t high = std::max(a, length - b - 1);
-  int64_t shortest = INT32_MAX, longest = -INT32_MAX;
-  const auto include = [&](int64_t from, int64_t to) {
-    shortest = std::min(shortest, from);
-    longest = std::max(longest, to);
-  };
-  if (low >= 0) include(b + 1, low + b + 1);
-  if (high < length) include(a + 1, a + length - high);  // one too many when a > length - b - 1
-  const int64_t whole = std::min(length, a + b + 1);
-  include(whole, whole);
+  const int64_t longest = std::min(length, a + b + 1);
+  int64_t shortest = longest;
+  if (low >= 0) shortest = std::min(shortest, b + 1);
+  if (high < length) shortest = std::min(shortest, a + 1);
   *out = {static_cast<int32_t>(shortest), wrap_add(static_cast<int32_t>(longest), 1)};
 }
 

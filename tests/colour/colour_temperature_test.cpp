@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <vector>
 
 #include "reference/colour.h"
 #include "support/image.h"
+#include "support/rows.h"
 #include "support/seams.h"
 
 namespace {
@@ -15,9 +17,10 @@ namespace {
 using Matrix = std::array<float, 9>;
 
 Matrix Gains(int32_t temperature, int32_t tint) {
+  const Guarded<float> written(std::vector<float>(9, 7.0f));
+  EXPECT_EQ(roxe::GetStdColorTemperatureMatrix(temperature, tint, written.of()), 1);
   Matrix matrix;
-  matrix.fill(7.0f);
-  EXPECT_EQ(roxe::GetStdColorTemperatureMatrix(temperature, tint, matrix.data()), 1);
+  std::copy_n(written.of(), 9, matrix.begin());
   return matrix;
 }
 

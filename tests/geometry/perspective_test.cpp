@@ -136,6 +136,13 @@ TEST(Perspective, ProductsOfTheFitWrap) {
   Quad quad = {20, 30, 120, 30, 120, 130, 20, 130};
   EXPECT_EQ(roxePerspectiveDistortionCorrection(src, dst, &quad, 0, 0, {0, 0, 30000000, 30000000}),
             0);
+  // 100 * 42949703 wraps to 3004 on both sides: 3004 / 100 columns and all rows are kept. The last
+  // column shows the right end of the corners, 20 + 29 * 100 / 30, and not their left one.
+  for (int32_t y = 0; y < 200; ++y)
+    for (int32_t x = 0; x < 200; ++x) *src.pixel(x, y) = static_cast<uint8_t>(x);
+  EXPECT_EQ(roxePerspectiveDistortionCorrection(src, dst, &quad, 0, 0, {0, 0, 42949703, 42949703}),
+            2);
+  EXPECT_NEAR(*dst.pixel(29, 5), 116, 4);
 }
 
 TEST(Perspective, CornersAreSortedTwice) {

@@ -201,6 +201,32 @@ TEST(ColourRows, TurnsOfBothSensesAreToldApart) {
   }
 }
 
+// Around the hues that are told to be outside by themselves, for references of hue 0.
+TEST(ColourRows, RowsOfOneHueAreTheSameOnEveryTable) {
+  constexpr int32_t kCount = 64;
+  uint8_t level[256];
+  for (int32_t i = 0; i < 256; ++i) level[i] = static_cast<uint8_t>(i);
+  for (const uint32_t limit : {5u, 30u, 100u, 201u})
+    for (const uint32_t low : {0u, 120u, 200u}) {
+      const ColourSelection selection = roxe::colours_near(low, low, 240, limit);
+      for (const uint32_t grey : {0u, 100u, 190u})
+        for (uint32_t i = 0; i < 180; ++i) {  // from red to magenta, in steps of 2 degrees
+          const uint32_t rise = grey + (240 - grey) * (i % 30) / 30, fall = 240 + grey - rise;
+          const uint32_t red[] = {240, fall, grey, grey, rise, 240};
+          uint8_t src[3 * kCount], expected[3 * kCount], dst[3 * kCount];
+          for (int32_t k = 0; k < kCount; ++k)
+            for (int32_t c = 0; c < 3; ++c)  // green is as far on as red was 120 degrees before
+              src[3 * k + 2 - c] = static_cast<uint8_t>(red[(i / 30 + 6 - 2 * c) % 6]);
+          roxe::kPlainRows.draw_selection(selection, level, {src, 0, expected, 0, 1, kCount});
+          for (const RowKernels* rows : RunnableTables()) {
+            rows->draw_selection(selection, level, {src, 0, dst, 0, 1, kCount});
+            ASSERT_EQ(std::memcmp(dst, expected, sizeof dst), 0)
+                << rows->name << ' ' << limit << ' ' << low << ' ' << grey << ' ' << i;
+          }
+        }
+    }
+}
+
 TEST(ColourRows, LargeShiftsAreTheSameOnEveryTable) { ExpectSame(LargeShifts()); }
 
 // What the wide rows take on and what they leave to the plain ones.

@@ -110,17 +110,20 @@ Block<uint32_t> GetHistogram_RGB24(const PixelArray& src, const PixelRect* rect)
 }
 
 double GetMaximumEntropyEstimateGamma(const uint32_t* histogram) {
+  float level[256], pixels[256];  // of the levels that there are
+  int32_t levels = 0;
+  for (int32_t i = 0; i < 256; ++i) {
+    if (histogram[i] == 0) continue;  // adds exactly nothing, and the power is what takes time
+    level[levels] = (static_cast<float>(i) + 1.0f) * 0.00390625f;
+    pixels[levels++] = static_cast<float>(static_cast<int32_t>(histogram[i]));
+  }
   float best = 1.0f;
   float best_score = 0.0f;
   // The steps accumulate their rounding, so the 36th candidate is not exactly 1.
   for (float gamma = 0.65f; gamma <= 1.2f; gamma += 0.01f) {
     float score = 0.0f;
-    for (int32_t i = 0; i < 256; ++i) {
-      if (histogram[i] == 0) continue;  // adds exactly nothing, and the power is what takes time
-      const float x = (static_cast<float>(i) + 1.0f) * 0.00390625f;
-      const float weight = static_cast<float>(static_cast<int32_t>(histogram[i])) * gamma;
-      score = fused(weight, XRPow(x, gamma - 1.0f), score);
-    }
+    for (int32_t i = 0; i < levels; ++i)
+      score = fused(pixels[i] * gamma, XRPow(level[i], gamma - 1.0f), score);
     if (score > best_score) {
       best_score = score;
       best = gamma;

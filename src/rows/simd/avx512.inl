@@ -183,7 +183,8 @@ static void store_row(uint8_t* dst, const TileRows& rows, int32_t r) {
 }
 
 // A column of 32 lanes: half a vector of bytes, a vector of words, two of dwords. With AVX2's vectors
-// box_row_16 takes 0.43 ns a pixel instead of 0.38, box_row_32 0.56 instead of 0.55.
+// box_row_16 takes 0.32 ns a pixel instead of 0.28 (soft focus 21 takes 14 % longer), box_row_32 2 %
+// less.
 constexpr int32_t kLaneWords = 1;
 struct LaneWords {
   Words part[1];

@@ -43,6 +43,10 @@ TEST(Numbers, FusedRoundsOnce) {
   EXPECT_EQ(fused_in_doubles(0x1p-75f, 0x1p-75f, 0.0f), 0.0f);
   EXPECT_EQ(fused_in_doubles(0x1.000002p-75f, 0x1p-75f, 0.0f), 0x1p-149f);
   EXPECT_EQ(fused_in_doubles(0x1p-75f, 0x1p-75f, 0x1p-149f), 0x1p-148f);
+  // A sum of few bits: 2^-150 - 2^-196, just below half of the last one, and 2^20 + 1 of them.
+  const float subnormal = 0x1.00001p-129f;
+  EXPECT_EQ(fused_in_doubles(0x1.000002p-75f, 0x1.fffffcp-76f, subnormal), subnormal);
+  EXPECT_EQ(fused_in_doubles(-0x1.000002p-75f, 0x1.fffffcp-76f, -subnormal), -subnormal);
   EXPECT_EQ(fused_in_doubles(3.0f, 5.0f, -15.0f), 0.0f);
 }
 

@@ -95,6 +95,9 @@ TEST(PixelArray, OverlapIsOfBytesBetweenFirstAndLast) {
   EXPECT_FALSE(roxe::overlap_24(a, touching));
   EXPECT_TRUE(roxe::overlap_24(a, inside));
   EXPECT_TRUE(roxe::overlap_24(inside, a));
+  EXPECT_TRUE(roxe::overlap(a, 1, a, 1));
+  EXPECT_FALSE(roxe::overlap(a, 0, a, 1));
+  EXPECT_FALSE(roxe::overlap(a, 1, a, 0));
 }
 
 TEST(PixelArray, WalkIsByRowsOrByPixelsWhereRowsOverlap) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
 
 #include "support/rows.h"
 
@@ -73,6 +74,25 @@ TEST(Rows, RotationAlongTheEdgesStaysInside) {
       }
     }
   }
+}
+
+TEST(Rows, RotationFromTheFirstAndLastPositionsInside) {
+  std::mt19937 random(10);
+  constexpr int32_t kSize = 40;
+  Image src(kRoxeFormatRGB24, kSize, kSize);
+  src.randomise(random);
+  const roxe::FixedCoordinate ends[] = {{0, 65535}, {1, 0}, {kSize - 2, 65535}, {kSize - 1, 0}};
+  for (const roxe::FixedCoordinate& end : ends)
+    for (const int32_t step : {-65536, -60001, -3, 3, 60001, 65536}) {
+      RotationWalk walk = WalkThrough(src, 0, 64);
+      walk.row_step_x = walk.row_step_y = 0;
+      walk.x = end;
+      walk.step_x = step;
+      ExpectAsPlain(walk, 64, random);
+      std::swap(walk.x, walk.y);
+      std::swap(walk.step_x, walk.step_y);
+      ExpectAsPlain(walk, 64, random);
+    }
 }
 
 TEST(Rows, RotationFarOutsideAndOverLongRows) {

@@ -81,6 +81,20 @@ TEST(Rows, ProjectiveBandAlongTheBordersOfTheSource) {
   }
 }
 
+TEST(Rows, ProjectiveBandOfNarrowSources) {
+  std::mt19937 random(11);
+  for (const int32_t narrow : {1, 2, 3})
+    for (const bool upright : {false, true}) {
+      Image src(kRoxeFormatRGB24, upright ? narrow : 40, upright ? 40 : narrow);
+      src.randomise(random);
+      for (const float across : {-0.5f, 0.5f, 1.5f}) {  // along a column or a row of the source
+        const Mapping m = upright ? Mapping{{0, 0, across, 0, 1, 5, 0, 0}}
+                                  : Mapping{{1, 0, 5, 0, 0, across, 0, 0}};
+        ExpectAsPlain(SourceOf(src, m), m, 8, 24, 0, random);
+      }
+    }
+}
+
 TEST(Rows, ProjectiveBandOfPositionsThatAreNoNumbers) {
   std::mt19937 random(8);
   Image src(kRoxeFormatRGB24, 30, 30);

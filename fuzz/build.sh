@@ -28,8 +28,9 @@ for program in "$WORK"/fuzz/fuzz_*; do
   printf '[libfuzzer]\nmax_len = %s\ntimeout = 25\nrss_limit_mb = 2048\nmalloc_limit_mb = 512\n' \
     "$([ "$target" = pictures ] && echo 20000 || echo 1000)" >"$OUT/$target.options"
 done
-if [ -f "$OUT/pictures" ]; then
+if [ -f "$WORK/fuzz/fuzz_pictures" ]; then
   mkdir -p "$OUT/lib"
-  ldd "$OUT/pictures" | sed -n 's/.* => \(\/[^ ]*\) .*/\1/p' | grep -vE '/(libc|libm|libdl|libpthread|librt|libgcc_s|libstdc\+\+)\.so' |
+  # Asked where no earlier copies of them are found.
+  ldd "$WORK/fuzz/fuzz_pictures" | sed -n 's/.* => \(\/[^ ]*\) .*/\1/p' | grep -vE '/(libc|libm|libdl|libpthread|librt|libgcc_s|libstdc\+\+)\.so' |
     xargs -r cp -Lt "$OUT/lib"
 fi

@@ -89,7 +89,7 @@ struct SelectionByLoads : SelectionWords {
     const auto far = [&](int32_t turn) {
       return turn_is_far(limit_squared, saturation, kCosine[turn]);
     };
-    far_turns = 0;  // at most 180: at no turn the cosine is 1, and limit_squared is not 0
+    far_turns = 0;  // at most 180: at turn 0 the cosine is 1, and limit_squared is not 0
     while (far(180 - far_turns) && far(180 + far_turns)) ++far_turns;
   }
   uint32_t cosine[361];  // times the saturation

@@ -82,8 +82,8 @@ static Bytes look_up(const HalfTable& table, Bytes index);
 // kQuickTables: whether they take a few instructions, so that tables replace arithmetic and loads,
 // too. With AVX-512 draw_selection then takes 0.58 ns a pixel instead of 1.02, replace_colour 1.17
 // instead of 1.59, accent_colour 0.67 instead of 1.14, balance_white 1.16 instead of 2.25. With NEON
-// they take 3 to 6 % more instructions, and llvm-mca expects them to take 1 to 62 % more cycles on a
-// Neoverse N1, up to 18 % more and once 1 % fewer on an M1.
+// they take 3 to 11 % more instructions, and llvm-mca expects them to take 4 to 62 % more cycles on a
+// Neoverse N1, up to 15 % more and once 1 % fewer on an M1.
 static_assert(kWideTables || !kQuickTables);
 // FloatTable: 256 or 512 floats, of which those from 256 on are equal. Indices of 4 * kDwords
 // look-ups are kept first: vector(k) gives those of the lanes from k on. What is found has a function

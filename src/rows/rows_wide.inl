@@ -1,4 +1,22 @@
 // The wide rows, one text for every set, and the table of them. Rows without a wide text are plain.
+
+// A column of lanes, or eight floats, has 32 bytes: these rows take the vectors of another set where
+// a set has none as short.
+#ifdef ROXE_SHORTER_SET
+namespace shorter {
+#include ROXE_SHORTER_SET
+#include "rows/intensities_wide.inl"
+#include "rows/lane_transposes_wide.inl"
+}  // namespace shorter
+using shorter::from_lanes_wide;
+using shorter::intensities_wide;
+using shorter::intensity_sums_wide;
+using shorter::to_lanes_wide;
+#else
+#include "rows/intensities_wide.inl"
+#include "rows/lane_transposes_wide.inl"
+#endif
+
 #include "rows/pairs_wide.inl"
 #include "rows/pixel_parts_wide.inl"
 #include "rows/word_bounds.inl"
@@ -19,17 +37,20 @@ static constexpr RowKernels wide_rows(const char* name) {
     rows.look_up = look_up_wide;
     rows.look_up_bgr = look_up_bgr_wide;
   }
+  if constexpr (!kPlainSimpleRows) {
+    rows.blend_masked = blend_masked_wide;
+    rows.box_row_16 = box_row_16_wide;
+    rows.box_row_32 = box_row_32_wide;
+    rows.intensities = intensities_wide;
+  }
 
   // geometry
   rows.rotate = rotate_wide;
   rows.resample_band = resample_band_wide;
 
   // blur
-  rows.blend_masked = blend_masked_wide;
   rows.to_lanes = to_lanes_wide;
   rows.from_lanes = from_lanes_wide;
-  rows.box_row_16 = box_row_16_wide;
-  rows.box_row_32 = box_row_32_wide;
 
   // colour
   rows.draw_selection = draw_selection_wide;
@@ -38,7 +59,6 @@ static constexpr RowKernels wide_rows(const char* name) {
   rows.balance_white = balance_white_wide;
 
   // tone
-  rows.intensities = intensities_wide;
   rows.intensity_sums = intensity_sums_wide;
   rows.tone_shifts = tone_shifts_wide;
   rows.midtone_shifts = midtone_shifts_wide;

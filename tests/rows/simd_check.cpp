@@ -2,13 +2,7 @@
 // set, with its flags, so nothing of the standard library is included: an inline function compiled
 // here could be linked into the whole program. ROXE_SET is "rows/simd/<set>.inl", ROXE_CHECK the
 // name of the function that is defined here.
-#if defined(__x86_64__)
-#include <immintrin.h>
-#elif defined(__aarch64__)
-#include <arm_neon.h>
-#elif defined(__wasm__)
-#include <wasm_simd128.h>
-#endif
+#include "rows/simd/intrinsics.h"
 
 #include "frame/numbers.h"
 #include "rows/rows.h"

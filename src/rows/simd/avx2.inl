@@ -62,7 +62,7 @@ static inline Bytes look_up(const ByteTable& table, Bytes index) {
   }
   return from_low ^ from_high;
 }
-constexpr bool kWideTables = true, kQuickTables = false;
+constexpr bool kWideTables = true, kQuickTables = false, kPlainSimpleRows = false;
 #include "rows/simd/planes.inl"
 
 static inline PixelFloats load_pixels(const uint8_t* bgr) {  // 24 bytes

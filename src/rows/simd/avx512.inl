@@ -1,6 +1,7 @@
 // AVX-512 F, BW, VL, DQ and VBMI: four blocks. Masks are bits. Orders that leave their blocks are
 // permutes of bytes, which cost as little as shuffles within blocks.
 constexpr int32_t kBytes = 64;
+#define ROXE_SHORTER_SET "rows/simd/avx2.inl"
 #include "rows/simd/types.inl"
 
 #define ROXE_X86(name) _mm512_##name
@@ -90,7 +91,7 @@ static inline HalfTable half_table(const uint8_t* table) {
 static inline Bytes look_up(const HalfTable& t, Bytes index) {
   return (Bytes)_mm512_permutex2var_epi8((I)t.part[0], (I)index, (I)t.part[1]);
 }
-constexpr bool kWideTables = true, kQuickTables = true;
+constexpr bool kWideTables = true, kQuickTables = true, kPlainSimpleRows = false;
 #include "rows/simd/float_bytes.inl"
 
 static inline Planes load_planes(const uint8_t* bgr) {

@@ -20,7 +20,7 @@ static I joined(HalfI first, HalfI last) { return _mm_unpacklo_epi64(first, last
 #include "rows/simd/byte_shuffles.inl"
 using ByteTable = ShortTable;
 static ByteTable byte_table(const uint8_t* table) { return short_table(table, 256); }
-constexpr bool kWideTables = false, kQuickTables = false;
+constexpr bool kWideTables = false, kQuickTables = false, kPlainSimpleRows = false;
 #include "rows/simd/planes.inl"
 #include "rows/simd/loaded_floats.inl"
 #include "rows/simd/mixes_exact.inl"

@@ -85,6 +85,8 @@ static Bytes look_up(const HalfTable& table, Bytes index);
 // they take 3 to 11 % more instructions, and llvm-mca expects them to take 4 to 62 % more cycles on a
 // Neoverse N1, up to 15 % more and once 1 % fewer on an M1.
 static_assert(kWideTables || !kQuickTables);
+// kPlainSimpleRows: whether blend_masked, box_row_16, box_row_32 and intensities are the plain rows,
+// of which the compiler makes fewer instructions than of the wide ones.
 // FloatTable: 256 or 512 floats, of which those from 256 on are equal. Indices of 4 * kDwords
 // look-ups are kept first: vector(k) gives those of the lanes from k on. What is found has a function
 // at(k), the lanes from k on.

@@ -87,7 +87,7 @@ static inline Block load_2_pairs(const uint8_t* a, const uint8_t* b) {
 #include "rows/simd/one_block.inl"
 #include "rows/simd/byte_shuffles.inl"
 #include "rows/simd/planes.inl"
-constexpr bool kWideTables = false, kQuickTables = false;
+constexpr bool kWideTables = false, kQuickTables = false, kPlainSimpleRows = false;
 #include "rows/simd/loaded_floats.inl"
 
 using ByteTable = ShortTable;

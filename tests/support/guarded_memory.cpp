@@ -9,6 +9,21 @@
 
 #include "support/image.h"
 
+// The address sanitizer knows nothing of mappings: of those that are kept it is told what belongs to a
+// buffer, to the byte, and when it ends.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#include <sanitizer/asan_interface.h>
+#endif
+#endif
+#ifdef ASAN_POISON_MEMORY_REGION
+static void forbid(void* p, size_t size) { ASAN_POISON_MEMORY_REGION(p, size); }
+static void allow(void* p, size_t size) { ASAN_UNPOISON_MEMORY_REGION(p, size); }
+#else
+static void forbid(void*, size_t) {}
+static void allow(void*, size_t) {}
+#endif
+
 // Small mappings are kept, by their length, for the next buffer: to map takes longer than most tests
 // do with it.
 constexpr size_t kLongestKept = 1 << 18;
@@ -42,8 +57,14 @@ GuardedMemory::GuardedMemory(size_t size) : size_(size) {
   if (mapping_ == MAP_FAILED) std::abort();
   uint8_t* first = static_cast<uint8_t*>(mapping_) + page;
   if (is_new && usable > 0 && mprotect(first, usable, PROT_READ | PROT_WRITE) != 0) std::abort();
-  if (!is_new) std::memset(first, 0, usable);
+  if (!is_new) {
+    allow(first, usable);
+    std::memset(first, 0, usable);
+  }
   data_ = starts_at_page ? first : first + (usable - size);
+  if (mapped_ > kLongestKept) return;
+  forbid(first, static_cast<size_t>(data_ - first));
+  forbid(data_ + size, usable - size - static_cast<size_t>(data_ - first));
 }
 
 GuardedMemory::~GuardedMemory() {
@@ -51,6 +72,7 @@ GuardedMemory::~GuardedMemory() {
     munmap(mapping_, mapped_);
     return;
   }
+  forbid(mapping_, mapped_);
   KeptMappings& kept = kept_mappings();
   const std::lock_guard lock(kept.mutex);
   kept.of_length[mapped_].push_back(mapping_);

@@ -46,5 +46,7 @@ int main(int argc, char** argv) {
     return 77;
   }
   std::printf("rows: %s\n", table);
-  return RUN_ALL_TESTS();
+  const int failed = RUN_ALL_TESTS();
+  if (!guarded_blocks.empty()) std::printf("%zu blocks were not released\n", guarded_blocks.size());
+  return failed || !guarded_blocks.empty();
 }

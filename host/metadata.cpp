@@ -54,6 +54,8 @@ void remove_gps(Metadata& metadata, Notes& notes) {
   const auto in_segment = [](const Metadata::Segment& s) { return names_a_place(s.bytes); };
   if (std::erase_if(metadata.other_segments, in_segment) > 0)
     notes.push_back("its segments of other programs that may hold positions are left out");
+  if (remove_photoshop_copies(metadata.photoshop))
+    notes.push_back("the copies of EXIF and XMP beside its IPTC block are left out");
   if (std::erase_if(metadata.comments, names_a_place) +
           std::erase_if(metadata.chunks, may_hold_places) >
       0)

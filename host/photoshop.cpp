@@ -1,6 +1,7 @@
 #include "photoshop.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <string_view>
 
 #include "jpeg_shared.h"
@@ -8,11 +9,11 @@
 namespace host {
 namespace {
 
-constexpr uint32_t kThumbnail = 0x040C, kOldThumbnail = 0x0409;
+// Kinds of resources.
+constexpr uint32_t kOldThumbnail = 0x0409, kThumbnail = 0x040C;
+constexpr uint32_t kExif = 0x0422, kMoreExif = 0x0423, kXmp = 0x0424;
 
-}  // namespace
-
-void remove_photoshop_thumbnails(std::vector<Bytes>& segments) {
+bool remove_resources(std::vector<Bytes>& segments, std::initializer_list<uint32_t> kinds) {
   Bytes all;
   for (const Bytes& segment : segments)
     all.insert(all.end(), segment.begin() + static_cast<ptrdiff_t>(kPhotoshopPrefix.size()),
@@ -36,7 +37,7 @@ void remove_photoshop_thumbnails(std::vector<Bytes>& segments) {
     const size_t content = at + 10 + name_bytes;
     const size_t content_bytes = (size_t{number(content - 4, 4)} + 1) / 2 * 2;
     const size_t end = std::min(content + content_bytes, all.size());
-    if (kind == kThumbnail || kind == kOldThumbnail) {
+    if (std::find(kinds.begin(), kinds.end(), kind) != kinds.end()) {
       all.erase(all.begin() + static_cast<ptrdiff_t>(at),
                 all.begin() + static_cast<ptrdiff_t>(end));
       removed = true;
@@ -44,7 +45,7 @@ void remove_photoshop_thumbnails(std::vector<Bytes>& segments) {
       at = end;
     }
   }
-  if (!removed) return;
+  if (!removed) return false;
   segments.clear();
   constexpr size_t kStep = kMaxSegment - kPhotoshopPrefix.size();
   for (size_t start = 0; start < all.size(); start += kStep) {
@@ -53,6 +54,17 @@ void remove_photoshop_thumbnails(std::vector<Bytes>& segments) {
     segment.insert(segment.end(), all.begin() + static_cast<ptrdiff_t>(start),
                    all.begin() + static_cast<ptrdiff_t>(end));
   }
+  return true;
+}
+
+}  // namespace
+
+void remove_photoshop_thumbnails(std::vector<Bytes>& segments) {
+  remove_resources(segments, {kOldThumbnail, kThumbnail});
+}
+
+bool remove_photoshop_copies(std::vector<Bytes>& segments) {
+  return remove_resources(segments, {kExif, kMoreExif, kXmp});
 }
 
 }  // namespace host

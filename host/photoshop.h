@@ -12,6 +12,9 @@ namespace host {
 // stays; without a thumbnail so do the segments.
 void remove_photoshop_thumbnails(std::vector<Bytes>& segments);
 
+// The same for copies of EXIF and XMP; whether there were any.
+bool remove_photoshop_copies(std::vector<Bytes>& segments);
+
 }  // namespace host
 
 #endif  // ROXE_HOST_PHOTOSHOP_H_

@@ -324,6 +324,21 @@ class Stripped(Blocks):
         self.assertEqual([content for name, content in png_chunks(self.read("out.png"))
                           if name == b"tEXt"], [b"Title\0A"])
 
+    def test_positions_beside_iptc(self):
+        def resource(kind, content):
+            return b"8BIM" + struct.pack(">HHI", kind, 0, len(content)) + content
+        iptc, path = resource(0x0404, b"\x1c\2\5\0\4abcd"), resource(2000, b"123456")
+        copies = [resource(kind, self.block() + b"\0" * (len(self.block()) % 2))
+                  for kind in (0x0422, 0x0423, 0x0424)]
+        everything = copies[0] + iptc + copies[1] + copies[2] + path
+        self.write("in.jpg", with_segments(self.base(), [(0xED, b"Photoshop 3.0\0" + everything)]))
+        for options, kept in (((), everything), (("--strip-gps",), iptc + path)):
+            result = self.run_tool("straighten", "in.jpg", "out.jpg", *LEVEL, *options)
+            self.assertEqual([payload for marker, payload in jpeg_segments(self.read("out.jpg"))
+                              if marker == 0xED], [b"Photoshop 3.0\0" + kept])
+            self.assertEqual("the copies of EXIF and XMP beside its IPTC block are left out"
+                             in result.stderr, bool(options))
+
     def test_everything_but_the_colours(self):
         profile = b"ICC_PROFILE\0\1\1" + bytes(16) + b"RGB " + bytes(200)
         self.write("in.jpg", with_segments(self.base(), [

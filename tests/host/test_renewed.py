@@ -327,7 +327,7 @@ class Stripped(Blocks):
     def test_positions_beside_iptc(self):
         def resource(kind, content):
             return b"8BIM" + struct.pack(">HHI", kind, 0, len(content)) + content
-        iptc, path = resource(0x0404, b"\x1c\2\5\0\4abcd"), resource(2000, b"123456")
+        iptc, path = resource(0x0404, b"\x1c\2\5\0\3abc"), resource(2000, b"123456")
         copies = [resource(kind, self.block() + b"\0" * (len(self.block()) % 2))
                   for kind in (0x0422, 0x0423, 0x0424)]
         everything = copies[0] + iptc + copies[1] + copies[2] + path

@@ -33,10 +33,8 @@ using shorter::to_lanes_wide;
 static constexpr RowKernels wide_rows(const char* name) {
   RowKernels rows = plain_rows(name);
 
-  if constexpr (kWideTables) {
-    rows.look_up = look_up_wide;
-    rows.look_up_bgr = look_up_bgr_wide;
-  }
+  rows.look_up = look_up_wide;
+  if constexpr (kWideTables) rows.look_up_bgr = look_up_bgr_wide;
   if constexpr (!kPlainSimpleRows) {
     rows.blend_masked = blend_masked_wide;
     rows.box_row_16 = box_row_16_wide;

@@ -18,8 +18,7 @@ static I joined(HalfI first, HalfI last) { return _mm_unpacklo_epi64(first, last
 #include "rows/simd/x86.inl"
 #include "rows/simd/x86_vector_masks.inl"
 #include "rows/simd/byte_shuffles.inl"
-using ByteTable = ShortTable;
-static ByteTable byte_table(const uint8_t* table) { return short_table(table, 256); }
+#include "rows/simd/loaded_bytes.inl"
 constexpr bool kWideTables = false, kQuickTables = false, kPlainSimpleRows = false;
 #include "rows/simd/planes.inl"
 #include "rows/simd/loaded_floats.inl"

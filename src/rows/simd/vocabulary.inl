@@ -77,8 +77,9 @@ static Bytes look_up(const ShortTable& table, Bytes index);
 // takes 0.01 ns a pixel longer with AVX-512, 2 %.
 static HalfTable half_table(const uint8_t* table);
 static Bytes look_up(const HalfTable& table, Bytes index);
-// kWideTables: whether look-ups are faster than loads of entries. With AVX2 look_up takes 0.46 ns a
-// pixel instead of 0.95, look_up_bgr 0.54 instead of 0.86; with SSE4.1 both ways take the same time.
+// kWideTables: whether look-ups spare loads of entries, so that sorting channels for look_up_bgr
+// pays. With AVX2 it takes 0.54 ns a pixel instead of 0.86; of tables that are loads, variations take
+// the same time with SSE4.1 and 21 ms instead of 13 in WebAssembly.
 // kQuickTables: whether they take a few instructions, so that tables replace arithmetic and loads,
 // too. With AVX-512 draw_selection then takes 0.58 ns a pixel instead of 1.02, replace_colour 1.17
 // instead of 1.59, accent_colour 0.67 instead of 1.14, balance_white 1.16 instead of 2.25. With NEON

@@ -90,8 +90,7 @@ static inline Block load_2_pairs(const uint8_t* a, const uint8_t* b) {
 constexpr bool kWideTables = false, kQuickTables = false, kPlainSimpleRows = false;
 #include "rows/simd/loaded_floats.inl"
 
-using ByteTable = ShortTable;
-static ByteTable byte_table(const uint8_t* table) { return short_table(table, 256); }
+#include "rows/simd/loaded_bytes.inl"
 
 // Corners are the pixel and its right neighbour by turns in the upper row, then in the lower one.
 static Bytes corner_order() {

@@ -42,7 +42,8 @@ std::vector<fs::path> photographs_in(const fs::path& folder, const fs::path& res
       if (entry->is_directory(none)) {
         if (hidden || fs::equivalent(entry->path(), results, none))
           entry.disable_recursion_pending();
-      } else if (!hidden && has_name_of_picture(entry->path())) {
+      } else if (!hidden && has_name_of_picture(entry->path()) &&
+                 !fs::is_other(entry->status(none))) {  // whoever opens a pipe may wait for ever
         found.push_back(entry->path());
       }
     }
@@ -77,7 +78,12 @@ class Targets {
   Targets(const BatchJob& job, const std::vector<Photograph>& photographs) : job_(job) {
     for (const Photograph& photograph : photographs)
       if (const auto identity = identity_of(photograph.input))
-        inputs_.emplace(*identity, photograph.input);
+        precious_.emplace(*identity, "the photograph " + photograph.input);
+    for (const std::string& mask : job.masks)
+      if (const auto identity = identity_of(mask))
+        precious_.emplace(*identity, mask + ", which the recipe names");
+    if (const auto identity = identity_of(job.recipe))
+      precious_.emplace(*identity, "the recipe " + job.recipe);
   }
 
   // Throws Failure for a reason not to write; false for a result that is there already.
@@ -90,9 +96,10 @@ class Targets {
       throw Failure(photograph.input + ": " + link + " is a link, and a batch follows none");
     const auto identity = identity_of(target);
     if (!identity) return true;
-    if (const auto input = inputs_.find(*identity); input != inputs_.end())
-      throw Failure(photograph.input + ": the result would replace the photograph " +
-                    (input->second == photograph.input ? "itself" : input->second));
+    if (identity == identity_of(photograph.input))
+      throw Failure(photograph.input + ": the result would replace the photograph itself");
+    if (const auto found = precious_.find(*identity); found != precious_.end())
+      throw Failure(photograph.input + ": the result would replace " + found->second);
     {
       const std::lock_guard lock(mutex_);
       if (results_.contains(*identity))
@@ -124,7 +131,7 @@ class Targets {
   }
 
   const BatchJob& job_;
-  std::map<FileIdentity, std::string> inputs_;
+  std::map<FileIdentity, std::string> precious_;  // as sentences call them
   std::mutex mutex_;
   std::set<FileIdentity> results_;
 };
@@ -194,7 +201,11 @@ void process(const BatchJob& job, const Recipe& recipe, const Photograph& photog
              Targets& targets, Notes& notes) {
   LoadedPicture loaded = load_picture(photograph.input, job.reading, notes);
   // After the input, so that a text is refused as what it is.
-  fs::create_directories(fs::path(photograph.target).parent_path());
+  check_reachable(photograph.target);
+  std::error_code error;
+  const fs::path folder = fs::path(photograph.target).parent_path();
+  if (!fs::create_directories(folder, error) && error)
+    throw Failure(photograph.target + ": the folder cannot be made (" + error.message() + ")");
   const Target target(photograph.target);
   Outcome outcome;
   try {
@@ -262,8 +273,12 @@ BatchCounts rehearse_batch(const BatchJob& job) {
   counts.all = photographs.size();
   for (const Photograph& photograph : photographs) {
     bool writes = false;
-    const std::string failure =
-        attempt(photograph, [&] { writes = targets.may_write(photograph); });
+    const std::string failure = attempt(photograph, [&] {
+      writes = targets.may_write(photograph);
+      if (!writes) return;
+      check_readable(photograph.input);
+      check_reachable(photograph.target);
+    });
     counts.failed += !failure.empty();
     counts.skipped += failure.empty() && !writes;
     if (!failure.empty())

@@ -12,13 +12,15 @@ namespace host {
 
 struct BatchJob {
   std::vector<std::string> inputs;  // files, and folders of photographs
-  std::string directory;            // receives the results; made if it is missing
-  std::string extension;            // of the results, with its point; empty: as the input
-  bool skip_existing = false;       // a result that exists is left as it is, without complaint
-  bool writes_anew = false;         // also what no operation has changed
-  int at_a_time = 0;                // 0: as many as the machine has processors
-  int progress_seconds = 5;         // between lines of progress where there is no terminal
-  bool draws_bar = false;           // stderr is a terminal
+  std::string recipe;               // its file, and those of its masks: no result replaces them
+  std::vector<std::string> masks;
+  std::string directory;       // receives the results; made if it is missing
+  std::string extension;       // of the results, with its point; empty: as the input
+  bool skip_existing = false;  // a result that exists is left as it is, without complaint
+  bool writes_anew = false;    // also what no operation has changed
+  int at_a_time = 0;           // 0: as many as the machine has processors
+  int progress_seconds = 5;    // between lines of progress where there is no terminal
+  bool draws_bar = false;      // stderr is a terminal
   ReadSettings reading;
   WriteSettings settings;
 };
@@ -42,7 +44,7 @@ std::vector<Photograph> photographs_of(const BatchJob& job);
 // link below the directory.
 BatchCounts run_batch(const BatchJob& job, const Recipe& recipe);
 
-// Prints what run_batch would write, and why not.
+// Prints what run_batch would write, and why not as far as can be told without reading a picture.
 BatchCounts rehearse_batch(const BatchJob& job);
 
 }  // namespace host

@@ -16,18 +16,14 @@ namespace {
 class Run : public Command {
  public:
   explicit Run(CLI::App& parent) : Command(parent, "run", "Apply a recipe to many photographs") {
-    app->add_option("RECIPE", recipe_path_,
-                    "a text file, one operation a line, as on the command line without the files")
-        ->required()
-        ->type_name("");
-    app->add_option("IN", job_.inputs, "the pictures to read, and folders of them")
-        ->required()
-        ->type_name("");
-    app->add_option("--out", job_.directory,
-                    "the folder for the results, which keep their paths below the folder that all "
-                    "inputs have in common")
-        ->required()
-        ->type_name("DIR");
+    add_names(*app, "RECIPE", "", recipe_path_,
+              "a text file, one operation a line, as on the command line without the files")
+        ->required();
+    add_names(*app, "IN", "", job_.inputs, "the pictures to read, and folders of them")->required();
+    add_names(*app, "--out", "DIR", job_.directory,
+              "the folder for the results, which keep their paths below the folder that all "
+              "inputs have in common")
+        ->required();
     add_choice(*app, "--format", job_.settings.format, kFormats, "of the results")
         ->default_str("as each picture");
     auto* overwrite = app->add_flag("--overwrite", overwrite_, "replace results that exist");
@@ -50,6 +46,8 @@ class Run : public Command {
     if (!format.empty()) job_.extension = "." + format;
     job_.draws_bar = ::isatty(STDERR_FILENO);
     const Recipe recipe = read_recipe(recipe_path_);
+    job_.recipe = recipe_path_;
+    job_.masks = masks_of(recipe);
 
     const auto start = std::chrono::steady_clock::now();
     const BatchCounts counts = dry_run_ ? rehearse_batch(job_) : run_batch(job_, recipe);

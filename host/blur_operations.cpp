@@ -57,6 +57,8 @@ class SoftFocus : public Operation {
     mask_ = brightness(mask.picture);
   }
 
+  std::string mask_file() const override { return mask_name_; }
+
   Outcome apply(Picture& picture, Colour background) const override {
     if (!mask_.empty() && (mask_width_ != picture.width() || mask_height_ != picture.height()))
       throw Failure("the mask " + mask_name_ + " has " + size_text(mask_width_, mask_height_) +

@@ -28,20 +28,16 @@ class OnePicture : public Command {
 
  protected:
   CLI::Option* add_files() {
-    app->add_option("IN", input_, "the picture to read; - is standard input")
-        ->required()
-        ->type_name("");
-    return app
-        ->add_option("OUT", output_,
-                     "the picture to write: .jpg, .png, .webp, .ppm or .pgm; - is standard output")
-        ->type_name("");
+    add_names(*app, "IN", "", input_, "the picture to read; - is standard input")->required();
+    return add_names(*app, "OUT", "", output_,
+                     "the picture to write: .jpg, .png, .webp, .ppm or .pgm; - is standard output");
   }
 
   void add_output_options() {
     add_choice(*app, "--format", options_.settings.format, kFormats, "of the output")
         ->default_str("by the extension");
-    app->add_option("--compare", comparison_, "write before and after, side by side, as well")
-        ->type_name("FILE")
+    add_names(*app, "--compare", "FILE", comparison_,
+              "write before and after, side by side, as well")
         ->default_str("no");
     options_.add(*app);
   }
@@ -54,6 +50,13 @@ class OnePicture : public Command {
     for (const std::string& other : {input_, output_})
       if (comparison && is_same_file(comparison_, other))
         throw UsageError("--compare " + comparison_ + " would replace " + other);
+    for (const std::string& mask : masks_of(recipe)) {
+      const std::string replaced = " would replace the mask " + mask;
+      if (comparison && is_same_file(comparison_, mask))
+        throw UsageError("--compare " + comparison_ + replaced);
+      if (is_same_file(output_, mask) && !is_same_file(input_, mask))
+        throw UsageError("OUT " + output_ + replaced);
+    }
 
     Notes notes;
     LoadedPicture loaded = load_picture(input_, options_.reading(), notes);

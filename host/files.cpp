@@ -276,9 +276,30 @@ void check_writable(const std::string& path) {
     throw Failure(path + ": cannot be written, the folder refuses it (" + reason() + ")");
 }
 
+void check_reachable(const std::string& path) {
+  std::error_code none;
+  fs::path folder = directory_of(path);
+  if (fs::is_directory(folder, none)) return check_writable(path);
+  while (!fs::exists(fs::symlink_status(folder, none))) folder = directory_of(folder);
+  if (!fs::is_directory(folder, none))
+    throw Failure(path + ": cannot be written, " + folder.string() + " is no folder");
+  if (::access(folder.c_str(), W_OK | X_OK) != 0)
+    throw Failure(path + ": cannot be written, the folder " + folder.string() + " refuses it (" +
+                  reason() + ")");
+}
+
+void check_readable(const std::string& path) {
+  if (path != kStandardStream && ::access(path.c_str(), R_OK) != 0)
+    throw Failure(path + ": cannot be opened (" + reason() + ")");
+}
+
 std::optional<timespec> modification_time(const std::string& path) {
   struct stat status;
-  if (::stat(path.c_str(), &status) != 0) return {};
+  if (path == kStandardStream) {
+    if (::fstat(STDIN_FILENO, &status) != 0 || !S_ISREG(status.st_mode)) return {};
+  } else if (::stat(path.c_str(), &status) != 0) {
+    return {};
+  }
   return status.st_mtim;
 }
 

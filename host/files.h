@@ -26,6 +26,12 @@ Bytes read_file(const std::string& path);
 // the work.
 void check_writable(const std::string& path);
 
+// The same for a path whose folders may have to be made first.
+void check_reachable(const std::string& path);
+
+// Fails where read_file could not open a file.
+void check_readable(const std::string& path);
+
 enum class Existing {
   kReplace,           // through a symbolic link, whose target keeps permissions and owner
   kKeep,              // and fail
@@ -37,7 +43,7 @@ enum class Existing {
 void write_file(const std::string& path, const Bytes& bytes, Existing existing = Existing::kReplace,
                 const std::optional<timespec>& modified = {});
 
-// Nothing if there is no such file.
+// Nothing if there is no such file, or what stands on standard input is none.
 std::optional<timespec> modification_time(const std::string& path);
 
 // From now on an interrupted program says how many of so many files it has written.

@@ -12,7 +12,7 @@ namespace {
 class Info : public Command {
  public:
   explicit Info(CLI::App& parent) : Command(parent, "info", "Say what is in a picture file") {
-    app->add_option("IN", input_, "the picture to read")->required()->type_name("");
+    add_names(*app, "IN", "", input_, "the picture to read")->required();
     app->add_flag("--json", json_, "as a JSON object, for other programs");
   }
 
@@ -31,7 +31,7 @@ class Info : public Command {
 class Pick : public Command {
  public:
   explicit Pick(CLI::App& parent) : Command(parent, "pick", "Print the colour of a pixel") {
-    app->add_option("IN", input_, "the picture to read")->required()->type_name("");
+    add_names(*app, "IN", "", input_, "the picture to read")->required();
     add_text(*app, "POINT", "", "X,Y of the pixel, in the upright picture",
              [this](const std::string& text) { point_ = Places(text, 1, "POINT"); })
         ->required();

@@ -38,6 +38,8 @@ class Operation {
   // Judges the options together and loads what they name, before any picture is there. Throws
   // UsageError, and whatever load throws.
   virtual void check(const LoadPicture& load) { static_cast<void>(load); }
+  // The file of the mask that check has loaded; empty: there is none.
+  virtual std::string mask_file() const { return ""; }
   // Whether apply only computes what it returns, and there is no picture to write.
   virtual bool only_reports() const { return false; }
   // Whether each pixel of the result depends on the same pixel of the source and nothing else, so

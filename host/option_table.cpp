@@ -43,7 +43,8 @@ Option& Options::flag(const std::string& name, bool& value, const std::string& m
 }
 
 Option& Options::picture(const std::string& name, std::string& path, const std::string& meaning) {
-  Option& option = text(name, "FILE", meaning, [&path](const std::string& text) { path = text; });
+  Option& option = text(name, "FILE", meaning,
+                        [&path, name](const std::string& text) { path = file_name(text, name); });
   option.kind = Option::Kind::kPicture;
   return option;
 }

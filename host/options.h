@@ -32,6 +32,15 @@ inline CLI::Option* add_whole_number(CLI::App& app, const std::string& name, int
   return add_text(app, name, "N", meaning, store)->default_str(std::to_string(value));
 }
 
+// The name of a file or folder, or several of them. None is empty.
+template <typename Names>
+CLI::Option* add_names(CLI::App& app, const std::string& name, const std::string& form,
+                       Names& names, const std::string& meaning) {
+  return app.add_option(name, names, meaning)
+      ->type_name(form)
+      ->each([name](const std::string& text) { file_name(text, name); });
+}
+
 // choices: "fit|free"
 inline CLI::Option* add_choice(CLI::App& app, const std::string& name, std::string& value,
                                const std::string& choices, const std::string& meaning) {

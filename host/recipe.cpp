@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <string_view>
+#include <system_error>
 
 #include "errors.h"
 #include "files.h"
@@ -77,6 +78,9 @@ Step read_step(std::string_view line, const std::string& folder) {
 }
 
 Recipe read_recipe(const std::string& path) {
+  std::error_code none;
+  if (std::filesystem::is_directory(path, none))
+    throw Failure(path + ": is a folder, not a recipe");
   const Bytes file = read_file(path);
   std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
   if (text.find('\0') != text.npos) throw UsageError(path + ": is not a text file");
@@ -106,6 +110,15 @@ LoadPicture pictures_beside(const std::string& folder) {
     Notes notes;  // what such a picture loses on the way is of no interest
     return NamedPicture{found, load_picture(found, {}, notes).picture};
   };
+}
+
+std::vector<std::string> masks_of(const Recipe& recipe) {
+  std::vector<std::string> masks;
+  for (const Step& step : recipe)
+    if (const std::string mask = step.operation->mask_file();
+        !mask.empty() && mask != kStandardStream)
+      masks.push_back(mask);
+  return masks;
 }
 
 Outcome apply(const Recipe& recipe, Picture& picture, Colour background) {

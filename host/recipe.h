@@ -36,6 +36,9 @@ Recipe read_recipe(const std::string& path);
 // Loads what an operation names, from a folder on; empty: from where the tool runs.
 LoadPicture pictures_beside(const std::string& folder);
 
+// The files of the masks that its steps have loaded. Standard input is none.
+std::vector<std::string> masks_of(const Recipe& recipe);
+
 // Does one step after the other.
 Outcome apply(const Recipe& recipe, Picture& picture, Colour background);
 

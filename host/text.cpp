@@ -113,6 +113,11 @@ Size size(std::string_view text, std::string_view what) {
   return result;
 }
 
+std::string file_name(const std::string& text, std::string_view what) {
+  if (text.empty()) throw UsageError(std::string(what) + " needs a name, not ''");
+  return text;
+}
+
 std::string choice(std::string_view text, std::string_view choices, std::string_view what) {
   std::string listed;
   for (std::string_view rest = choices; !rest.empty();) {

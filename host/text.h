@@ -55,6 +55,8 @@ double decimal_number(std::string_view text, int32_t low, int32_t high, std::str
 std::vector<Coordinate> coordinates(std::string_view text, size_t count, std::string_view what);
 // "800x600"
 Size size(std::string_view text, std::string_view what);
+// Of a file or folder. An empty one comes from a variable of the shell that is not set.
+std::string file_name(const std::string& text, std::string_view what);
 // One of several words: choices are "fit|free".
 std::string choice(std::string_view text, std::string_view choices, std::string_view what);
 // "#E07A2C", "#e72" or a name of CSS

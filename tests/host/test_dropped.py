@@ -3,6 +3,7 @@
 import os
 import resource
 import struct
+import subprocess
 import unittest
 import zlib
 
@@ -273,6 +274,22 @@ class Coding(Jpegs):
         self.assertEqual(os.stat(self.path("base.jpg")).st_mtime_ns, 1_234_567_890_123_456_789)
         self.succeed("rotate", "base.jpg", "out.jpg", "--angle", 3)
         self.assertNotEqual(os.stat(self.path("out.jpg")).st_mtime_ns, 1_234_567_890_123_456_789)
+
+    def test_the_time_of_standard_input(self):
+        """That of the file that a shell opens there, whatever is called - in the folder."""
+        self.base()
+        self.write("-", b"")
+        os.utime(self.path("-"), ns=(1, 1_111_111_111_000_000_000))
+        os.utime(self.path("base.jpg"), ns=(1, 1_234_567_890_123_456_789))
+        edit = ("rotate", "-", "out.jpg", "--angle", 3, "--preserve-time")
+        with open(self.path("base.jpg"), "rb") as file:
+            self.assertEqual(self.run_tool(*edit, stdin=file).returncode, 0)
+        self.assertEqual(os.stat(self.path("out.jpg")).st_mtime_ns, 1_234_567_890_123_456_789)
+        # A pipe has no time that means anything.
+        start = os.stat(self.path("base.jpg")).st_ctime_ns
+        with subprocess.Popen(["cat", self.path("base.jpg")], stdout=subprocess.PIPE) as pipe:
+            self.assertEqual(self.run_tool(*edit, stdin=pipe.stdout).returncode, 0)
+        self.assertGreaterEqual(os.stat(self.path("out.jpg")).st_mtime_ns, start)
 
 
 if __name__ == "__main__":

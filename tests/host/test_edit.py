@@ -101,6 +101,20 @@ class Comparison(ToolTest):
             self.refuse(USAGE, f"--compare {name} would replace", "rotate", "in.ppm", "out.ppm",
                         "--angle", 3, "--compare", name)
 
+    def test_nothing_replaces_the_mask(self):
+        self.write("in.ppm", ppm(speckled(4, 3)))
+        self.write("mask.ppm", ppm(plain(4, 3, (9, 9, 9))))
+        os.link(self.path("mask.ppm"), self.path("link.ppm"))
+        step = ("--radius", 3, "--mask", "mask.ppm")
+        for name in ("mask.ppm", "./mask.ppm", "link.ppm"):
+            self.refuse(USAGE, f"OUT {name} would replace the mask mask.ppm", "soft-focus",
+                        "in.ppm", name, *step)
+            self.refuse(USAGE, f"--compare {name} would replace the mask mask.ppm", "edit",
+                        "in.ppm", "out.ppm", "--then", "variations --red 1", "--then",
+                        "soft-focus --radius 3 --mask mask.ppm", "--compare", name)
+        # A picture that is its own mask may be edited in place like any other.
+        self.succeed("soft-focus", "in.ppm", "in.ppm", "--radius", 3, "--mask", "in.ppm")
+
     def test_a_place_that_cannot_be_written(self):
         self.write("in.ppm", ppm(speckled(4, 3)))
         for name in ("none/side.png", "side"):

@@ -309,6 +309,22 @@ class Arguments(ToolTest):
         self.refuse_arguments("--format needs jpg, png, webp, ppm or pgm, not 'gif' (see roxe run --help)",
                               "run", "recipe", "in.ppm", "--out", "out", "--format", "gif")
 
+    def test_names_that_are_empty(self):
+        """As a shell makes them of a variable that is not set."""
+        self.write("in.ppm", ppm(speckled(4, 3)))
+        self.write("recipe", b"auto-gamma")
+        for what, arguments in (
+                ("IN", ("auto-gamma", "", "out.ppm")), ("IN", ("info", "")), ("IN", ("pick", "", "0,0")),
+                ("OUT", ("auto-gamma", "in.ppm", "")),
+                ("--compare", ("auto-gamma", "in.ppm", "out.ppm", "--compare", "")),
+                ("--mask", ("soft-focus", "in.ppm", "out.ppm", "--radius", 3, "--mask", "")),
+                ("--mask", ("edit", "in.ppm", "out.ppm", "--then", "soft-focus --radius 3 --mask ''")),
+                ("RECIPE", ("run", "", "in.ppm", "--out", "out")),
+                ("IN", ("run", "recipe", "in.ppm", "", "--out", "out")),
+                ("--out", ("run", "recipe", "in.ppm", "--out", "")),
+                ("--out", ("run", "recipe", "in.ppm", "--out", "", "--dry-run"))):
+            self.refuse(2, f"{what} needs a name, not ''", *arguments)
+
     def test_numbers(self):
         rotate = ("rotate", "in.ppm", "out.ppm")
         for angle in ("much", "", "1e999", "nan", "inf", "12deg", "1e99", "-3601", "+-5", "+"):

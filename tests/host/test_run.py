@@ -161,6 +161,30 @@ class Recipes(ToolTest):
         self.assertIn("5 of 8 photographs done", result.stdout)
         self.assertEqual({name: self.read("photos/" + name) for name in self.names}, before)
 
+    def test_recipe_and_masks_are_safe(self):
+        """They are no inputs, but a result may not replace them either."""
+        os.mkdir(self.path("look"))
+        self.write("look/photo0.ppm", ppm(speckled(9, 9)))
+        os.link(self.path("look/photo0.ppm"), self.path("look/photo1.ppm"))
+        self.write("look/photo2.ppm", b"soft-focus --radius 3 --mask photo0.ppm\n")
+        before = {name: self.read("look/" + name) for name in os.listdir(self.path("look"))}
+        for rehearsal in (("--dry-run",), ()):
+            result = self.run_tool("run", "look/photo2.ppm", "photos", "--out", "look", "--overwrite",
+                                   *rehearsal)
+            self.assertEqual(result.returncode, FAILED)
+            for name in ("photo0", "photo1"):
+                self.assertIn(f"photos/{name}.ppm: the result would replace look/photo0.ppm, which "
+                              "the recipe names", result.stderr)
+            self.assertIn("photos/photo2.ppm: the result would replace the recipe look/photo2.ppm",
+                          result.stderr)
+            self.assertEqual({name: self.read("look/" + name) for name in before}, before)
+
+    def test_what_is_no_file_in_a_folder(self):
+        """Opening a pipe would wait for ever."""
+        self.write("recipe", b"rotate --angle 10")
+        os.mkfifo(self.path("photos/pipe.jpg"))
+        self.assertIn("7 of 7 photographs done", self.succeed("run", "recipe", "photos", "--out", "out"))
+
     def test_what_exists_is_kept(self):
         self.write("recipe", b"rotate --angle 10")
         os.mkdir(self.path("out"))
@@ -215,6 +239,31 @@ class Recipes(ToolTest):
                       self.succeed(*run, "--skip-existing"))
         self.assertEqual(snapshot(self.folder), before)
 
+    def test_a_rehearsal_finds_what_could_not_be_read_or_written(self):
+        self.write("recipe", b"rotate --angle 10")
+        os.mkdir(self.path("photos/below"))
+        self.write("photos/below/photo0.ppm", self.read("photos/photo0.ppm"))
+        os.mkdir(self.path("out"))
+        self.write("out/below", b"no folder")
+        os.mkdir(self.path("out/photo1.ppm"))
+        os.symlink("nothing", self.path("photos/photo2.ppm.link"))
+        os.rename(self.path("photos/photo2.ppm.link"), self.path("photos/photo2.ppm"))
+        before = snapshot(self.folder)
+        run = ("run", "recipe", "photos", "--out", "out", "--overwrite")
+        rehearsed, done = self.run_tool(*run, "--dry-run"), None
+        self.assertEqual(snapshot(self.folder), before)
+        done = self.run_tool(*run)
+        for result in (rehearsed, done):
+            self.assertEqual(result.returncode, FAILED)
+            self.assertIn("roxe: out/photo1.ppm: is a folder, so it cannot be written\n", result.stderr)
+            self.assertIn("roxe: photos/photo2.ppm: cannot be opened (No such file or directory)\n",
+                          result.stderr)
+            self.assertIn("roxe: out/below/photo0.ppm: cannot be written, out/below is no folder\n",
+                          result.stderr)
+            self.assertIn("5 of 8 photographs", result.stdout)
+        result = self.run_tool("run", "recipe", "photos/photo0.ppm", "--out", "recipe", "--dry-run")
+        self.assertIn("recipe/photo0.ppm: cannot be written, recipe is no folder", result.stderr)
+
     def test_progress_without_a_terminal(self):
         self.write("recipe", b"rotate --angle 10")
         self.write("photos/photo3.ppm", b"broken")
@@ -254,6 +303,8 @@ class Recipes(ToolTest):
                               (b"\0\1", "is not a text file")):
             self.write("recipe", recipe)
             self.refuse(USAGE, words, "run", "recipe", *self.inputs, "--out", "out")
+        self.refuse(FAILED, "photos: is a folder, not a recipe", "run", "photos", *self.inputs, "--out",
+                    "out")
         self.refuse(FAILED, "none: cannot be opened", "run", "none", *self.inputs, "--out", "out")
 
     def test_folders_that_cannot_be_made(self):

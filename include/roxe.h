@@ -133,7 +133,7 @@ ROXE_API int32_t roxeVerifyPixelArray(const PixelArray* image);
 //                           sin(angle) x) from its own: on screen (y down) the picture turns
 //                           clockwise by angle.
 //
-// A destination pixel is written only where the whole part of its source position is 1 ... width - 2
+// A destination pixel is written only if the whole part of its source position is 1 ... width - 2
 // and 1 ... height - 2: not at positions below 1, nor from the last column and row on. The others,
 // among them a seam of one pixel at angle 0, are left as they were. If src and dst share memory,
 // pixels are written in row order and later ones read what earlier ones wrote. An angle that is not
@@ -245,7 +245,9 @@ ROXE_API int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const Pix
 //
 // The operations of this section use both records as 24-bit whatever their formats and process the
 // area that both hold; the rest of the destination stays. The selection is by distance from a
-// reference colour in a cone of hue, saturation and value.
+// reference colour in a cone of hue (the angle), saturation (the radius) and value (the height): a
+// colour is inside a tolerance if it lies less than 2 * (tolerance + 1) away, on the scale of 0 ...
+// 255.
 
 // Replaces a colour: shifts hue, saturation and value of the pixels near a reference colour, fully
 // at the reference and fading to nothing at the edge of the tolerance.

@@ -4,7 +4,7 @@
 // two passes blur both ways and restore the orientation. Sums are running sums in single precision,
 // and their rounding accumulates along the row; it is never recomputed.
 //
-// A window that is as long as the row or longer leaves the plane as it is.
+// A window longer than the row (before + after >= n) writes nothing.
 //
 // Of these an exported operation reaches BoxBlur with what it calls; GaussianBlur and the single
 // ProcessRow2Column none does.

@@ -16,7 +16,7 @@ int32_t GetStdColorTemperatureMatrix(int32_t temperature, int32_t tint, float* m
 // The nine entries as a row takes them, truncated.
 ColourMatrix fixed_point(const float* matrix);
 
-// Any matrix will do.
+// Balances the area that both pictures, used as 24-bit, hold. Any matrix will do.
 void ApplyStdColorTemperatureMatrix(const PixelArray& src, const PixelArray& dst,
                                     const float* matrix);
 

@@ -8,7 +8,7 @@
 
 namespace roxe {
 
-// tolerance is clamped to 0 ... 200; none at all when it is no number.
+// Does the work of roxeColorTint. tolerance is clamped to 0 ... 200; when it is no number it is 0.
 void clr_accent(const PixelArray& src, const PixelArray& dst, uint32_t blue, uint32_t green,
                 uint32_t red, float tolerance);
 

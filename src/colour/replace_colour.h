@@ -14,10 +14,10 @@ constexpr uint32_t kLargestTolerance = 200;
 // x = i / steps; 0 beyond.
 void create_blur_table(int32_t* table, uint32_t table_size, uint32_t steps);
 
+// Do the work of roxeReplaceColor and roxeReplaceColorMask.
 void replace_clr(const PixelArray& src, const PixelArray& dst, uint32_t blue, uint32_t green,
                  uint32_t red, uint32_t tolerance, int32_t hue_shift, int32_t saturation_shift,
                  int32_t value_shift);
-
 void replace_clr_mask(const PixelArray& src, const PixelArray& mask, uint32_t blue, uint32_t green,
                       uint32_t red, uint32_t tolerance);
 

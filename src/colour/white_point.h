@@ -1,4 +1,5 @@
-// White points of colour temperatures, and matrices that take a picture from one white to another.
+// White points of colour temperatures, and matrices that take a picture from one white to another:
+// 3 x 3, row-major. Those of primaries hold their x, y and z in columns red, green and blue.
 // Temperatures are in kelvin; a tint is an offset along the normal of the daylight locus, positive
 // toward magenta. Functions return 1, or 0 for a null matrix, no memory or a singular matrix.
 // No exported operation reaches them: that of the temperature has a matrix of its own.
@@ -15,13 +16,15 @@ struct WhitePoint {
   float Y, x, y;  // Y is 1; x and y are CIE 1931 chromaticities
 };
 
-// CIE daylight from 4000 to 25000 K. Below, a line to the red primary at 0 K; above, a line to the
-// blue primary at 41000 K; both go on past the primary and ignore the tint. Always 1.
+// CIE daylight (its polynomials in 1 / T for x, and in x for y) from 4000 to 25000 K. Below, a line
+// to the red primary at 0 K; above, a line to the blue primary at 41000 K; both go on past the
+// primary and ignore the tint. Always 1.
 int32_t GetWhitePoint(int32_t temperature, int32_t tint, WhitePoint* out);
 
-// How much of each primary makes the white.
+// How much of each primary makes the white (x, y), in out[0 ... 2]; Y is not looked at.
 int32_t Getuvw(const float* primaries, float Y, float x, float y, float* out);
 
+// From linear RGB of these primaries to XYZ, under the white of the temperature.
 int32_t GetRGB2XYZMatrix(const float* primaries, int32_t temperature, int32_t tint, float* out);
 
 // From linear RGB under the first white to the same XYZ under the second; the identity if they are

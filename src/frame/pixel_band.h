@@ -8,7 +8,8 @@
 namespace roxe {
 
 // Rows of count packed pixels of three bytes in two pictures, the first at src and dst and the next
-// ones so many bytes on. The pictures are the same or share no memory.
+// ones so many bytes on. The pictures are the same or share no memory; but in a band of a single
+// pixel dst may begin a byte or two before or after src.
 struct PixelBand {
   const uint8_t* src;
   ptrdiff_t src_step;

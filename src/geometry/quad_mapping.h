@@ -18,9 +18,10 @@ namespace roxe {
 // The eight coefficients p of a mapping.
 using AffineParameters = Block<float>;
 
-// Reorders the corners: top left, top right, bottom right, bottom left as seen on screen. Where
-// both upper corners lie to the same side of their diagonal partners and the edge between them is
-// steeper than 45 degrees, the labels turn by one place. Sorting twice is not always sorting once.
+// Reorders the corners: top left, top right, bottom right, bottom left as seen on screen, which is
+// clockwise there (anticlockwise if y pointed up). Where both upper corners lie to the same side of
+// their diagonal partners and the edge between them is steeper than 45 degrees, the labels turn by
+// one place. Sorting twice is not always sorting once.
 void SortToAntiClockwise(Quad* quad);
 
 // The eight linear equations, 8 rows of 9 floats (the right-hand side last), as a table of row

@@ -26,8 +26,10 @@ static inline Bytes every_third_of(Bytes a, Bytes b, Bytes c) {
   return arranged(ab, c, [](int i) { return i % 3 == 2 ? i + kBytes : i; });
 }
 
-// In three neighbouring vectors each channel has each byte position once. Choices therefore sort the
-// channels into three vectors, in some order of pixels that the same choices undo.
+// Of three neighbouring vectors exactly one has a given channel at a given byte. Choices therefore
+// sort the channels into three vectors, in some order of pixels that the same choices undo. They
+// need the vectors by their first channel, blue, red, green; the second in memory begins with green
+// (kOneMore) or with red.
 static void look_up_bgr_wide(const uint8_t* blue, const uint8_t* green, const uint8_t* red,
                              const PixelBand& band) {
   if (is_small(band)) return look_up_bgr(blue, green, red, band);

@@ -7,8 +7,9 @@ static inline int32_t effective_saturation(Hsv colour, const uint32_t* fade) {
   return colour.saturation + ((pull * (colour.value - colour.saturation)) >> 8);
 }
 
-// The squared chord between two colours as a share of limit_squared, 0 ... limit - 1; limit where
-// the chord is as long as limit or longer. The largest product is 255 * 255 * 32768, below 2^31.
+// A quarter of the squared chord between two colours (law of cosines), divided by limit: 0 ...
+// limit - 1; limit where the chord is twice as long as limit or longer. The largest product is
+// 255 * 255 * 32768, below 2^31.
 static inline uint32_t cone_distance(Hsv pixel, Hsv reference, uint32_t limit,
                                      uint32_t limit_squared, uint32_t limit_reciprocal,
                                      const uint32_t* fade, const int32_t* cosine) {

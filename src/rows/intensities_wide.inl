@@ -1,7 +1,7 @@
 // Intensities, and their running sums along rows.
 
-// Exact before each rounding in 35 bits: weights are multiples of 2^-27, what is added to is at most
-// 255 and a multiple of 2^-25.
+// Before each rounding the exact sum has at most 35 bits: it is below 256 and a multiple of 2^-27,
+// the last bit of 0.114f (that of 0.299f is 2^-25, and 0.587f * green has none below 2^-24).
 static inline Floats intensities_of(const PixelFloats& p) {
   const Floats red_green = fused_with_byte(0.299f, p.red, 0.587f * p.green);
   return fused_with_byte(0.114f, p.blue, red_green);

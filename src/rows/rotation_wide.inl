@@ -23,7 +23,7 @@ static RowRange narrowed(RowRange range, int64_t start, int64_t step, int64_t lo
   return {max(range.first, steps_up(low - start)), min(range.last, steps_up(high - start))};
 }
 
-// The elements of a walk that lie strictly between the first and the last column and row.
+// The elements of a walk whose whole columns and rows are 1 ... size - 2.
 static RowRange inside_of_source(const RotationWalk& walk, int32_t count) {
   const auto narrow = [](RowRange range, FixedCoordinate at, int64_t step, int64_t size) {
     return narrowed(range, at.whole * int64_t{65536} + at.fraction, step, 65536,
@@ -35,9 +35,10 @@ static RowRange inside_of_source(const RotationWalk& walk, int32_t count) {
 
 constexpr int32_t kRotationSegment = 512;  // pixels whose offsets are computed before sampling
 
-// Whether a vector can lie in one row of the source: where the walk climbs less than a row in it.
-// Steps to the right are nearly whole pixels: the last pixel of a vector is then as many pixels from
-// the first only where all lie in one row, however short rows are.
+// Whether the pixels of a vector may be side by side in one row of the source, and the distance of
+// the last from the first (corners_at) tells whether they are. The walk changes its row at most
+// once in a vector, and steps are so nearly whole pixels that at most one column in eight is met
+// twice: a change of row, three pixels or more away, cannot make up for that.
 static bool is_nearly_level(const RotationWalk& walk) {
   constexpr int32_t kOneRow = 65536 / kDwords;  // in a vector
   return walk.step_x > 60000 && walk.step_y < kOneRow && walk.step_y > -kOneRow;
@@ -69,7 +70,7 @@ struct SegmentPositions {
 };
 
 // Positions are relative to the first pixel, so that they fit 32 bits. Fills whole vectors, and
-// eight offsets where there is one.
+// whole groups of eight: fetching ahead looks at any one of eight offsets.
 static inline void fill_positions(const RotationWalk& walk, int32_t count, SegmentPositions& at) {
   const auto first = [](int32_t fraction, int32_t step) {
     return numbers() * static_cast<uint32_t>(step) + static_cast<uint32_t>(fraction);
@@ -89,8 +90,9 @@ static inline void fill_positions(const RotationWalk& walk, int32_t count, Segme
   }
 }
 
-// What is fetched ahead, in bytes: from a sampled pixel to one that is needed some rows later, and
-// the same in the destination; the former for one of eight neighbours.
+// What is fetched ahead, in bytes: in the source from a sampled pixel to the one that is sampled
+// some rows later in the same column, for one of eight neighbours (lane); in the destination some
+// rows down.
 struct RotationHints {
   ptrdiff_t src, dst;
   int32_t lane;

@@ -3,8 +3,8 @@
 // A row is a function over pointers and counts: no image record, no status, no allocation. All
 // tables give the same bytes; the comment of an entry is the contract of all its bodies. Unless an
 // entry says otherwise, any two of the rows that it is given are the same row or disjoint, and
-// exactly count elements are read and written. What takes a band does all its rows in one call, so
-// that tables which belong to the call are prepared once.
+// exactly count elements are read and written. What takes a band (pixel_band.h) does all its rows
+// in one call, so that what belongs to the call is prepared once.
 #ifndef ROXE_ROWS_ROWS_H_
 #define ROXE_ROWS_ROWS_H_
 
@@ -105,8 +105,9 @@ struct BoxRun {
   ptrdiff_t leaving;      // and of its x - left - 1
 };
 
-// One box blur of a picture, as its rows see it. Sum is int16_t for windows of up to 257 rows (sums
-// less 32768, in empty lanes too), else uint32_t.
+// One box blur of a picture, as its rows see it: the window of column x holds columns x - left ...
+// x + right. Sum is int16_t for windows of up to 257 rows (sums less 32768, in empty lanes too),
+// else uint32_t.
 template <class Sum>
 struct BoxRow {
   int32_t channels;
@@ -144,8 +145,8 @@ struct ColourMatrix {
   int32_t entry[9];
 };
 
-// For 0 and from here on, adding 0.0001 in single precision gives what adding it in double precision
-// and rounding gives; for the number before it does not.
+// tone_shifts adds 0.0001 in double precision and rounds. For 0 and for floats from here on an
+// addition in single precision gives the same; for the float before this one it does not.
 constexpr float kLittleInSingle = 0x1.2e48e8p-13f;
 
 struct RowKernels {
@@ -153,7 +154,8 @@ struct RowKernels {
 
   // ---- byte tables of 256 entries (byte_table.inl)
 
-  // Replaces each byte of the pixels by its entry.
+  // Replaces each byte of the pixels by its entry. A band of one pixel is read and written byte by
+  // byte, which shows where dst lies a byte or two away from src.
   void (*look_up)(const uint8_t* table, const PixelBand& band);
 
   // The same with one table for each byte of a pixel.
@@ -162,10 +164,10 @@ struct RowKernels {
 
   // ---- geometry (rotation.inl, projective.inl)
 
-  // Samples the walk at count pixels in each of so many rows, dst_stride apart. Those whose
-  // whole column and row are not 1 ... columns - 2 and 1 ... rows - 2 are left as they were. The
-  // plain body reads and writes pixel after pixel, row after row, and allows dst to lie in the source,
-  // and steps of any length; the others do not.
+  // Samples the walk at count pixels in each of so many rows, dst_stride apart. Pixels whose place
+  // in the source does not have a whole column of 1 ... src_columns - 2 and a whole row of 1 ...
+  // src_rows - 2 are left as they were. The plain body reads and writes pixel after pixel, row
+  // after row, and allows dst to lie in the source, and steps of any length; the others do not.
   void (*rotate)(const RotationWalk& walk, uint8_t* dst, ptrdiff_t dst_stride, int32_t rows,
                  int32_t count);
 
@@ -197,7 +199,7 @@ struct RowKernels {
   void (*box_row_32)(const BoxRow<uint32_t>& box, const uint8_t* entering, const uint8_t* leaving,
                      uint8_t* dst);
 
-  // ---- colour (colour_selection.inl, white_balance.inl)
+  // ---- colour (colour_selection.inl, white_balance.inl). Each pixel is read before it is written.
 
   // Writes level[distance] to the three bytes of each pixel; level has 256 entries.
   void (*draw_selection)(const ColourSelection& selection, const uint8_t* level,
@@ -220,7 +222,8 @@ struct RowKernels {
   // up. The last pixel may end with its green byte.
   void (*count_green)(const uint8_t* src, int32_t count, uint32_t (*counts)[256]);
 
-  // dst[i] = 0.114 blue + (0.299 red + 0.587 green), the additions fused, of count pixels.
+  // dst[i] = 0.114 blue + (0.299 red + 0.587 green), the additions fused, of count pixels: the luma
+  // of ITU-R BT.601.
   void (*intensities)(const uint8_t* src, float* dst, int32_t count);
 
   // For rows rows of count pixels: the sums of the intensities of columns x - half ... x + half,
@@ -234,10 +237,11 @@ struct RowKernels {
   void (*slide_sums)(float* sums, const float* leave, const float* enter, float scale,
                      float* blurred, int32_t count);
 
-  // With own = intensity[i], near = blurred[i] (0 ... 1000 or so) and s = own + near + 0.0001,
-  // added in double precision: shift[i] = midtone[j] - own, where j = combined[own] * (own * near +
-  // s * s) / (near * near + s * s), truncated and clamped to 0 ... 511. combined has 256 entries,
-  // midtone 512, of which those from 256 on are equal.
+  // With own = intensity[i], near = blurred[i] (0 ... 1000 or so) and s = (own + near) + 0.0001,
+  // the second addition in double precision, its sum rounded to single: shift[i] = midtone[j] -
+  // own, where j = combined[own] * ((own * near + s * s) / (near * near + s * s)), truncated and
+  // clamped to 0 ... 511. combined has 256 entries, midtone 512, of which those from 256 on are
+  // equal.
   void (*tone_shifts)(const float* intensity, const float* blurred, const float* combined,
                       const float* midtone, float* shift, int32_t count);
 

@@ -1,7 +1,7 @@
 // The wide rows, one text for every set, and the table of them. Rows without a wide text are plain.
 
-// A column of lanes, or eight floats, has 32 bytes: these rows take the vectors of another set where
-// a set has none as short.
+// These rows work on columns of 32 bytes: 32 lanes, or eight floats. A set whose vectors are longer
+// (AVX-512) names one with shorter ones (AVX2), which is then compiled here once more.
 #ifdef ROXE_SHORTER_SET
 namespace shorter {
 #include ROXE_SHORTER_SET

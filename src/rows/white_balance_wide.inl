@@ -1,6 +1,6 @@
-// Linear light by look-ups, kBytes pixels at a time; between them the arithmetic of the plain row in
-// words. Four times the linear light: the upper half of a product of two such words is a 12-bit
-// product.
+// Linear light by look-ups, kBytes pixels at a time; between them the arithmetic of the plain row
+// in words. Names that end in 4 hold four times the linear light: of two such words the upper half
+// of the product is (a * b) >> 12.
 
 constexpr int32_t kLightBlock = 128;  // pixels between the stages; 256 take 3 % longer
 
@@ -109,7 +109,7 @@ struct LightByTables {
   // Linear light 0 ... 4096 to bytes.
   Bytes encode(const uint16_t* light) const {
     const Pair<Words> words = load_pair(light);
-    // 4096 becomes the first entry of the last sixteen, which is the same.
+    // 4096 >> 4 saturates to 255: it becomes entry 16 * 255, which is the same.
     const Bytes sixteen = pack(each([](Words of) { return of >> 4; }, words));
     const Bytes within = pack(each([](Words of) { return of & all_words(15); }, words));
     Bytes byte = look_up(base, sixteen);

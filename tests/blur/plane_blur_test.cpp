@@ -61,7 +61,7 @@ TEST(PlanePass, RoundingStaysInTheRunningSum) {
     EXPECT_EQ(Sums(pass, {16777216, 1, 1, 1}, 4, 1, 1, 0), (Plane{33554432, 16777216, 1, 1}));
 }
 
-TEST(PlanePass, WindowAsLongAsTheRowWritesNothing) {
+TEST(PlanePass, WindowLongerThanTheRowWritesNothing) {
   const Plane in = {1, 2, 3};
   for (const Pass pass : kPasses) {
     EXPECT_EQ(Sums(pass, in, 3, 1, 1, 1), (Plane{4, 6, 8}));  // the longest that fits

@@ -229,7 +229,7 @@ int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const PixelArray* 
 
 namespace {
 
-// A window as long as the row or longer has no result.
+// A window longer than the row has no result.
 bool window_fits(uint32_t n, uint32_t before, uint32_t after) {
   return static_cast<uint64_t>(before) + after < n;
 }

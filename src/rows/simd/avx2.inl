@@ -32,9 +32,11 @@ static void store_blocks(uint8_t* p, ptrdiff_t step, Bytes v) {
 #include "rows/simd/x86_vector_masks.inl"
 #include "rows/simd/byte_shuffles.inl"
 
-// A table of 256 bytes as sixteen shuffles. Each part holds its difference (exclusive or) to the
-// part before, so that the parts up to an index add up to the right one. Each half of the table
-// starts anew, because indices are told apart by their sign.
+// A table of 256 bytes as sixteen shuffles, which look at the lower four bits of an index that is
+// not negative. An index of 0 ... 127 therefore finds something in its own part and in all before
+// it. Each part holds its difference (exclusive or) to the part before, so that what is found adds
+// up to the entry. Each half of the table starts anew, because indices are told apart by their
+// sign.
 struct ByteTable {
   Bytes part[16];
 };

@@ -1,4 +1,5 @@
-// Byte tables as shuffles of sixteen entries: what is beyond a part gives 0.
+// Short tables as shuffles of sixteen entries each: an index finds its entry in one of the parts
+// and 0 in the others.
 struct ShortTable {
   Bytes part[16];
   int32_t parts;

@@ -77,20 +77,23 @@ static Bytes look_up(const ShortTable& table, Bytes index);
 // takes 0.01 ns a pixel longer with AVX-512, 2 %.
 static HalfTable half_table(const uint8_t* table);
 static Bytes look_up(const HalfTable& table, Bytes index);
-// kWideTables: whether look-ups spare loads of entries, so that sorting channels for look_up_bgr
-// pays. With AVX2 it takes 0.54 ns a pixel instead of 0.86; of tables that are loads, variations take
-// the same time with SSE4.1 and 21 ms instead of 13 in WebAssembly.
-// kQuickTables: whether they take a few instructions, so that tables replace arithmetic and loads,
-// too. With AVX-512 draw_selection then takes 0.58 ns a pixel instead of 1.02, replace_colour 1.17
-// instead of 1.59, accent_colour 0.67 instead of 1.14, balance_white 1.16 instead of 2.25. With NEON
-// they take 3 to 11 % more instructions, and llvm-mca expects them to take 4 to 62 % more cycles on a
-// Neoverse N1, up to 15 % more and once 1 % fewer on an M1.
+// kWideTables: whether a look-up in a ByteTable takes less than a load for each byte. look_up_bgr
+// is then wide: it pays to sort the channels first. With AVX2 it takes 0.54 ns a pixel instead of
+// 0.86. Where the look-up is such loads, a wide one would not change the time of variations with
+// SSE4.1 and would take 21 ms instead of 13 in WebAssembly. (look_up, which sorts nothing, is wide
+// in all sets.)
+// kQuickTables: whether a look-up takes a few instructions only, so that tables replace arithmetic
+// and loads, too. With AVX-512 draw_selection then takes 0.58 ns a pixel instead of 1.02,
+// replace_colour 1.17 instead of 1.59, accent_colour 0.67 instead of 1.14, balance_white 1.16
+// instead of 2.25. With NEON these rows would take 3 to 11 % more instructions, and llvm-mca
+// expects them to take 4 to 62 % more cycles on a Neoverse N1, up to 15 % more and once 1 % fewer
+// on an M1.
 static_assert(kWideTables || !kQuickTables);
 // kPlainSimpleRows: whether blend_masked, box_row_16, box_row_32 and intensities are the plain rows,
 // of which the compiler makes fewer instructions than of the wide ones.
-// FloatTable: 256 or 512 floats, of which those from 256 on are equal. Indices of 4 * kDwords
-// look-ups are kept first: vector(k) gives those of the lanes from k on. What is found has a function
-// at(k), the lanes from k on.
+// FloatTable: 256 or 512 floats, of which those from 256 on are equal. 4 * kDwords entries are
+// looked up at a time, in two steps: keep stores their indices, of which vector(k) gives the
+// kDwords from number k on; at(k) of what look_up then gives are the kDwords entries from there on.
 static FloatTable float_table(const float* table, int32_t entries);
 template <class F>
 static void keep(Indices& indices, const F& vector);
@@ -110,8 +113,9 @@ static Bytes corner_order();
 static Corners corners_side_by_side(const uint8_t* upper, ptrdiff_t stride);
 // Weights are the second bytes of positions in 16.16.
 static CornerWeights weights_of(Dwords x, Dwords y);
-// Mixes pixel k of each block; of four such vectors bytes_of_mixes makes bytes, and these two write
-// them as pixels. The second may write the next four bytes, too.
+// Mixes pixel k of each block; of four such vectors bytes_of_mixes makes bytes, which store_mixes
+// writes as kDwords pixels. store_mixes_and_4_bytes may write the next four bytes, too. The set's
+// own mix_of(i) says which byte of a block of mixes is byte i of its four pixels.
 template <int k>
 static Dwords mix_corners(Bytes corners, const CornerWeights& weights);
 static Bytes bytes_of_mixes(Dwords p0, Dwords p1, Dwords p2, Dwords p3);

@@ -43,7 +43,9 @@ const NAMES = {
 
 /** {red, green, blue} of '#E07A2C', '#e72' or a CSS name; what names the option in the message. */
 export function colour(text, what) {
-  const name = String(text).toLowerCase();
+  if (typeof text !== 'string')
+    throw new TypeError(`${what} needs a colour such as '#E07A2C' or orange, not ${String(text)}`);
+  const name = text.toLowerCase();
   let hex = Object.hasOwn(NAMES, name) ? NAMES[name] : name;
   if (/^#[0-9a-f]{3}$/.test(hex)) hex = hex.replace(/[0-9a-f]/g, '$&$&');
   if (!/^#[0-9a-f]{6}$/.test(hex))

@@ -160,7 +160,7 @@ export function read(operation, given = {}) {
   if (typeof given !== 'object' || given === null)
     throw new TypeError('options are an object such as {angle: 2}');
   for (const name of Object.keys(given))
-    if (!(name in known))
+    if (!Object.hasOwn(known, name))
       throw new TypeError(`${operation} has no option ${name}; it has ` +
         Object.keys(known).join(', '));
   const values = {};

@@ -23,7 +23,8 @@ export class Native {
   }
 
   take(bytes) {
-    const pointer = this.call.malloc(bytes) >>> 0;
+    // The module counts bytes in 32 bits and would take the rest of a larger number.
+    const pointer = bytes < 2 ** 32 ? this.call.malloc(bytes) >>> 0 : 0;
     if (pointer === 0) throw new RangeError('there is not enough memory for this picture');
     return pointer;
   }
@@ -99,13 +100,22 @@ function withRgba(native, image, work) {
  * back. */
 export class Picture {
   #native;
-  #colours;  // a Plane
+  #open;  // a Plane; null once the picture is closed
   #alpha = null;  // a Plane of three equal bytes a pixel, or null where every pixel is opaque
 
   constructor(native, colours, alpha) {
     this.#native = native;
     this.#colours = colours;
     this.#alpha = alpha;
+  }
+
+  get #colours() {
+    if (!this.#open) throw new TypeError('this picture is closed');
+    return this.#open;
+  }
+
+  set #colours(plane) {
+    this.#open = plane;
   }
 
   static from(native, image) {
@@ -129,7 +139,7 @@ export class Picture {
   }
 
   close() {
-    this.#colours?.close();
+    this.#open?.close();
     this.#alpha?.close();
     this.#colours = this.#alpha = null;
   }
@@ -240,6 +250,7 @@ export class Picture {
 
   softFocus(options) {
     const {radius, mask, maskRadius} = read('softFocus', options);
+    if (!mask && maskRadius !== 1) throw new TypeError('maskRadius needs mask');
     const native = this.#native;
     if (mask && (mask.width !== this.width || mask.height !== this.height))
       throw new RangeError(`the mask has ${mask.width} × ${mask.height} pixels but the ` +

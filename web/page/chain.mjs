@@ -82,10 +82,12 @@ export function scaled(chain, scale) {
 }
 
 /** What workers need: names and options of the steps that are switched on. Options that were not
- * given are left out. */
+ * given, or mean nothing without another one, are left out. */
 export function plain(chain) {
+  const counts = ([key, value], options) =>
+    value !== undefined && (key !== 'maskRadius' || options.mask !== undefined);
   return chain.filter((step) => step.on).map(({name, options}) =>
-    ({name, options: Object.fromEntries(Object.entries(options).filter(([, v]) => v !== undefined))}));
+    ({name, options: Object.fromEntries(Object.entries(options).filter((o) => counts(o, options)))}));
 }
 
 /** Undo and redo over snapshots. A state is never changed, only replaced. */

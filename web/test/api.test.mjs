@@ -139,6 +139,11 @@ const refused = [
     /the mask has 3 × 3 pixels but the picture has 20 × 10/],
   ['grey and tint', () => roxe.temperature(good, {grey: [1, 1], tint: 2}), /grey cannot go with/],
   ['grey outside', () => roxe.temperature(good, {grey: [20, 1]}), /lies outside the picture/],
+  ['an option that every object inherits', () => roxe.shadowHighlight(good, {constructor: 1}),
+    /^shadowHighlight has no option constructor/],
+  ['a colour in a list', () => roxe.tint(good, {colour: ['red'], tolerance: 1}),
+    /^colour needs a colour such as '#E07A2C' or orange, not red$/],
+  ['a radius of no mask', () => roxe.softFocus(good, {radius: 3, maskRadius: 3}), /^maskRadius needs mask$/],
   ['a region outside', () => roxe.autoGamma(good, {region: [0, 0, 21, 3]}), /reaches outside/],
 ];
 for (const [name, call, sentence] of refused)
@@ -146,6 +151,26 @@ for (const [name, call, sentence] of refused)
     assert.throws(call, (error) => (error instanceof TypeError || error instanceof RangeError) &&
       sentence.test(error.message));
   });
+
+// 3 bytes for each of these pixels are more than 2^32, or that and a few: sizes that a 32-bit number
+// holds only in part.
+for (const [width, height] of [[40000, 40000], [65536, 65536], [37838, 37838]])
+  test(`refused: ${width} × ${height} pixels, more than there is memory for`, () => {
+    const to = [0, 0, width, 0, width, height, 0, height];
+    assert.throws(() => roxe.warp(good, {from: [0, 0, 19, 0, 19, 9, 0, 9], to, size: [width, height]}),
+      {name: 'RangeError', message: 'there is not enough memory for this picture'});
+    // The module is as good as before.
+    assert.deepEqual(roxe.rotate(good, {angle: 0}).data, good.data);
+  });
+
+test('a closed picture says that it is closed', () => {
+  const picture = roxe.open(good);
+  picture.close();
+  picture.close();
+  for (const use of [() => picture.toImage(), () => picture.copy(), () => picture.width,
+    () => picture.tint({colour: 'red', tolerance: 1}), () => picture.rotate({angle: 5})])
+    assert.throws(use, {name: 'TypeError', message: 'this picture is closed'});
+});
 
 test('every operation is a method, on images and on pictures', () => {
   for (const name of Object.keys(operations)) {

@@ -228,6 +228,12 @@ test('a mask is painted by mouse and by keys', () => onPage(async (page) => {
   await settled(page);
   assert.notEqual(await pixelsOf(page, await save(page)), painted);
   assert.match(await recipeOf(page), /--mask mask\.png/);
+  // A radius that stays behind when the mask goes means nothing.
+  await page.locator('input[type=number][aria-label^="mask radius"]').fill('9');
+  await page.keyboard.press('Tab');
+  await page.getByLabel('mask paint what stays sharp').uncheck();
+  await settled(page);
+  assert.equal(await pixelsOf(page, await save(page)), blurred);
 }));
 
 test('a rectangle chooses what auto gamma judges by', () => onPage(async (page) => {

@@ -245,9 +245,8 @@ ROXE_API int32_t roxeSoftFocus(const PixelArray* src, PixelArray* dst, const Pix
 //
 // The operations of this section use both records as 24-bit whatever their formats and process the
 // area that both hold; the rest of the destination stays. The selection is by distance from a
-// reference colour in a cone of hue (the angle), saturation (the radius) and value (the height): a
-// colour is inside a tolerance if it lies less than 2 * (tolerance + 1) away, on the scale of 0 ...
-// 255.
+// reference colour in a cone of hue (its angle), saturation and value (radius and height of 0 to
+// 255): a colour is within the tolerance if it lies less than 2 * (tolerance + 1) away.
 
 // Replaces a colour: shifts hue, saturation and value of the pixels near a reference colour, fully
 // at the reference and fading to nothing at the edge of the tolerance.

@@ -22,7 +22,9 @@ float distance_from_line(Point corner, Point v1, Point v2) {
                            wrap_mul(wrap_sub(v2.x, v1.x), wrap_sub(v1.y, corner.y))));
 }
 
-// Two vanishing points: the camera sees their directions at a right angle.
+// Two vanishing points: the camera sees their directions at a right angle, so that the square of
+// its focal length is |v1 foot| |foot v2| - |centre foot|^2, foot being that of the perpendicular
+// from the centre onto their line.
 Camera lift_two_point(const Point (&p)[4], Point v1, Point v2, Point centre, Point3D* points) {
   Point foot;
   if (!GetProjection(v1.x, v1.y, v2.x, v2.y, centre.x, centre.y, &foot)) {

@@ -97,6 +97,9 @@ void shift_by_own_intensity(const PixelArray& src, const PixelArray& dst, Area a
 
 }  // namespace
 
+// Both curves are made to pass a given point at a third of their parameter, where the control
+// points weigh 8, 12, 6 and 1 of 27. All but the second lie on the diagonal, so that the second
+// alone lifts the curve off it: here by k at x = 54 - 0.15 a, with a slope of q at black.
 void lighten_shadow(float* table, int32_t n, uint32_t amount) {
   CurvePoint ctrl[4] = {{0.0f, 0.0f}, {105.0f, 105.0f}, {105.0f, 105.0f}, {210.0f, 210.0f}};
   if (amount > 0) {
@@ -117,6 +120,7 @@ void darken_highlight(float* table, int32_t n, uint32_t amount) {
   for (int32_t i = 0; i < n; ++i) table[i] = 255.0f - table[i];
 }
 
+// The same from the middle on: by m * w at x = c, with a slope of q in the middle.
 void midtone_contrast(float* table, int32_t n, int32_t amount) {
   const bool flatter = amount < 1;
   const float m = static_cast<float>(amount);

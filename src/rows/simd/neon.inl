@@ -114,10 +114,12 @@ static inline Bytes look_up(const HalfTable& t, Bytes index) {
   return (Bytes)vqtbx4q_u8(found, t.part[1], vsubq_u8((U8)index, vdupq_n_u8(64)));
 }
 constexpr bool kWideTables = true, kQuickTables = false;
-// g++ makes loads of three channels of plain rows, so that blend_masked takes 1.6 instructions a pixel
-// instead of 3.5 (with clang 5.6), intensities 3.1 instead of 4.1. box_row_16 takes 9.6 instead of
-// 12.3, which llvm-mca expects to take 4.1 cycles instead of 5.7 on a Neoverse N1, 2.2 instead of 2.4
-// on an M1; box_row_32 10.6 instead of 12.0, 4.8 cycles instead of 5.1 and 2.4 instead of 2.6.
+// Instructions a pixel, plain and wide, by g++, and the cycles that llvm-mca expects of them on a
+// Neoverse N1 and on an M1 (of the plain blend and intensities g++ makes loads of three channels):
+//   blend_masked 1.6 and 3.5 (of clang 5.6); 1.9 and 1.5, 1.25 and 0.88
+//   intensities 3.1 and 4.1; 1.97 and 1.95, 0.97 and 1.06
+//   box_row_16 9.5 and 12.9; 4.1 and 5.6, 2.2 and 2.9
+//   box_row_32 10.6 and 11.8; 5.0 and 4.8, 2.5 and 2.6
 constexpr bool kPlainSimpleRows = true;
 
 static inline Planes load_planes(const uint8_t* bgr) {

@@ -51,6 +51,7 @@ static inline Dwords numbers() {
 
 // ---- lanes in another order
 
+// Lanes<0, 1, ... count - 1> is LanesUpTo<count>::All.
 template <int... i>
 struct Lanes {};
 template <int count, int... i>

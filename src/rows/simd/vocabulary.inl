@@ -11,7 +11,8 @@ static Words high_differences(Bytes a, Bytes b);
 static Bytes pack(Words a, Words b);
 static Words pack(SignedDwords a, SignedDwords b);
 static Words pack_signed(SignedDwords a, SignedDwords b);
-// The bytes of each block of table at an index of 0 ... 15, and 0 for one of 128 ... 143.
+// The bytes of each block of table at an index of 0 ... 15, and 0 for one of 128 ... 143. Beyond
+// these sets differ: only a set's own file may use what its shuffle gives.
 static Bytes shuffle(Bytes table, Bytes index);
 // The same with 0 for every index from 16 on.
 static Bytes shuffle_or_zero(Bytes table, Bytes index);

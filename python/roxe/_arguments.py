@@ -1,7 +1,10 @@
 """Arguments other than pictures: numbers, points, sizes and colours, refused in one sentence."""
 
+import math
 import operator
 from typing import Any, List, Sequence, Tuple
+
+import numpy as np
 
 from roxe._colours import COLOURS
 
@@ -23,31 +26,34 @@ def whole_number(value: Any, low: int, high: int, name: str) -> int:
 def decimal_number(value: Any, low: int, high: int, name: str) -> float:
     """value as a float from low to high; not a number is refused as well."""
     try:
-        number = float(value)
+        number = math.nan if isinstance(value, (str, bytes, bytearray)) else float(value)
+    except OverflowError:  # a whole number that no float holds
+        value = number = math.inf
     except (TypeError, ValueError):
         raise TypeError(f"{name} needs a number from {low} to {high}, not {value!r}") from None
-    if isinstance(value, str) or not low <= number <= high:
-        raise ValueError(f"{name} needs a number from {low} to {high}, not {value!r}")
+    if not low <= number <= high:
+        wrong = TypeError if isinstance(value, (str, bytes, bytearray)) else ValueError
+        raise wrong(f"{name} needs a number from {low} to {high}, not {value!r}")
     return number
 
 
 def choice(value: str, known: Sequence[str], name: str) -> str:
-    if value not in known:
-        raise ValueError(f"{name} needs {' or '.join(map(repr, known))}, not {value!r}")
+    if not isinstance(value, str) or value not in known:
+        wrong = ValueError if isinstance(value, str) else TypeError
+        raise wrong(f"{name} needs {' or '.join(map(repr, known))}, not {value!r}")
     return value
 
 
 def whole_numbers(values: Any, count: int, name: str) -> List[int]:
     """count numbers of 32 bits from a sequence, or from a sequence of pairs."""
     try:
-        flat = [
-            operator.index(number)
-            for value in values
-            for number in (value if hasattr(value, "__len__") else (value,))
-        ]
+        parts = [part if hasattr(part, "__len__") else (part,) for part in values]
+        flat = [operator.index(number) for part in parts for number in part]
     except TypeError:
-        flat = []
-    if len(flat) != count or isinstance(values, (str, bytes)):
+        parts, flat = [], []
+    all_alone_or_all_pairs = {len(part) for part in parts} in ({1}, {2})
+    is_no_sequence = isinstance(values, (str, bytes, set, frozenset, dict))
+    if len(flat) != count or not all_alone_or_all_pairs or is_no_sequence:
         raise TypeError(f"{name} needs {count} whole numbers, not {values!r}")
     for number in flat:
         if not -_LARGEST <= number <= _LARGEST:
@@ -80,7 +86,15 @@ def colour(text: Any, name: str) -> Tuple[int, int, int]:
         if len(digits) == 7 and digits[0] == "#" and set(digits[1:]) <= set("0123456789abcdef"):
             value = int(digits[1:], 16)
             return value >> 16, value >> 8 & 255, value & 255
-    raise ValueError(f"{name} needs a colour such as '#E07A2C' or orange, not {text!r}")
+    wrong = ValueError if isinstance(text, str) else TypeError
+    raise wrong(f"{name} needs a colour such as '#E07A2C' or orange, not {text!r}")
+
+
+def flag(value: Any, name: str) -> bool:
+    """True or False, of Python or of numpy."""
+    if not isinstance(value, (bool, np.bool_)):
+        raise TypeError(f"{name} needs True or False, not {value!r}")
+    return bool(value)
 
 
 # ---- corners of something seen in perspective

@@ -258,6 +258,7 @@ def temperature(
     """
     warmth = whole_number(temperature, -100, 100, "temperature")
     magenta = whole_number(tint, -100, 100, "tint")
+    choice(order, ("bgr", "rgb"), "order")
     if grey is not None:
         if warmth or magenta:
             raise ValueError("grey cannot go with temperature or tint")

@@ -13,6 +13,7 @@ from roxe._arguments import (
     colour,
     convex_quad,
     decimal_number,
+    flag,
     points,
     require_inside,
     require_near,
@@ -147,11 +148,12 @@ def _cropped(width: int, height: int, angle: float, crop: Crop, edges: str) -> T
 
 def _crop_choice(crop: Any) -> Crop:
     """False, "fit" or "free"."""
-    if crop is True or crop is False:
+    if isinstance(crop, (bool, np.bool_)):
         return "fit" if crop else False
-    if crop not in ("fit", "free"):
-        raise ValueError(f"crop needs True, False, 'fit' or 'free', not {crop!r}")
-    return str(crop)
+    if not isinstance(crop, str) or crop not in ("fit", "free"):
+        wrong = ValueError if isinstance(crop, str) else TypeError
+        raise wrong(f"crop needs True, False, 'fit' or 'free', not {crop!r}")
+    return crop
 
 
 def rotate(
@@ -196,7 +198,7 @@ def rotate(
     degrees = decimal_number(angle, -3600, 3600, "angle")
     source = record(image, "image")
     width, height = source.width, source.height
-    cropping = _crop_choice(crop)
+    cropping, expand = _crop_choice(crop), flag(expand, "expand")
     if cropping and (expand or about is not None):
         raise ValueError(f"crop cannot go with {'expand' if expand else 'about'}")
     turn = math.remainder(degrees, 360.0)
@@ -283,7 +285,7 @@ def straighten(
     source = record(image, "image")
     width, height = source.width, source.height
     ends = points(line, 2, "line")
-    degrees = straightening_angle(line)
+    degrees = straightening_angle([*ends[0], *ends[1]])
     for end in ends:
         require_inside(end, width, height, "line: the point")
     cropping = _crop_choice(crop)

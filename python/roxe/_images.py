@@ -80,7 +80,7 @@ def _refusal(array: object, name: str, channels: int) -> Exception:
 def _as_bytes(array: npt.NDArray[np.generic], name: str) -> str:
     if array.dtype.kind == "f":
         return f"np.rint({name} * 255).astype(np.uint8) if its values run from 0 to 1"
-    if array.dtype == np.uint16:
+    if array.dtype.kind == "u" and array.dtype.itemsize == 2:  # in either order of bytes
         return f"({name} >> 8).astype(np.uint8)"
     if array.dtype.kind == "b":
         return f"{name}.astype(np.uint8) * 255"

@@ -102,7 +102,9 @@ def library() -> ctypes.CDLL:
     """
     opened = _open()
     for name, arguments in SIGNATURES.items():
-        function = getattr(opened, name)
+        function = getattr(opened, name, None)
+        if function is None:
+            raise ImportError(f"{opened._name} is not this version of the library: it lacks {name}")
         function.argtypes = arguments
         function.restype = c_int32
     return opened

@@ -11,8 +11,8 @@ import sys
 
 import pytest
 
-from roxe.batch.__main__ import masks_of, run
-from roxe.batch.folder import Refusal
+from roxe.batch.__main__ import find_photographs, identity_of, masks_of, run
+from roxe.batch.folder import Folder, Refusal
 from roxe.batch.task import process, without_paths
 from pictures import noise
 
@@ -213,7 +213,68 @@ def test_masks_belong_to_the_recipe():
         ["a b.png", "c.png"])
 
 
+def test_masks_are_found_as_the_tool_finds_them():
+    assert masks_of("soft-focus --radius 3 --mask a.png # don't blur\n"
+                    "soft-focus --radius 3 --mask b\\1.png\r\n"
+                    "tint --colour #C8501E --mask-only\n"
+                    "# soft-focus --mask c.png\n") == ["a.png", "b\\1.png"]
+
+
+def test_masks_of_one_name_in_two_folders_both_count(tmp_path):
+    for folder in ("a", "b"):
+        (tmp_path / folder).mkdir()
+        (tmp_path / folder / "mask.png").write_bytes(folder.encode())
+    recipe = "soft-focus --radius 3 --mask a/mask.png\nsoft-focus --radius 3 --mask b/mask.png\n"
+    before = identity_of(recipe, str(tmp_path), [])
+    (tmp_path / "a/mask.png").write_bytes(b"another")
+    other = identity_of(recipe, str(tmp_path), [])
+    (tmp_path / "b/mask.png").write_bytes(b"another")
+    assert before != other != identity_of(recipe, str(tmp_path), [])
+
+
+def test_the_photographs_are_those_of_the_tool(tmp_path):
+    for name in ("a.JPG", "b.png", "c.tif", "d.TIFF", "e.webp", "f.pnm", "g.txt", ".h.jpg"):
+        (tmp_path / name).write_bytes(b"")
+    os.mkfifo(tmp_path / "pipe.jpg")  # opening it would wait for ever
+    os.symlink("nowhere", tmp_path / "z.jpg")  # a failure worth a line
+    assert find_photographs(str(tmp_path), str(tmp_path / "out")) == [
+        "a.JPG", "b.png", "c.tif", "d.TIFF", "e.webp", "f.pnm", "z.jpg"]
+
+
+def test_what_no_batch_has_made_is_kept(job, tmp_path):
+    made = process(job, "000.ppm", None)
+    content = (tmp_path / "out/000.ppm").read_bytes()
+    # A run that ended before it noted its result makes the same again.
+    assert process(job, "000.ppm", None) == made
+    (tmp_path / "out/000.ppm").write_bytes(b"precious")
+    refused = process(job, "000.ppm", None)
+    assert refused["error"] == "000.ppm exists already, and no batch has made it"
+    assert process(job, "000.ppm", refused) == refused
+    assert (tmp_path / "out/000.ppm").read_bytes() == b"precious"
+    assert process(job, "000.ppm", {**made, "output": "000.png"})["error"] == refused["error"]
+    # What a line speaks of is the batch's own, and made again.
+    assert process(job, "000.ppm", made) == made
+    assert (tmp_path / "out/000.ppm").read_bytes() == content
+
+
+def test_a_link_in_the_folder_of_results_does_not_lead_to_the_originals(job, tmp_path):
+    (tmp_path / "in/more").mkdir()
+    (tmp_path / "in/000.ppm").rename(tmp_path / "in/more/000.ppm")
+    (tmp_path / "out").mkdir(exist_ok=True)
+    (tmp_path / "out/more").symlink_to("../in/more")
+    before = (tmp_path / "in/more/000.ppm").read_bytes()
+    assert process(job, "more/000.ppm", None)["error"] == "more/000.ppm: a link leads out of the folder"
+    assert (tmp_path / "in/more/000.ppm").read_bytes() == before
+
+
+def test_a_folder_that_cannot_be_made(tmp_path):
+    (tmp_path / "file").write_bytes(b"")
+    with pytest.raises(Refusal, match="file: the folder cannot be made .Not a directory."):
+        Folder(str(tmp_path / "file"))
+
+
 @pytest.mark.parametrize("arguments, sentence", [
+    (["recipe.txt", "in", "--out", ""], "--out needs a name, not ''"),
     (["recipe.txt", "nowhere", "--out", "out"], "nowhere: is not a folder"),
     (["recipe.txt", "empty", "--out", "out"], "empty: holds no photograph"),
     (["none.txt", "in", "--out", "out"], "none.txt: cannot be read (No such file or directory)"),
@@ -259,7 +320,6 @@ def test_options_of_the_tool_go_to_the_tool_and_into_the_manifest(job, tmp_path)
 
 
 def test_one_batch_at_a_time(tmp_path, monkeypatch):
-    from roxe.batch.folder import Folder
     first = Folder(str(tmp_path))
     with pytest.raises(Refusal, match="another batch is writing to"):
         Folder(str(tmp_path))

@@ -1,6 +1,7 @@
 """The table of signatures against the header, the search for the library, the meaning of statuses."""
 
 import ctypes
+import ctypes.util
 import os
 import pathlib
 import re
@@ -98,6 +99,15 @@ class Answers:
 
     def __getattr__(self, name):
         return lambda *arguments: self.status
+
+
+def test_another_library_is_named():
+    """One without the functions is as good as none."""
+    other = ctypes.util.find_library("c")
+    ran = subprocess.run(
+        [sys.executable, "-c", "import roxe; roxe.natural_size([0, 0, 9, 0, 9, 9, 0, 9])"],
+        env={**os.environ, "ROXE_LIBRARY": other}, capture_output=True, text=True)
+    assert f"ImportError: {other} is not this version of the library: it lacks roxe" in ran.stderr
 
 
 PHOTO = np.full((40, 50, 3), 100, np.uint8)

@@ -28,6 +28,7 @@ IMAGES = [
     ([[1, 2]], TypeError, "needs a numpy array, not list: np.asarray(image, dtype=np.uint8)"),
     (PHOTO.astype(float), TypeError, "dtype float64, not uint8: np.rint(image * 255)"),
     (PHOTO.astype(np.uint16), TypeError, "(image >> 8).astype(np.uint8)"),
+    (PHOTO.astype(">u2"), TypeError, "(image >> 8).astype(np.uint8)"),
     (PHOTO.astype(np.int64), TypeError, "image.clip(0, 255).astype(np.uint8)"),
     (PHOTO > 9, TypeError, "image.astype(np.uint8) * 255"),
     (np.ma.array(PHOTO), TypeError, "image.filled(0)"),
@@ -201,6 +202,47 @@ def test_arguments(call, sentence):
     with pytest.raises((TypeError, ValueError), match="^.{0,8}" + re.escape(sentence)):
         call()
     assert np.array_equal(PHOTO, before)
+
+
+WRONG_TYPES = [
+    (lambda: roxe.rotate(PHOTO, angle="3"), "angle needs a number from -3600 to 3600, not '3'"),
+    (lambda: roxe.rotate(PHOTO, angle=b"3"), "angle needs a number from -3600 to 3600, not b'3'"),
+    (lambda: roxe.rotate(PHOTO, angle=3, expand="no"), "expand needs True or False, not 'no'"),
+    (lambda: roxe.rotate(PHOTO, angle=3, crop=1), "crop needs True, False, 'fit' or 'free', not 1"),
+    (lambda: roxe.rotate(PHOTO, angle=3, edges=None), "edges needs 'repeat' or 'keep', not None"),
+    (lambda: roxe.tint(PHOTO, colour=(1, 2, 3), tolerance=1), "colour needs a colour such as"),
+    (lambda: roxe.tint(PHOTO, colour="red", tolerance=1, order=np.array(["rgb", "bgr"])),
+     "order needs 'bgr' or 'rgb', not array"),
+    (lambda: roxe.straighten(PHOTO, line=((1, 2, 30), (9,))), "line needs 4 whole numbers"),
+    (lambda: roxe.straighten(PHOTO, line=(1, (2, 30), 9)), "line needs 4 whole numbers"),
+    (lambda: roxe.straighten(PHOTO, line={1, 2, 30, 9}), "line needs 4 whole numbers"),
+    (lambda: roxe.straighten(PHOTO, line={1: 0, 2: 0, 30: 0, 9: 0}), "line needs 4 whole numbers"),
+]
+
+
+@pytest.mark.parametrize("call, sentence", WRONG_TYPES)
+def test_wrong_types(call, sentence):
+    with pytest.raises(TypeError, match="^" + re.escape(sentence)):
+        call()
+
+
+def test_numbers_that_no_float_holds():
+    with pytest.raises(ValueError, match="^angle needs a number from -3600 to 3600, not inf$"):
+        roxe.rotate(PHOTO, angle=10**400)
+
+
+def test_the_order_counts_where_nothing_is_to_be_done():
+    with pytest.raises(ValueError, match="^order needs 'bgr' or 'rgb', not 'xyz'$"):
+        roxe.temperature(np.full((3, 3, 3), 7, np.uint8), grey=(1, 1), order="xyz")
+
+
+def test_what_is_as_good_as_the_usual_type():
+    cropped = roxe.rotate(PHOTO, angle=3, crop=True)
+    assert np.array_equal(roxe.rotate(PHOTO, angle=3, crop=np.True_), cropped)
+    assert roxe.rotate(PHOTO, angle=3, crop=np.False_, expand=np.False_).shape == PHOTO.shape
+    level = roxe.straighten(PHOTO, line=(1, 2, 30, 9))
+    for line in (iter([1, 2, 30, 9]), [(1, 2), (30, 9)], np.array([[1, 2], [30, 9]])):
+        assert np.array_equal(roxe.straighten(PHOTO, line=line), level)
 
 
 def test_pictures_beyond_the_memory_of_shadow_highlight():

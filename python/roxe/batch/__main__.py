@@ -5,7 +5,6 @@ import contextlib
 import hashlib
 import os
 import pathlib
-import shlex
 import signal
 import subprocess
 import sys
@@ -17,17 +16,24 @@ from roxe.batch.folder import Folder, Refusal
 from roxe.batch.task import Job, result_name, sha256
 
 OURS = {"--dry-run", "--overwrite", "--skip-existing", "--progress"}  # of the tool's options
-EXTENSIONS = {".jpg", ".jpeg", ".png", ".ppm", ".pgm"}
+# As roxe run takes them from a folder.
+EXTENSIONS = {".jpg", ".jpeg", ".png", ".ppm", ".pgm", ".pnm", ".tif", ".tiff", ".webp"}
 
 
 def find_photographs(source: str, target: str) -> List[str]:
-    """Paths below source, sorted; hidden files and the folder of the results do not count."""
+    """Paths below source, sorted; hidden files and the folder of the results do not count, nor do
+    pipes and devices."""
     found = []
+
+    def is_photograph(path: str) -> bool:
+        return (os.path.splitext(path)[1].lower() in EXTENSIONS
+                and (os.path.isfile(path) or not os.path.exists(path)))
+
     for folder, folders, names in os.walk(source):
         folders[:] = [name for name in folders if not name.startswith(".")
                       and os.path.realpath(os.path.join(folder, name)) != os.path.realpath(target)]
         found += [os.path.relpath(os.path.join(folder, name), source) for name in names
-                  if not name.startswith(".") and os.path.splitext(name)[1].lower() in EXTENSIONS]
+                  if not name.startswith(".") and is_photograph(os.path.join(folder, name))]
     return sorted(found)
 
 
@@ -40,16 +46,37 @@ def refuse_collisions(photographs: Sequence[str], extension: str) -> None:
                           f"{result_name(photograph, extension)}")
 
 
+def words_of(line: str) -> List[str]:
+    """The words of a recipe's line as the tool takes them: quotes hold words together, a # at the
+    start or alone begins a comment, nothing else is special."""
+    spaces = " \t\r\v\f"
+    words: List[str] = []
+    quote, inside = "", False
+    if line.lstrip(spaces).startswith("#"):
+        return words
+    for before, c, after in zip(" " + line, line, line[1:] + " "):
+        if not quote and c == "#" and before in spaces and after in spaces:
+            break
+        if not quote and c in spaces:
+            inside = False
+            continue
+        if not inside:
+            words.append("")
+            inside = True
+        if c == quote:
+            quote = ""
+        elif not quote and c in "\"'":
+            quote = c
+        else:
+            words[-1] += c
+    return words
+
+
 def masks_of(recipe: str) -> List[str]:
     """The files that a recipe names besides the photograph."""
     masks = []
-    for line in recipe.splitlines():
-        if line.lstrip().startswith("#"):
-            continue
-        try:
-            words = shlex.split(line)
-        except ValueError:
-            continue  # the tool will say what is wrong with it
+    for line in recipe.split("\n"):
+        words = words_of(line)
         for word, following in zip(words, words[1:] + [""]):
             if word == "--mask":
                 masks.append(following)
@@ -65,8 +92,11 @@ def identity_of(recipe: str, folder: str, arguments: Sequence[str]) -> Dict[str,
     if arguments:
         identity["options"] = list(arguments)
     with contextlib.suppress(OSError):  # the tool will say that a mask is missing
-        masks = {os.path.basename(mask): sha256(os.path.join(folder, mask))
-                 for mask in masks_of(recipe)}
+        paths = masks_of(recipe)
+        names = [os.path.basename(path) for path in paths]
+        if len(set(names)) < len(names):
+            names = paths
+        masks = {name: sha256(os.path.join(folder, path)) for name, path in zip(names, paths)}
         if masks:
             identity["masks_sha256"] = masks
     return identity
@@ -113,6 +143,8 @@ def prepare(options: argparse.Namespace) -> Tuple[Job, List[str]]:
     """The job without its scratch folder, and the photographs. Raises Refusal."""
     if options.jobs is not None and not 1 <= options.jobs <= 64:
         raise Refusal(f"--jobs needs a whole number from 1 to 64, not {options.jobs}")
+    if not options.out:
+        raise Refusal("--out needs a name, not ''")
     if not os.path.isdir(options.source):
         raise Refusal(f"{options.source}: is not a folder")
     source, target = os.path.realpath(options.source), os.path.realpath(options.out)

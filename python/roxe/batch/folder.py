@@ -29,7 +29,10 @@ class Folder:
         self._manifest = os.path.join(path, MANIFEST)
         self._working = os.path.join(path, WORKING)
         self._journal = os.path.join(self._working, "journal.jsonl")
-        os.makedirs(self._working, exist_ok=True)
+        try:
+            os.makedirs(self._working, exist_ok=True)
+        except OSError as error:
+            raise Refusal(f"{path}: the folder cannot be made ({error.strerror})") from None
         self._lock = open(os.path.join(self._working, "lock"), "w", encoding="utf-8")
         try:
             fcntl.flock(self._lock, fcntl.LOCK_EX | fcntl.LOCK_NB)

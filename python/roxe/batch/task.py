@@ -58,6 +58,20 @@ def is_unchanged(job: Job, entry: Entry, known: Optional[Entry]) -> bool:
         return False
 
 
+FOREIGN = " exists already, and no batch has made it"
+
+
+def is_foreign(target: str, entry: Entry, known: Optional[Entry]) -> bool:
+    """Whether something else than this result stands at its place, and no line speaks of it."""
+    of_another = known is not None and known.get("output", entry["output"]) != entry["output"]
+    if known is not None and not of_another and not known.get("error", "").endswith(FOREIGN):
+        return False
+    try:
+        return bool(sha256(target) != entry["output_sha256"])
+    except FileNotFoundError:
+        return False
+
+
 def process(job: Job, photograph: str, known: Optional[Entry]) -> Entry:
     """Makes one photograph's result and its line of the manifest. Raises OSError if storage fails."""
     source = os.path.join(job["source"], photograph)
@@ -85,9 +99,14 @@ def process(job: Job, photograph: str, known: Optional[Entry]) -> Entry:
             message = without_paths(message.removeprefix("roxe: "), folders)
             return {**entry, "error": message.removeprefix(f"{photograph}: ")}
         made = os.path.join(results, os.path.basename(output))
+        refusal = dict(entry)
         entry.update(output=output, output_sha256=sha256(made))
         target = os.path.join(job["target"], output)
+        if os.path.realpath(os.path.dirname(target)) != os.path.dirname(target):
+            return {**refusal, "error": f"{output}: a link leads out of the folder"}
         os.makedirs(os.path.dirname(target), exist_ok=True)
+        if is_foreign(target, entry, known):
+            return {**refusal, "error": output + FOREIGN}
         os.stat(alive)
         os.replace(made, target)
     return entry

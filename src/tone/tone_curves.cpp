@@ -27,7 +27,7 @@ int32_t depth_for(const CurvePoint* p, float tolerance) {
   return clamp(truncate_to_int32(depth), 0, kDeepest);  // the logarithm of 0 counts as 0
 }
 
-// The points of the segment p, which is to be halved (de Casteljau) depth times more, at least once.
+// The points of the segment p, which is to be halved (de Casteljau) depth times, at least once.
 CurvePoint* emit_halves(CurvePoint* out, const CurvePoint* p, int32_t depth) {
   const CurvePoint ab = middle(p[0], p[1]), bc = middle(p[1], p[2]), cd = middle(p[2], p[3]);
   const CurvePoint abc = middle(ab, bc), bcd = middle(bc, cd);

@@ -78,6 +78,7 @@ void reset_orientation(Metadata& metadata) {
 void swap_axes(Metadata& metadata) {
   std::swap(metadata.density.x, metadata.density.y);
   swap_exif_axes(metadata.exif);
+  swap_xmp_axes(metadata.xmp);
   if (!metadata.jpeg_coding) return;
   for (JpegCoding::Component& component : metadata.jpeg_coding->components) {
     std::swap(component.horizontal_samples, component.vertical_samples);
@@ -87,11 +88,18 @@ void swap_axes(Metadata& metadata) {
   }
 }
 
+bool forget_canvas(Metadata& metadata) {
+  return std::erase_if(metadata.chunks, [](const Metadata::Chunk& chunk) {
+           return chunk.name == "oFFs" || chunk.name == "caNv" || chunk.name == "vpAg";
+         }) > 0;
+}
+
 Metadata metadata_of_result(const Picture& picture, const WriteSettings& settings, Notes& notes) {
   if (settings.strip) return only_colours(picture.metadata);
   Metadata metadata = picture.metadata;
   if (settings.strip_gps) remove_gps(metadata, notes);
   set_exif_size(metadata.exif, picture.width(), picture.height());
+  set_xmp_size(metadata.xmp, picture.width(), picture.height());
   const MakeThumbnail make = [&](size_t most_bytes) { return make_thumbnail(picture, most_bytes); };
   if (renew_exif_thumbnail(metadata.exif, kMostExif, make) == ThumbnailChange::kRemoved)
     notes.push_back("its EXIF thumbnail, of the picture as it was, is left out");

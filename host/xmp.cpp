@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <functional>
 #include <string>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 namespace host {
@@ -89,6 +92,62 @@ std::vector<std::string> prefixes_of(const Bytes& xmp, std::string_view space,
   return prefixes;
 }
 
+constexpr std::string_view kTiffSpace = "http://ns.adobe.com/tiff/1.0/";
+constexpr std::string_view kExifSpace = "http://ns.adobe.com/exif/1.0/";
+
+// The values of a property without white space around them, in their order.
+struct Value {
+  size_t begin, end;
+};
+std::vector<Value> values_of(const Bytes& xmp, std::string_view space, std::string_view usual,
+                             std::string_view name) {
+  const auto prefixes = prefixes_of(xmp, space, usual);
+  const std::string_view text = text_of(xmp);
+  std::vector<Value> values;
+  for_each_property(xmp, [&](const Property& property) {
+    if (property.name != name) return;
+    if (std::find(prefixes.begin(), prefixes.end(), property.prefix) == prefixes.end()) return;
+    Value value = {property.value_begin, property.value_end};
+    while (value.begin < value.end && kSpace.find(text[value.begin]) != kSpace.npos) ++value.begin;
+    while (value.begin < value.end && kSpace.find(text[value.end - 1]) != kSpace.npos) --value.end;
+    values.push_back(value);
+  });
+  return values;
+}
+
+// Puts a text in the place of each value. One inside another, as only a malformed packet has it,
+// stays.
+void replace(Bytes& xmp, const std::vector<Value>& values, std::string_view text) {
+  if (values.empty()) return;
+  Bytes changed;
+  size_t copied = 0;
+  const auto copy_up_to = [&](size_t end) {
+    changed.insert(changed.end(), xmp.begin() + static_cast<ptrdiff_t>(copied),
+                   xmp.begin() + static_cast<ptrdiff_t>(end));
+  };
+  for (const Value& value : values) {
+    if (value.begin < copied) continue;
+    copy_up_to(value.begin);
+    changed.insert(changed.end(), text.begin(), text.end());
+    copied = value.end;
+  }
+  copy_up_to(xmp.size());
+  xmp = std::move(changed);
+}
+
+void set_number(Bytes& xmp, std::string_view space, std::string_view usual, std::string_view name,
+                int32_t number) {
+  std::vector<Value> values = values_of(xmp, space, usual, name);
+  std::erase_if(values, [&](const Value& value) {
+    int32_t known = 0;
+    const char* text = text_of(xmp).data();
+    const auto [end, error] = std::from_chars(text + value.begin, text + value.end, known);
+    const bool is_number = error == std::errc() && end == text + value.end && known >= 0;
+    return !is_number || known == number;
+  });
+  replace(xmp, values, std::to_string(number));
+}
+
 std::string lower_case(std::string_view text) {
   std::string lower(text);
   for (char& c : lower) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
@@ -98,7 +157,7 @@ std::string lower_case(std::string_view text) {
 }  // namespace
 
 void reset_xmp_orientation(Bytes& xmp) {
-  const auto prefixes = prefixes_of(xmp, "http://ns.adobe.com/tiff/1.0/", "tiff");
+  const auto prefixes = prefixes_of(xmp, kTiffSpace, "tiff");
   for_each_property(xmp, [&](const Property& property) {
     if (property.name != "Orientation") return;
     if (std::find(prefixes.begin(), prefixes.end(), property.prefix) == prefixes.end()) return;
@@ -110,6 +169,26 @@ void reset_xmp_orientation(Bytes& xmp) {
     std::fill(first, last, static_cast<uint8_t>('0'));
     if (first != last) *(last - 1) = '1';
   });
+}
+
+void set_xmp_size(Bytes& xmp, int32_t width, int32_t height) {
+  set_number(xmp, kExifSpace, "exif", "PixelXDimension", width);
+  set_number(xmp, kExifSpace, "exif", "PixelYDimension", height);
+  set_number(xmp, kTiffSpace, "tiff", "ImageWidth", width);
+  set_number(xmp, kTiffSpace, "tiff", "ImageLength", height);
+}
+
+void swap_xmp_axes(Bytes& xmp) {
+  const auto find = [&](std::string_view name) { return values_of(xmp, kTiffSpace, "tiff", name); };
+  const auto x = find("XResolution"), y = find("YResolution");
+  if (x.empty() || y.empty()) return;
+  const auto text = [&](const Value& value) {
+    return std::string(text_of(xmp).substr(value.begin, value.end - value.begin));
+  };
+  const std::string old_x = text(x[0]), old_y = text(y[0]);
+  if (old_x == old_y) return;
+  replace(xmp, x, old_y);
+  replace(xmp, find("YResolution"), old_x);
 }
 
 void remove_xmp_gps(Bytes& xmp) {

@@ -1,4 +1,4 @@
-// What the tool changes in an XMP packet: characters in place, so that its length stays.
+// What the tool changes in an XMP packet: the characters of a few values, and nothing around them.
 #ifndef ROXE_HOST_XMP_H_
 #define ROXE_HOST_XMP_H_
 
@@ -10,6 +10,13 @@ namespace host {
 
 // Sets tiff:Orientation to 1, written as an attribute or as an element.
 void reset_xmp_orientation(Bytes& xmp);
+
+// Sets exif:PixelXDimension and tiff:ImageWidth to the width, exif:PixelYDimension and tiff:ImageLength
+// to the height, where these are whole numbers.
+void set_xmp_size(Bytes& xmp, int32_t width, int32_t height);
+
+// Exchanges tiff:XResolution and tiff:YResolution.
+void swap_xmp_axes(Bytes& xmp);
 
 // Puts spaces in the place of every property whose name begins with GPS, in any name space and
 // case, and of what the camera's maker calls latitude and longitude.

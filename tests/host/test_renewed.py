@@ -208,6 +208,42 @@ class Sizes(Blocks):
         self.assertEqual(blocks.entries_of(new, 8)[0][0x0100],
                          (LONG, 1, struct.pack("<I", 70_000)))
 
+    def packet_of(self, name):
+        packet, = [payload[len(XMP_PREFIX):] for marker, payload in jpeg_segments(self.read(name))
+                   if marker == 0xE1 and payload.startswith(XMP_PREFIX)]
+        return packet.decode()
+
+    def test_of_the_packet(self):
+        """The result has 60 × 40 pixels, whatever stood there."""
+        exif = "xmlns:{}='http://ns.adobe.com/exif/1.0/'"
+        for before, after in (
+                ("<d exif:PixelXDimension='4000' exif:PixelYDimension=\"3\" tiff:ImageWidth='4000'/>",
+                 "<d exif:PixelXDimension='60' exif:PixelYDimension=\"40\" tiff:ImageWidth='60'/>"),
+                ("<d><tiff:ImageWidth> 9\n</tiff:ImageWidth><tiff:ImageLength>300</tiff:ImageLength></d>",
+                 "<d><tiff:ImageWidth> 60\n</tiff:ImageWidth><tiff:ImageLength>40</tiff:ImageLength></d>"),
+                (f"<d {exif.format('e')} e:PixelXDimension='7' u:PixelXDimension='7'/>",
+                 f"<d {exif.format('e')} e:PixelXDimension='60' u:PixelXDimension='7'/>"),
+                # What says so already, and what is no number.
+                ("<d tiff:ImageWidth='060' tiff:ImageLength='-1'/>", None),
+                ("<d tiff:ImageWidth='' tiff:ImageLength='3 4'/><tiff:ImageWidth/>", None),
+                ("<d tiff:PixelXDimension='7' exif:ImageWidth='7'/>", None),
+                ("<tiff:ImageWidth", None), ("<tiff:ImageWidth>6", None), ("<tiff:ImageWidth='6", None)):
+            self.write("in.jpg", with_segments(self.base(), [(0xE1, XMP_PREFIX + before.encode())]))
+            self.copy("in.jpg", "out.jpg")
+            self.assertEqual(self.packet_of("out.jpg"), after or before)
+        # A packet of a million sizes takes a second and not a day.
+        packet = b"<d" + b" tiff:ImageWidth='1'" * 1_000_000 + b"/>"
+        text = b"XML:com.adobe.xmp\0\0\0\0\0"
+        self.write("in.png", png(2, 1, 8, 2, [b"\1\2\3\4\5\6"], [chunk(b"iTXt", text + packet)]))
+        self.copy("in.png", "out.png")
+        self.assertEqual(dict(png_chunks(self.read("out.png")))[b"iTXt"],
+                         text + packet.replace(b"'1'", b"'2'"))
+        packet = b"<d exif:PixelXDimension='60' exif:PixelYDimension='40'/>"
+        self.write("in.jpg", with_segments(self.base(), [(0xE1, XMP_PREFIX + packet)]))
+        self.succeed("rotate", "in.jpg", "out.jpg", "--angle", 90)
+        self.assertEqual(self.packet_of("out.jpg"),
+                         "<d exif:PixelXDimension='40' exif:PixelYDimension='60'/>")
+
 
 class Orientations(Blocks):
     def test_any_integer_type_and_count(self):
@@ -275,6 +311,41 @@ class Resolutions(Blocks):
             per_metre = [round(value / 0.0254) for value in (x, y)]
             self.assertEqual(struct.unpack(">IIB", dict(png_chunks(self.read("out.png")))[b"pHYs"]),
                              (*per_metre, 1))
+
+
+    def test_those_of_the_packet_too(self):
+        for before, after in (
+                ("<d tiff:XResolution='300/1' tiff:YResolution='72/1'/>",
+                 "<d tiff:XResolution='72/1' tiff:YResolution='300/1'/>"),
+                ("<tiff:XResolution>72/1</tiff:XResolution><d tiff:YResolution='3000/10'/>",
+                 "<tiff:XResolution>3000/10</tiff:XResolution><d tiff:YResolution='72/1'/>"),
+                ("<d tiff:XResolution='300/1'/>", None),
+                ("<d tiff:XResolution='300/1' tiff:YResolution='300/1'/>", None)):
+            packet = before.encode()
+            self.write("in.jpg", with_segments(self.base(), [(0xE1, XMP_PREFIX + packet)]))
+            for angle, expected in ((90, after or before), (180, before)):
+                self.succeed("rotate", "in.jpg", "out.jpg", "--angle", angle)
+                new, = [payload for marker, payload in jpeg_segments(self.read("out.jpg"))
+                        if marker == 0xE1]
+                self.assertEqual(new[len(XMP_PREFIX):], expected.encode())
+
+
+class Places(Blocks):
+    def test_on_a_canvas(self):
+        """A cut picture may know where it lay. It lies elsewhere once its pixels have moved."""
+        rows = [bytes(range(12)), bytes(range(12))]
+        canvas = [(b"oFFs", struct.pack(">iiB", 10, 5, 0)),
+                  (b"caNv", struct.pack(">IIii", 60, 40, 10, 5)), (b"vpAg", struct.pack(">IIB", 60, 40, 0))]
+        self.write("in.png", png(4, 2, 8, 2, rows, [chunk(*c) for c in canvas]))
+        names = [name for name, _ in canvas]
+        for command, kept in ((("variations", "--red", 1), True), (("rotate", "--angle", 90), False),
+                              (("rotate", "--angle", 3), False)):
+            result = self.run_tool(command[0], "in.png", "out.png", *command[1:])
+            chunks = dict(png_chunks(self.read("out.png")))
+            self.assertEqual([c for c in canvas if chunks.get(c[0]) == c[1]], canvas if kept else [])
+            self.assertEqual("roxe: note: in.png: its place on a canvas is left out, as the picture has "
+                             "moved\n" in result.stderr, not kept)
+            self.assertEqual([name for name in names if name in chunks], names if kept else [])
 
 
 class Stripped(Blocks):

@@ -36,7 +36,6 @@ static constexpr RowKernels wide_rows(const char* name) {
   rows.look_up = look_up_wide;
   if constexpr (kWideTables) rows.look_up_bgr = look_up_bgr_wide;
   if constexpr (!kPlainSimpleRows) {
-    rows.blend_masked = blend_masked_wide;
     rows.box_row_16 = box_row_16_wide;
     rows.box_row_32 = box_row_32_wide;
     rows.intensities = intensities_wide;
@@ -47,6 +46,7 @@ static constexpr RowKernels wide_rows(const char* name) {
   rows.resample_band = resample_band_wide;
 
   // blur
+  rows.blend_masked = blend_masked_wide;
   rows.to_lanes = to_lanes_wide;
   rows.from_lanes = from_lanes_wide;
 

@@ -115,8 +115,7 @@ static inline Bytes look_up(const HalfTable& t, Bytes index) {
 }
 constexpr bool kWideTables = true, kQuickTables = false;
 // Instructions a pixel, plain and wide, by g++, and the cycles that llvm-mca expects of them on a
-// Neoverse N1 and on an M1 (of the plain blend and intensities g++ makes loads of three channels):
-//   blend_masked 1.6 and 3.5 (of clang 5.6); 1.9 and 1.5, 1.25 and 0.88
+// Neoverse N1 and on an M1 (of the plain intensities g++ makes loads of three channels):
 //   intensities 3.1 and 4.1; 1.97 and 1.95, 0.97 and 1.06
 //   box_row_16 9.5 and 12.9; 4.1 and 5.6, 2.2 and 2.9
 //   box_row_32 10.6 and 11.8; 5.0 and 4.8, 2.5 and 2.6

@@ -90,8 +90,8 @@ static Bytes look_up(const HalfTable& table, Bytes index);
 // expects them to take 4 to 62 % more cycles on a Neoverse N1, up to 15 % more and once 1 % fewer
 // on an M1.
 static_assert(kWideTables || !kQuickTables);
-// kPlainSimpleRows: whether blend_masked, box_row_16, box_row_32 and intensities are the plain rows,
-// of which the compiler makes fewer instructions than of the wide ones.
+// kPlainSimpleRows: whether box_row_16, box_row_32 and intensities are the plain rows, of which the
+// compiler makes fewer instructions than of the wide ones.
 // FloatTable: 256 or 512 floats, of which those from 256 on are equal. 4 * kDwords entries are
 // looked up at a time, in two steps: keep stores their indices, of which vector(k) gives the
 // kDwords from number k on; at(k) of what look_up then gives are the kDwords entries from there on.

@@ -334,9 +334,6 @@ def natural_size(corners: Sequence[Any]) -> Tuple[int, int]:
 
 def _fitted(natural: Tuple[int, int], fit: Tuple[int, int]) -> Tuple[int, int]:
     """What is left of a frame when the natural proportions are fitted into it."""
-    # The library compares the proportions as 32-bit products.
-    if max(natural[0] * fit[1], natural[1] * fit[0]) > 2**31 - 1:
-        raise ValueError("fit is too large for these corners; use size")
     if natural[0] * fit[1] > natural[1] * fit[0]:
         drawn = (fit[0], natural[1] * fit[0] // natural[0])
     else:
@@ -384,23 +381,22 @@ def perspective(
     require_near(around, source.width, source.height, "corners")
     if size is not None and fit is not None:
         raise ValueError("size cannot go with fit")
-    frame = drawn = natural
+    drawn = natural
     if size is not None:
         drawn = size_argument(size, "size")
     elif fit is not None:
-        frame = size_argument(fit, "fit")
-        drawn = _fitted(natural, frame)
+        drawn = _fitted(natural, size_argument(fit, "fit"))
     drawing = _Drawing(image, out, *drawn, edges, background, order)
     packed = drawing.source()
     quad = Quad(*drawing.shifted(around))
-    if size is not None:
+    if size is not None or fit is not None:
         status = library().roxeAffineTransform(
             packed, drawing.target, quad, None, PixelRect(0, 0, *drawn)
         )
         expect(status, _native.OK, {_native.PARAM: no_memory()})
     else:
         status = library().roxePerspectiveDistortionCorrection(
-            packed, drawing.target, quad, 0, 0, PixelRect(0, 0, *frame)
+            packed, drawing.target, quad, 0, 0, PixelRect(0, 0, *drawn)
         )
         # 2 is this function's own word for success.
         expect(status, 2, {4: ValueError("corners have no natural size"), 0: no_memory()})

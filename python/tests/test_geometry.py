@@ -173,6 +173,22 @@ def test_perspective_draws_what_is_upright_already():
     assert roxe.perspective(picture, corners=corners, size=(7, 3)).shape == (3, 7, 3)
 
 
+@pytest.mark.parametrize("shape, corners, fit", [
+    ((6, 4), (3, 1, 1, 4, 0, 2, 4, 2), (75, 41)),
+    ((6, 96), (29, 4, 5, 2, 74, 2, 41, 0), (29, 28)),
+    ((2, 18), (7, 2, 11, 1, 18, 1, 16, 0), (71, 48)),
+    ((5, 3), (1, 4, 3, 4, 0, 3, 1, 1), (79, 58)),
+    ((40, 50), (10, 5, 30, 5, 30, 25, 10, 25), (10**8, 60))])
+def test_fit_is_a_size_of_the_natural_proportions(shape, corners, fit):
+    """However flat the corners lie; as the tool draws it."""
+    picture = noise(*shape)
+    fitted = roxe.perspective(picture, corners=corners, fit=fit)
+    natural, drawn = roxe.natural_size(corners), fitted.shape[1::-1]
+    assert all(drawn[i] <= fit[i] for i in (0, 1)) and any(drawn[i] == fit[i] for i in (0, 1))
+    assert abs(drawn[0] * natural[1] - drawn[1] * natural[0]) < max(natural)
+    assert np.array_equal(fitted, roxe.perspective(picture, corners=corners, size=drawn))
+
+
 def test_repeat_reaches_the_last_row_and_column():
     picture = np.full((20, 30, 3), 200, np.uint8)
     corners = [(0, 0), (30, 0), (30, 20), (0, 20)]

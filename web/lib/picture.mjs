@@ -213,9 +213,9 @@ export class Picture {
   perspective(options) {
     const {corners, size, fit, edges, background} = read('perspective', options);
     if (size && fit) throw new TypeError('size excludes fit');
-    this.#requireNear(corners, this.width, this.height, 'corners');
     const quad = outline(corners, 'corners', true);
     const natural = Picture.naturalSize(this.#native, corners, 'corners');
+    this.#requireNear(corners, this.width, this.height, 'corners');
     let drawn = size ?? natural;
     if (fit) {
       const across = natural[1] * fit[0], down = natural[0] * fit[1];
@@ -237,10 +237,10 @@ export class Picture {
   warp(options) {
     const {from: source, to: target, size, edges, background} = read('warp', options);
     const drawn = size ?? [this.width, this.height];
-    this.#requireNear(source, this.width, this.height, 'from');
-    this.#requireNear(target, ...drawn, 'to');
     outline(source, 'from', false);
     outline(target, 'to', false);
+    this.#requireNear(source, this.width, this.height, 'from');
+    this.#requireNear(target, ...drawn, 'to');
     return this.#draw('warp', drawn, edges, background, (from, to, shift) =>
       this.#native.with([...source.map((v) => v + shift), ...target, 0, 0, ...drawn], (pointer) =>
         this.#native.call.roxeAffineTransform(from, to, pointer, pointer + 32, pointer + 64)));

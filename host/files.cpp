@@ -6,6 +6,7 @@
 #include <charconv>
 #include <climits>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <iterator>
@@ -327,6 +328,14 @@ std::optional<FileIdentity> identity_of(const std::string& path) {
   struct stat status;
   if (::stat(path.c_str(), &status) != 0) return {};
   return FileIdentity{status.st_dev, status.st_ino};
+}
+
+void keep_standard_streams() {
+  // The lowest number that is free is the one that is given.
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (::fcntl(stream, F_GETFD) < 0 &&
+        ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY) != stream)
+      std::_Exit(1);  // nobody could be told why
 }
 
 void prepare_for_signals() {

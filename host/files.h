@@ -56,6 +56,10 @@ struct FileIdentity {
 };
 std::optional<FileIdentity> identity_of(const std::string& path);
 
+// Sees to it that no file is opened under the number of a standard stream that is closed, where
+// sentences would be written into it. Using the stream still fails.
+void keep_standard_streams();
+
 // From now on an interrupted program takes its temporary files away before it ends, and a limit on
 // the size of files makes write_file fail instead of ending the program.
 void prepare_for_signals();

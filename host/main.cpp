@@ -55,6 +55,7 @@ int run(int argc, char** argv) {
 }  // namespace host
 
 int main(int argc, char** argv) {
+  host::keep_standard_streams();
   host::prepare_for_signals();
   try {
     const int code = host::run(argc, argv);

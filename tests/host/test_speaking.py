@@ -4,7 +4,7 @@ import os
 import subprocess
 import unittest
 
-from pictures import TOOL, ToolTest, plain, ppm
+from pictures import TOOL, ToolTest, plain, ppm, speckled
 
 
 class Answers(ToolTest):
@@ -34,6 +34,18 @@ class Names(ToolTest):
         (b"a\xf4\x90\x80\x80\xe2\x82.ppm", "a??????.ppm"),   # beyond the last character, cut short
         ("Übergröße 写真 📷.ppm".encode(), "Übergröße 写真 📷.ppm"),
     )
+
+    def test_no_file_takes_the_place_of_a_closed_stream(self):
+        """Sentences would be written into it."""
+        os.mkfifo(self.path("in.ppm"))
+        tool = subprocess.Popen(["sh", "-c", 'exec "$@" <&- >&- 2>&-', "sh", TOOL, "variations",
+                                 "in.ppm", "out.ppm", "--red", "1"], cwd=self.folder)
+        with open(self.path("in.ppm"), "wb") as pipe:  # the tool has opened its other end
+            streams = [os.readlink(f"/proc/{tool.pid}/fd/{number}") for number in range(3)]
+            pipe.write(ppm(speckled(4, 3)))
+        self.assertEqual(tool.wait(timeout=60), 1)  # it cannot say what it did
+        self.assertEqual(streams, ["/dev/null"] * 3)
+        self.assertTrue(self.read("out.ppm").startswith(b"P6"))
 
     def test_names_cannot_drive_a_terminal(self):
         picture = ppm(plain(9, 9, (1, 2, 3)))

@@ -72,7 +72,7 @@ export interface WarpOptions extends Drawing {
 export interface SoftFocusOptions {
   /** Width of the blur in pixels, a length: 1 ... 100000. */
   radius: number;
-  /** Of the same size: white stays sharp, black is blurred. */
+  /** Of the same size: white stays sharp, black is blurred, as is what is transparent. */
   mask?: Image;
   /** Width of the blur of the mask's edges (default: 1, none). */
   maskRadius?: number;

@@ -96,6 +96,16 @@ function withRgba(native, image, work) {
   }
 }
 
+// What is transparent of a mask counts as black, as the tool takes it.
+function layOverBlack(rgba) {
+  for (let i = 0; i < rgba.length; i += 4) {
+    const alpha = rgba[i + 3];
+    if (alpha === 255) continue;
+    for (let channel = i; channel < i + 3; ++channel)
+      rgba[channel] = Math.round(rgba[channel] * alpha / 255);
+  }
+}
+
 /** A picture in the module's memory. Its operations change it and return it; close() gives its memory
  * back. */
 export class Picture {
@@ -260,7 +270,10 @@ export class Picture {
     try {
       if (mask) {
         grey = new Plane(native, mask.width, mask.height, GRAY8);
-        withRgba(native, mask, (rgba) => native.call.take_brightness(rgba, grey.pointer, grey.pixels));
+        withRgba(native, mask, (rgba) => {
+          layOverBlack(native.bytes(rgba, 4 * grey.pixels));
+          native.call.take_brightness(rgba, grey.pointer, grey.pixels);
+        });
       }
       const records = [...this.#colours.record, ...result.record, ...(grey ? grey.record : [])];
       expectOk(native.with(records, (pointer) =>

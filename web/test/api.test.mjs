@@ -167,6 +167,15 @@ for (const [width, height] of [[40000, 40000], [65536, 65536], [37838, 37838]])
     assert.deepEqual(roxe.rotate(good, {angle: 0}).data, good.data);
   });
 
+test('what is transparent of a mask counts as black', () => {
+  const picture = image(20, 10, (x, y) => [(x * 37 + y * 91) % 256, (x * 11) % 256, (y * 53) % 256]);
+  const white = image(20, 10, () => [255, 255, 255], (x) => (x < 8 ? 0 : x < 14 ? 128 : 255));
+  const grey = image(20, 10, (x) => Array(3).fill(x < 8 ? 0 : x < 14 ? 128 : 255));
+  assert.deepEqual(roxe.softFocus(picture, {radius: 5, mask: white}).data,
+    roxe.softFocus(picture, {radius: 5, mask: grey}).data);
+  assert.deepEqual([...white.data.slice(0, 4)], [255, 255, 255, 0]);  // the mask stays as it is
+});
+
 test('a closed picture says that it is closed', () => {
   const picture = roxe.open(good);
   picture.close();

@@ -34,8 +34,8 @@ static inline uint32_t magnitude(int32_t a) {
   return a < 0 ? 0 - static_cast<uint32_t>(a) : static_cast<uint32_t>(a);
 }
 
-// Whether value lies halfway between two floats: 25 bits, of which the last is 1, or fewer below the
-// smallest normal float; some values down there are merely suspected.
+// Whether value lies halfway between two floats: 25 bits, of which the last is 1, or fewer below
+// the smallest normal float; some values down there are merely suspected.
 static inline bool may_be_halfway(double value, uint64_t bits) {
   const bool subnormal = value < 0x1p-126 && value > -0x1p-126 && value != 0;
   return (bits & 0x1fffffff) == 0x10000000 || subnormal;

@@ -1,7 +1,7 @@
 // The box blur along rows in lanes: a column is 32 bytes at every width of vectors.
 
-// Rows come from outer caches or memory. Without fetching them ahead soft focus takes, at lengths of
-// 21 and 256, 0.06 and 0.17 ns a pixel more with AVX2, 0.11 and 0.19 with AVX-512 (5 and 7 %).
+// Rows come from outer caches or memory. Without fetching them ahead soft focus takes, at lengths
+// of 21 and 256, 0.06 and 0.17 ns a pixel more with AVX2, 0.11 and 0.19 with AVX-512 (5 and 7 %).
 constexpr int32_t kAhead = 2048;
 
 static inline void add_to(int16_t* sums, const LaneWords& change) {

@@ -68,7 +68,8 @@ static inline Words distances_of(const SelectionWords& of, Words value, Words sa
   };
   const Words quarter =  // saturates above every limit
       pack(each(quarter_chord, dwords_of(saturation), dwords_of(rise, saturation), cosines));
-  // (quarter * reciprocal) >> 14. For limit 1 the factor becomes 0, and so is every distance inside.
+  // (quarter * reciprocal) >> 14. For limit 1 the factor becomes 0, and so is every distance
+  // inside.
   const Words distance = mul_high(quarter, all_words(4 * of.limit_reciprocal));
   return select(at_most(all_words(of.limit_squared), quarter), all_words(of.limit), distance);
 }

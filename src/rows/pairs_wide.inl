@@ -1,5 +1,5 @@
-// Pairs: what interleaving makes of the low and of the high halves of a vector's blocks. Packing, or
-// storing both, ends what is done with each.
+// Pairs: what interleaving makes of the low and of the high halves of a vector's blocks. Packing,
+// or storing both, ends what is done with each.
 template <class T>
 struct Pair {
   T low, high;

@@ -3,8 +3,8 @@
 // Too few pixels to prepare anything for.
 static inline bool is_small(const PixelBand& band) { return int64_t{band.rows} * band.count < 16; }
 
-// Calls part(src, dst, count) for at most kMost pixels at a time. The rest of a row is filled up with
-// black to a whole vector.
+// Calls part(src, dst, count) for at most kMost pixels at a time. The rest of a row is filled up
+// with black to a whole vector.
 template <int32_t kMost, class Part>
 static inline void for_each_part(const PixelBand& band, const Part& part) {
   for_each_row(band, [&](const uint8_t* src, uint8_t* dst, int32_t count) {

@@ -1,5 +1,5 @@
-// Rotation where pixels lie inside the source: kDwords pixels at a time. Each pixel is fetched as two
-// 8-byte loads, two neighbours and the two below; pixels that lie in one row of the source are
+// Rotation where pixels lie inside the source: kDwords pixels at a time. Each pixel is fetched as
+// two 8-byte loads, two neighbours and the two below; pixels that lie in one row of the source are
 // fetched together.
 
 // Elements first ... last - 1 of a row.
@@ -163,10 +163,10 @@ static bool is_steeper(const RotationWalk& walk, int64_t slope) {
 // Strips of columns: the steeper the walk, the more rows of the source a row of the destination
 // crosses, and these are to stay in the first cache until the next row needs them. At 85 degrees
 // 12 million pixels (AVX-512) take 0.95 ns each in strips of 512 and 1.18 in strips of 1024; at 45
-// degrees 1.02 and 1.09, and 1.37 in strips of 128. Without fetching the source ahead they take 1.37
-// at 85 degrees and 3.3 instead of 1.3 at 7.3 degrees; without the destination 1.10 at 85 degrees.
-// Where nothing can be fetched ahead a line should serve more pixels: in WebAssembly 7.3 degrees take
-// 2.9 ns in strips of 2048 and 3.9 in strips of 1024.
+// degrees 1.02 and 1.09, and 1.37 in strips of 128. Without fetching the source ahead they take
+// 1.37 at 85 degrees and 3.3 instead of 1.3 at 7.3 degrees; without the destination 1.10 at 85
+// degrees. Where nothing can be fetched ahead a line should serve more pixels: in WebAssembly 7.3
+// degrees take 2.9 ns in strips of 2048 and 3.9 in strips of 1024.
 constexpr int32_t kFlatStrip = kFetchesAhead ? 1024 : 2048, kSlantedStrip = 512;
 
 static void rotate_wide(const RotationWalk& walk, uint8_t* dst, ptrdiff_t dst_stride, int32_t rows,

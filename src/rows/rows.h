@@ -41,8 +41,8 @@ static inline FixedCoordinate advanced(FixedCoordinate at, int32_t step, int32_t
   return {static_cast<int32_t>(sum >> 16), static_cast<int32_t>(sum & 65535)};
 }
 
-// A walk through a 24-bit picture in parallel rows: where the first pixel is sampled, the step to the
-// next one and the step to the next row.
+// A walk through a 24-bit picture in parallel rows: where the first pixel is sampled, the step to
+// the next one and the step to the next row.
 struct RotationWalk {
   const uint8_t* src;
   ptrdiff_t src_stride;

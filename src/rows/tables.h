@@ -21,8 +21,8 @@ struct RowTable {
   bool (*is_runnable)();  // by what the processor and the operating system can do
 };
 
-// The compiler's own run-time support answers (it knows before any code of the library runs): asking
-// the processor each time would cost several microseconds a call on a virtual machine.
+// The compiler's own run-time support answers (it knows before any code of the library runs):
+// asking the processor each time would cost several microseconds a call on a virtual machine.
 static constexpr RowTable kRowTables[] = {
     {&kPlainRows, [] { return true; }},
 #if defined(__x86_64__)

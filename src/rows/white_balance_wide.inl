@@ -142,8 +142,8 @@ static inline Pair<SignedDwords> luminance_of(Words red, Words green, Words blue
   return each(luminance, dwords_of(red, green), dwords_of(blue));
 }
 
-// 4096 * a / b as a float division: exact for 4096 * a below 2^24. b = 0 counts as 1: nobody asks for
-// that ratio, but a division by 0 would raise an exception.
+// 4096 * a / b as a float division: exact for 4096 * a below 2^24. b = 0 counts as 1: nobody asks
+// for that ratio, but a division by 0 would raise an exception.
 static inline SignedDwords ratio_of(SignedDwords a, SignedDwords b) {
   const SignedDwords at_least_1 = (SignedDwords)max((Dwords)b, all_dwords(1));
   return truncate(to_floats(a) * 4096.0f / to_floats(at_least_1));

@@ -13,8 +13,9 @@ static inline bool fits_words(const ColourShift& shift) {
 }
 
 // Gains of a channel without a mix of channels. Below 3, four times a channel is a signed word, and
-// so is the luminance as long as blue stays below 16. The gain of red is not too small either: where
-// red stays below 2 and blue spills, 16 * red is then below 65536 and red * blue below 2^13 * 4096.
+// so is the luminance as long as blue stays below 16. The gain of red is not too small either:
+// where red stays below 2 and blue spills, 16 * red is then below 65536 and red * blue below 2^13 *
+// 4096.
 constexpr int32_t kLeastRedGain = 4096 / 32, kGainsInWords = 3 * 4096,
                   kBlueGainsInWords = 16 * 4096;
 

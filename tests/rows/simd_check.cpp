@@ -206,8 +206,6 @@ class Check {
            [&](int32_t i) { return a[i] <= b[i] ? a[i] : b[i]; });
     expect("without", select(without(at_most(a, b), equal(a, b)), yes, Bytes{}),
            [&](int32_t i) { return a[i] < b[i] ? 255 : 0; });
-    expect("either", select(either(at_most(b, a), equal(a, b)), yes, Bytes{}),
-           [&](int32_t i) { return a[i] >= b[i] ? 255 : 0; });
     const Words aw = (Words)a, bw = (Words)b;
     const SignedWords as = (SignedWords)a, bs = (SignedWords)b;
     expect("equal words", select(equal(aw, bw), aw, Words{}),

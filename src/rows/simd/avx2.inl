@@ -90,8 +90,8 @@ static inline Corners corners_side_by_side(const uint8_t* upper, ptrdiff_t strid
   return {{pick(first, 2), pick((Bytes)_mm256_alignr_epi8((I)last, (I)first, 8), 0),
            pick((Bytes)_mm256_alignr_epi8((I)last, (I)first, 14), 0), pick(last, 4)}};
 }
-// Broadcasts and blends leave the shuffle units alone: resample_band takes 0.03 ns a pixel less than
-// with pairs of loads.
+// Broadcasts and blends leave the shuffle units alone: resample_band takes 0.03 ns a pixel less
+// than with pairs of loads.
 static inline Bytes load_4_pairs(const uint8_t* a, const uint8_t* b, const uint8_t* c,
                                  const uint8_t* d) {
   const auto in_all = [](const uint8_t* p) { return _mm256_set1_epi64x(load<int64_t>(p)); };

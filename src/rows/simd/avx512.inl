@@ -132,8 +132,8 @@ static inline Corners corners_side_by_side(const uint8_t* upper, ptrdiff_t strid
            corners([](int block) { return 4 * block + 2; }),
            corners([](int block) { return 4 * block + 3; })}};
 }
-// Broadcasts and blends leave the shuffle units alone: resample_band takes 0.06 ns a pixel less than
-// with pairs of loads.
+// Broadcasts and blends leave the shuffle units alone: resample_band takes 0.06 ns a pixel less
+// than with pairs of loads.
 static inline Bytes half_of_pairs(const uint8_t* p, const int32_t* offsets, int32_t half) {
   const auto four_pairs = [p](const int32_t* o) {
     const auto in_all = [&](int32_t i) { return _mm256_set1_epi64x(load<int64_t>(p + o[i])); };
@@ -160,7 +160,8 @@ static inline void store_mixes(uint8_t* dst, Bytes mixes) {
   _mm512_mask_storeu_epi32(dst, 0x0fff, (I)pixels);
 }
 static void store_mixes_and_4_bytes(uint8_t* dst, Bytes v) { store_mixes(dst, v); }
-// Rows r and r + 4 of a tile lie in the halves of one vector; columns c and c + 4 in one of the tile.
+// Rows r and r + 4 of a tile lie in the halves of one vector; columns c and c + 4 in one of the
+// tile.
 struct TileRows {
   Bytes two[4];
 };
@@ -183,9 +184,9 @@ static void store_row(uint8_t* dst, const TileRows& rows, int32_t r) {
   _mm256_mask_storeu_epi32(dst, 0x3f, r < 4 ? first_half(two) : last_half(two));
 }
 
-// A column of 32 lanes: half a vector of bytes, a vector of words, two of dwords. With AVX2's vectors
-// box_row_16 takes 0.32 ns a pixel instead of 0.28 (soft focus 21 takes 14 % longer), box_row_32 2 %
-// less.
+// A column of 32 lanes: half a vector of bytes, a vector of words, two of dwords. With AVX2's
+// vectors box_row_16 takes 0.32 ns a pixel instead of 0.28 (soft focus 21 takes 14 % longer),
+// box_row_32 2 % less.
 constexpr int32_t kLaneWords = 1;
 struct LaneWords {
   Words part[1];

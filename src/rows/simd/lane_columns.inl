@@ -29,7 +29,8 @@ static inline void store_lanes(uint32_t* p, int32_t i, DwordPair v, Interleaved)
   store_blocks(to, 32, (Bytes)v.first), store_blocks(to + 16, 32, (Bytes)v.second);
 }
 // The top bytes of four vectors of dwords, by packing.
-// In the order of lanes dwords 4 ... 7 of a vector of two blocks belong to the second half of bytes.
+// In the order of lanes dwords 4 ... 7 of a vector of two blocks belong to the second half of
+// bytes.
 static inline Bytes top_bytes(Dwords a, Dwords b, Dwords c, Dwords d, Interleaved) {
   return pack(pack((SignedDwords)(a >> 24), (SignedDwords)(b >> 24)),
               pack((SignedDwords)(c >> 24), (SignedDwords)(d >> 24)));

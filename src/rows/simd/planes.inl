@@ -1,6 +1,6 @@
-// Pixels as planes, and back. The bytes of sixteen pixels lie in block j of three vectors. A channel
-// lies at other positions in each of them, so two choices collect it and one shuffle puts it in
-// order; the way back is the same in reverse.
+// Pixels as planes, and back. The bytes of sixteen pixels lie in block j of three vectors. A
+// channel lies at other positions in each of them, so two choices collect it and one shuffle puts
+// it in order; the way back is the same in reverse.
 
 // Byte i of a, of b or of c where i - first is 0, 1 or 2 modulo 3 in its block.
 template <int first>

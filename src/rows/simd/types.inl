@@ -142,14 +142,10 @@ static inline V max(V a, V b) {
 static inline SignedWords magnitude(SignedWords a) { return a < 0 ? -a : a; }  // -32768 stays
 static inline Floats to_floats(SignedDwords a) { return __builtin_convertvector(a, Floats); }
 
-// The mask a without b, and a or b. Masks are vectors of all ones and zeros, or bits.
+// The mask a without b. Masks are vectors of all ones and zeros, or bits.
 template <class Mask>
 static inline Mask without(Mask a, Mask b) {
   return static_cast<Mask>(a & ~b);
-}
-template <class Mask>
-static inline Mask either(Mask a, Mask b) {
-  return static_cast<Mask>(a | b);
 }
 
 // ---- memory
@@ -166,8 +162,8 @@ static inline Bytes load_blocks(const uint8_t* p, ptrdiff_t step) {
 // Eight bytes at a, then eight at b.
 static inline Block load_2_pairs(const uint8_t* a, const uint8_t* b);
 
-// The two bytes before a pixel, the pixel and its right neighbour, eight bytes at upper + offset and
-// eight at lower + offset, for offsets[0], offsets[4], ...: a block each.
+// The two bytes before a pixel, the pixel and its right neighbour, eight bytes at upper + offset
+// and eight at lower + offset, for offsets[0], offsets[4], ...: a block each.
 static inline Bytes two_rows(const uint8_t* upper, const uint8_t* lower, const int32_t* offsets) {
   return blocks_of(
       [&](int32_t j) { return load_2_pairs(upper + offsets[4 * j], lower + offsets[4 * j]); });
@@ -228,8 +224,8 @@ struct PixelFloats {  // kDwords neighbouring pixels, one channel a vector
   Floats blue, green, red;
 };
 
-// The corners of kDwords pixels that are mixed to one each: pixel[k] holds those of pixels k, k + 4,
-// ... in its blocks, in the order that suits the set.
+// The corners of kDwords pixels that are mixed to one each: pixel[k] holds those of pixels k, k +
+// 4, ... in its blocks, in the order that suits the set.
 struct Corners {
   Bytes pixel[4];
 };

@@ -1,6 +1,6 @@
-// What every set gives, said once; included after the functions of a set, so that compilers hold them
-// to it. ByteMask, WordMask and FloatMask are its masks: one truth value a lane, with & | ^ and
-// without(). Some functions are shared between sets in the other files of this folder.
+// What every set gives, said once; included after the functions of a set, so that compilers hold
+// them to it. ByteMask, WordMask and FloatMask are its masks: one truth value a lane, with & | ^
+// and without(). Some functions are shared between sets in the other files of this folder.
 
 // ---- within blocks
 // a - b of the bytes that interleaving takes from the low, or the high, halves; in signed words.
@@ -33,8 +33,8 @@ static Words mul_high(Words a, Words b);
 static SignedWords mul_high(SignedWords a, SignedWords b);
 // a[2 i] * b[2 i] + a[2 i + 1] * b[2 i + 1] of signed words.
 static Dwords pair_sums(Words a, Words b);
-// a[2 i] * b[2 i] + a[2 i + 1] * b[2 i + 1] of bytes a and signed bytes b, in signed words; sums that
-// do not fit differ.
+// a[2 i] * b[2 i] + a[2 i + 1] * b[2 i + 1] of bytes a and signed bytes b, in signed words; sums
+// that do not fit differ.
 static Words byte_pair_sums(Bytes a, Bytes b);
 static bool any_above(Dwords a, Dwords b);
 // Where one is not a number, or zeros differ in sign, sets differ. (Compilers make two instructions
@@ -44,8 +44,8 @@ static Floats max(Floats a, Floats b);
 static Floats floor(Floats a);
 
 // ---- comparisons and choices
-// Besides these, equal and at_most of bytes, words and floats, and greater of signed words and floats
-// give masks.
+// Besides these, equal and at_most of bytes, words and floats, and greater of signed words and
+// floats give masks.
 static bool all(ByteMask m);
 static bool all(FloatMask m);
 static bool any(ByteMask m);
@@ -109,8 +109,8 @@ static PixelFloats load_pixels(const uint8_t* bgr);
 // The shuffle that makes Corners of two rows.
 static Bytes corner_order();
 // The corners of pixels side by side, the first at upper. Of sets of two and four blocks: rotate
-// takes 0.04 ns less for each pixel of a level walk with AVX2, 0.12 with AVX-512. With vectors of one
-// block it would gain nothing.
+// takes 0.04 ns less for each pixel of a level walk with AVX2, 0.12 with AVX-512. With vectors of
+// one block it would gain nothing.
 static Corners corners_side_by_side(const uint8_t* upper, ptrdiff_t stride);
 // Weights are the second bytes of positions in 16.16.
 static CornerWeights weights_of(Dwords x, Dwords y);
@@ -127,7 +127,8 @@ static void store_mixes_and_4_bytes(uint8_t* dst, Bytes mixes);
 static Bytes half_of_pairs(const uint8_t* p, const int32_t* offsets, int32_t half);
 static PixelPairs bytes_of_pairs(Bytes first_half, Bytes last_half);
 // a + t * (b - a) with one rounding, of bytes and of two such results. Where t is a fraction of a
-// position of at least 1. The first may be multiplied by a power of two, the second is cut to a byte.
+// position of at least 1. The first may be multiplied by a power of two, the second is cut to a
+// byte.
 static Floats mix_bytes(Dwords a, Dwords b, Floats t);
 static Dwords mix_to_bytes(Floats a, Floats b, Floats t);
 // weight * byte + c with one rounding, where the exact sum has at most 53 bits.

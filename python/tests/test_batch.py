@@ -319,6 +319,30 @@ def test_options_of_the_tool_go_to_the_tool_and_into_the_manifest(job, tmp_path)
     assert (tmp_path / "out/000.png").read_bytes().startswith(b"\x89PNG") and path.exists()
 
 
+def test_names_of_any_bytes(tmp_path):
+    (tmp_path / "recipe.txt").write_text(RECIPE)
+    write_photographs(tmp_path / "in", 1)
+    names = [b"bad\xff.ppm", b"new\nline.ppm", b"-x.ppm"]
+    for name in names:
+        os.link(tmp_path / "in/000.ppm", os.path.join(os.fsencode(tmp_path), b"in", name))
+    (tmp_path / "in" / os.fsdecode(b"broken\x1b[2J\xfe.ppm")).write_bytes(b"")
+    code, output, errors = batch(tmp_path, os.fsdecode(b"o\xff"), "--jobs", 1)
+    assert code == 1 and "4 of 5 photographs done" in output and "written to o?; 1 failed" in output
+    assert "roxe.batch: broken?[2J?.ppm: the file is empty" in errors and "Traceback" not in errors
+    results = os.path.join(os.fsencode(tmp_path), b"o\xff")
+    made = {open(os.path.join(results, name), "rb").read() for name in (*names, b"000.ppm")}
+    assert len(made) == 1
+    code, output, errors = batch(tmp_path, os.fsdecode(b"o\xff"), "--jobs", 1)
+    assert "4 of 5 photographs done (4 before)" in output
+
+
+def test_an_address_that_is_none(tmp_path):
+    (tmp_path / "recipe.txt").write_text(RECIPE)
+    write_photographs(tmp_path / "in", 1)
+    assert batch(tmp_path, "out", "--scheduler", "nonsense") == (
+        2, "", "roxe.batch: no scheduler answers at nonsense\n")
+
+
 def test_one_batch_at_a_time(tmp_path, monkeypatch):
     first = Folder(str(tmp_path))
     with pytest.raises(Refusal, match="another batch is writing to"):

@@ -13,7 +13,7 @@ import time
 from typing import Any, Dict, List, Optional, Sequence, Tuple
 
 from roxe.batch.folder import Folder, Refusal
-from roxe.batch.task import Job, result_name, sha256
+from roxe.batch.task import Job, printable, result_name, sha256
 
 OURS = {"--dry-run", "--overwrite", "--skip-existing", "--progress"}  # of the tool's options
 # As roxe run takes them from a folder.
@@ -189,10 +189,10 @@ def run(arguments: Optional[Sequence[str]] = None) -> int:
         folder.finish(entries)
     for name in sorted(entries):
         if "error" in entries[name]:
-            print(f"roxe.batch: {name}: {entries[name]['error']}", file=sys.stderr)
+            print(printable(f"roxe.batch: {name}: {entries[name]['error']}"), file=sys.stderr)
     print(f"{progress.done - progress.failed} of {progress.done} photographs done "
           f"({progress.kept} before) in {time.monotonic() - start:.1f} s, "
-          f"written to {options.out}"
+          f"written to {printable(options.out)}"
           + (f"; {progress.failed} failed" if progress.failed else ""))
     return 1 if progress.failed else 0
 
@@ -202,7 +202,7 @@ def main() -> int:
     try:
         return run()
     except Refusal as refusal:
-        print(f"roxe.batch: {refusal}", file=sys.stderr)
+        print(printable(f"roxe.batch: {refusal}"), file=sys.stderr)
         return 2
     except KeyboardInterrupt:
         print("roxe.batch: interrupted; the same command goes on from here", file=sys.stderr)

@@ -1,6 +1,7 @@
 """The driver: hands out the tasks, notes what comes back, survives lost workers."""
 
 import contextlib
+import hashlib
 import os
 import sys
 import time
@@ -71,8 +72,10 @@ def run_tasks(client: Any, job: Job, photographs: Sequence[str], known: Mapping[
     """All lines of the manifest. Keeps the workers busy without handing out everything at once."""
     from distributed import as_completed
     def submit(photograph: str) -> Any:
-        # A key of its own: a scheduler that outlives drivers must not answer from memory.
-        key = f"roxe-{os.path.basename(job['scratch'])}-{photograph}"
+        # A key of its own: a scheduler that outlives drivers must not answer from memory. Keys are
+        # UTF-8, names of files need not be.
+        name = hashlib.sha256(os.fsencode(photograph)).hexdigest()
+        key = f"roxe-{os.path.basename(job['scratch'])}-{name}"
         return client.submit(task.process, job, photograph, known.get(photograph), key=key,
                              retries=RETRIES, pure=False)
 
@@ -130,7 +133,7 @@ def connected(scheduler: Optional[str], jobs: Optional[int]) -> Iterator[Any]:
     if scheduler:
         try:
             client = distributed.Client(scheduler)
-        except OSError:
+        except (OSError, ValueError):  # the latter for what is no address
             raise Refusal(f"no scheduler answers at {scheduler}") from None
         with client:
             yield client

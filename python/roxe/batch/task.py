@@ -38,6 +38,11 @@ def result_name(photograph: str, extension: str) -> str:
     return os.path.splitext(photograph)[0] + extension if extension else photograph
 
 
+def printable(text: str) -> str:
+    """Without what no terminal shows, or is driven by, as the tool says names of any bytes."""
+    return "".join(c if c.isprintable() else "?" for c in text)
+
+
 def without_paths(message: str, folders: Sequence[str]) -> str:
     """The message with paths below the folders made relative and all others cut to their name."""
     for folder in sorted(folders, key=len, reverse=True):
@@ -97,7 +102,7 @@ def process(job: Job, photograph: str, known: Optional[Entry]) -> Entry:
             folders = (folder, results, job["source"], job["target"],
                        os.path.dirname(job["recipe"]))
             message = without_paths(message.removeprefix("roxe: "), folders)
-            return {**entry, "error": message.removeprefix(f"{photograph}: ")}
+            return {**entry, "error": message.removeprefix(f"{printable(photograph)}: ")}
         made = os.path.join(results, os.path.basename(output))
         refusal = dict(entry)
         entry.update(output=output, output_sha256=sha256(made))

@@ -63,7 +63,8 @@ std::string text_of(const Option& option, const Value& value) {
     case Option::Kind::kDecimalNumber:
       return host::shortest(value.decimal);
     case Option::Kind::kPicture:
-      return value.picture->filename ? value.picture->filename : "in memory";
+      return value.picture->filename && *value.picture->filename ? value.picture->filename
+                                                                 : "in memory";
     default:
       return value.text ? value.text : "";
   }

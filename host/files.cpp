@@ -14,11 +14,13 @@
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include <fcntl.h>
 #include <pthread.h>
 #include <sched.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include "errors.h"
@@ -76,10 +78,38 @@ bool write_all(int file, const Bytes& bytes) {
   return true;
 }
 
+// What is noted at a file under a name.
+struct Attribute {
+  std::string name;
+  Bytes value;
+};
+
 struct Belonging {
   mode_t mode;
   std::optional<std::pair<uid_t, gid_t>> owner;  // nothing: whose runs the program
+  std::vector<Attribute> attributes = {};
 };
+
+// The permissions of further users and groups. Where there are any, the mode means something else.
+constexpr char kAccessList[] = "system.posix_acl_access";
+
+// The access list, and what programs note for people: tags, ratings.
+std::vector<Attribute> attributes_of(const fs::path& path) {
+  std::vector<Attribute> attributes;
+  std::string names(64 << 10, '\0');  // the most that Linux gives, and so for a value
+  const ssize_t length = ::listxattr(path.c_str(), names.data(), names.size());
+  for (size_t at = 0; length > 0 && at < static_cast<size_t>(length);) {
+    const std::string name = names.c_str() + at;
+    at += name.size() + 1;
+    if (name != kAccessList && !name.starts_with("user.")) continue;
+    Bytes value(64 << 10);
+    const ssize_t size = ::getxattr(path.c_str(), name.c_str(), value.data(), value.size());
+    if (size < 0) continue;
+    value.resize(static_cast<size_t>(size));
+    attributes.push_back({name, std::move(value)});
+  }
+  return attributes;
+}
 
 // The names of the temporary files in use, for the signal handler: plain memory behind a flag that
 // a handler may wait for.
@@ -166,13 +196,17 @@ class TemporaryFile {
       const timespec times[2] = {{0, UTIME_OMIT}, *modified};
       if (::futimens(file_.number(), times) != 0) return false;
     }
+    for (const Attribute& attribute : belonging.attributes)
+      if (attribute.name != kAccessList) note(attribute);  // no picture fails for want of a tag
     // Only root may give files away; the permissions come last, for this would take some of them.
     if (belonging.owner &&
         ::fchown(file_.number(), belonging.owner->first, belonging.owner->second) != 0 &&
         ::geteuid() == 0)
       return false;
-    return ::fchmod(file_.number(), belonging.mode) == 0 && ::fsync(file_.number()) == 0 &&
-           file_.close();
+    if (::fchmod(file_.number(), belonging.mode) != 0) return false;
+    for (const Attribute& attribute : belonging.attributes)
+      if (attribute.name == kAccessList && !note(attribute)) return false;
+    return ::fsync(file_.number()) == 0 && file_.close();
   }
 
   // Without replacing, an error says that the target exists, whoever has made it meanwhile.
@@ -191,6 +225,11 @@ class TemporaryFile {
   }
 
  private:
+  bool note(const Attribute& attribute) {
+    return ::fsetxattr(file_.number(), attribute.name.c_str(), attribute.value.data(),
+                       attribute.value.size(), 0) == 0;
+  }
+
   int make() {
     const TemporariesLock lock;
     const int number = ::mkostemp(path_.data(), O_CLOEXEC);
@@ -226,7 +265,7 @@ fs::path directory_of(const fs::path& target) {
 Belonging belonging_for(const fs::path& target) {
   struct stat status;
   if (::stat(target.c_str(), &status) == 0)
-    return {status.st_mode & 07777, std::pair(status.st_uid, status.st_gid)};
+    return {status.st_mode & 07777, std::pair(status.st_uid, status.st_gid), attributes_of(target)};
   static const mode_t mask = [] {  // the mask can only be read by setting it
     const mode_t old = ::umask(077);
     ::umask(old);

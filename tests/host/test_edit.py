@@ -2,6 +2,7 @@
 
 import os
 import pty
+import struct
 import subprocess
 import unittest
 
@@ -158,6 +159,31 @@ class NothingToDo(ToolTest):
         self.assertEqual((after.st_uid, after.st_gid, after.st_mode),
                          (before.st_uid, before.st_gid, before.st_mode))
         self.assertNotEqual(after.st_ino, before.st_ino)
+
+    def test_a_replaced_file_keeps_its_access_list_and_tags(self):
+        """Without the list its mask would become the permissions of the file's group."""
+        self.write("in.ppm", ppm(speckled(4, 3)))
+        self.write("out.ppm", b"old")
+        nobody = 2**32 - 1
+        # The owner and user 1234 read and write, by the mask; group and others do nothing.
+        entries = ((1, 6, nobody), (2, 6, 1234), (4, 0, nobody), (16, 6, nobody), (32, 0, nobody))
+        access = struct.pack("<I", 2) + b"".join(struct.pack("<HHI", *entry) for entry in entries)
+        attributes = {"user.xdg.tags": b"sea,2026", "user.empty": b"",
+                      "system.posix_acl_access": access}
+        try:
+            for name, value in attributes.items():
+                os.setxattr(self.path("out.ppm"), name, value)
+        except OSError as error:
+            self.skipTest(f"this file system keeps no such attributes ({error.strerror})")
+        for arguments in (("in.ppm", "out.ppm"), ("out.ppm", "out.ppm")):
+            self.succeed("rotate", *arguments, "--angle", 3)
+            self.assertTrue(self.read("out.ppm").startswith(b"P6"))
+            self.assertEqual({name: os.getxattr(self.path("out.ppm"), name)
+                              for name in attributes}, attributes)
+            self.assertEqual(os.stat(self.path("out.ppm")).st_mode & 0o777, 0o660)
+        # A file of another name has none of it.
+        self.succeed("rotate", "out.ppm", "new.ppm", "--angle", 3)
+        self.assertFalse(attributes.keys() & set(os.listxattr(self.path("new.ppm"))))
 
 
 if __name__ == "__main__":

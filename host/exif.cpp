@@ -18,6 +18,7 @@ constexpr uint16_t kXResolution = 0x011A, kYResolution = 0x011B, kResolutionUnit
 constexpr uint16_t kJpegOffset = 0x0201, kJpegLength = 0x0202;
 constexpr uint16_t kExifDirectory = 0x8769, kGpsDirectory = 0x8825;
 constexpr uint16_t kDateTimeOriginal = 0x9003;
+constexpr uint16_t kSubjectArea = 0x9214, kSubjectLocation = 0xA214;
 constexpr uint16_t kPixelXDimension = 0xA002, kPixelYDimension = 0xA003;
 constexpr uint16_t kInteroperabilityDirectory = 0xA005;
 constexpr uint16_t kFocalPlaneXResolution = 0xA20E, kFocalPlaneYResolution = 0xA20F;
@@ -82,19 +83,20 @@ class Tiff {
     return field && is_integer(field->type) ? directory(value_of(*field)) : std::nullopt;
   }
 
-  // Entries whose values lie outside the block or have no known type are left out.
+  // Entries that end or whose values lie outside the block or have no known type are left out.
   std::vector<Field> fields(std::optional<size_t> directory) const {
     std::vector<Field> found;
     const auto entries = directory ? number(*directory, 2) : std::nullopt;
     for (size_t i = 0; i < entries.value_or(0); ++i) {
       const size_t entry = *directory + 2 + kEntryBytes * i;
       const auto tag = number(entry, 2), type = number(entry + 2, 2), count = number(entry + 4, 4);
-      if (!count || *count == 0 || bytes_of_type(*type) == 0) continue;
+      const auto last = number(entry + 8, 4);
+      if (!last || *count == 0 || bytes_of_type(*type) == 0) continue;
       const uint64_t bytes = uint64_t{*count} * bytes_of_type(*type);
-      const auto offset = bytes > 4 ? number(entry + 8, 4) : static_cast<uint32_t>(entry + 8);
-      if (!offset || *offset > bytes_.size() || bytes > bytes_.size() - *offset) continue;
+      const size_t offset = bytes > 4 ? *last : entry + 8;
+      if (offset > bytes_.size() || bytes > bytes_.size() - offset) continue;
       found.push_back({entry, static_cast<uint16_t>(*tag), static_cast<uint16_t>(*type), *count,
-                       size_t{*offset}});
+                       offset});
     }
     return found;
   }
@@ -207,6 +209,17 @@ bool blank_unless_shared(Bytes& exif, const Range& range, const std::vector<Rang
   return true;
 }
 
+// Takes an entry out of its directory: those behind it and the link that follows them move up.
+void remove_entry(Bytes& exif, size_t directory, const Field& field) {
+  const size_t entries = *Tiff(exif).number(directory, 2);
+  const size_t end = std::min(directory + 6 + kEntryBytes * entries, exif.size());
+  std::move(exif.begin() + static_cast<ptrdiff_t>(field.entry + kEntryBytes),
+            exif.begin() + static_cast<ptrdiff_t>(end),
+            exif.begin() + static_cast<ptrdiff_t>(field.entry));
+  blank(exif, {end - kEntryBytes, end});
+  put(exif, directory, 2, static_cast<uint32_t>(entries - 1));
+}
+
 // The header and the directories without the one of a thumbnail and that of positions.
 std::vector<Range> main_ranges(const Tiff& tiff) {
   std::vector<Range> ranges = {{0, 8}};
@@ -298,6 +311,13 @@ void set_exif_size(Bytes& exif, int32_t width, int32_t height) {
   put_length(exif, camera, kPixelYDimension, height);
 }
 
+void remove_exif_subject(Bytes& exif) {
+  const Tiff tiff(exif);
+  const auto camera = tiff.directory_of(tiff.first_directory(), kExifDirectory);
+  for (const uint16_t tag : {kSubjectArea, kSubjectLocation})
+    if (const auto field = tiff.find(camera, tag)) remove_entry(exif, *camera, *field);
+}
+
 void remove_exif_gps(Bytes& exif) {
   const Tiff tiff(exif);
   const auto first = tiff.first_directory();
@@ -312,14 +332,7 @@ void remove_exif_gps(Bytes& exif) {
       blank_unless_shared(exif, range, kept);
     }
   }
-  // The entries behind it and the link that follows them move up.
-  const size_t entries = *tiff.number(*first, 2);
-  const size_t end = std::min(*first + 6 + kEntryBytes * entries, exif.size());
-  std::move(exif.begin() + static_cast<ptrdiff_t>(pointer->entry + kEntryBytes),
-            exif.begin() + static_cast<ptrdiff_t>(end),
-            exif.begin() + static_cast<ptrdiff_t>(pointer->entry));
-  blank(exif, {end - kEntryBytes, end});
-  put(exif, *first, 2, static_cast<uint32_t>(entries - 1));
+  remove_entry(exif, *first, *pointer);
 }
 
 ThumbnailChange renew_exif_thumbnail(Bytes& exif, size_t most_bytes, const MakeThumbnail& make) {

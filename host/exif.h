@@ -26,6 +26,9 @@ void swap_exif_axes(Bytes& exif);
 // Sets the tags that give the size of the picture, where they are.
 void set_exif_size(Bytes& exif, int32_t width, int32_t height);
 
+// Without the tags that say where in the picture its subject is.
+void remove_exif_subject(Bytes& exif);
+
 // Without its directory of positions and all that it holds.
 void remove_exif_gps(Bytes& exif);
 

@@ -62,6 +62,20 @@ void remove_gps(Metadata& metadata, Notes& notes) {
     notes.push_back("its texts that may hold positions are left out");
 }
 
+// Places in the picture as it was, before its pixels moved.
+void remove_places(Metadata& metadata, Notes& notes) {
+  remove_exif_subject(metadata.exif);
+  const auto is_of_canvas = [](const Metadata::Chunk& chunk) {
+    return chunk.name == "oFFs" || chunk.name == "caNv" || chunk.name == "vpAg";
+  };
+  if (std::erase_if(metadata.chunks, is_of_canvas) > 0)
+    notes.push_back("its place on a canvas is left out, as the picture has moved");
+  // They come with names of people, which must not be lost.
+  if (holds_xmp_regions(metadata.xmp) ||
+      std::any_of(metadata.extended_xmp.begin(), metadata.extended_xmp.end(), holds_xmp_regions))
+    notes.push_back("in its XMP packet stay regions, of faces perhaps, of the picture as it was");
+}
+
 }  // namespace
 
 Description describe_metadata(const Metadata& metadata) {
@@ -88,16 +102,11 @@ void swap_axes(Metadata& metadata) {
   }
 }
 
-bool forget_canvas(Metadata& metadata) {
-  return std::erase_if(metadata.chunks, [](const Metadata::Chunk& chunk) {
-           return chunk.name == "oFFs" || chunk.name == "caNv" || chunk.name == "vpAg";
-         }) > 0;
-}
-
 Metadata metadata_of_result(const Picture& picture, const WriteSettings& settings, Notes& notes) {
   if (settings.strip) return only_colours(picture.metadata);
   Metadata metadata = picture.metadata;
   if (settings.strip_gps) remove_gps(metadata, notes);
+  if (metadata.pixels_moved) remove_places(metadata, notes);
   set_exif_size(metadata.exif, picture.width(), picture.height());
   set_xmp_size(metadata.xmp, picture.width(), picture.height());
   const MakeThumbnail make = [&](size_t most_bytes) { return make_thumbnail(picture, most_bytes); };

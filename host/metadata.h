@@ -23,11 +23,9 @@ void reset_orientation(Metadata& metadata);
 // The picture was turned by a quarter: what concerns rows concerns columns now.
 void swap_axes(Metadata& metadata);
 
-// Leaves out where on a larger canvas a PNG says that it lies, as pixels have moved. Whether it did.
-bool forget_canvas(Metadata& metadata);
-
 // What is written with a result: sizes are those of the picture, thumbnails show it, and what the
-// person does not want is gone. What still shows the picture as it was gets a note.
+// person does not want is gone, as are places in a picture whose pixels have moved. What still shows
+// or describes the picture as it was gets a note.
 Metadata metadata_of_result(const Picture& picture, const WriteSettings& settings, Notes& notes);
 
 }  // namespace host

@@ -71,6 +71,7 @@ struct Metadata {
   std::optional<JpegCoding> jpeg_coding;
   bool lossless = false;             // a WebP that keeps every pixel
   std::optional<timespec> modified;  // when the file was last changed
+  bool pixels_moved = false;         // since then: places among them are others now
 };
 
 class Picture {

@@ -57,6 +57,7 @@ LoadedPicture decode_upright(const Bytes& file, const ReadSettings& settings, No
   make_upright(loaded.picture, loaded.orientation);
   reset_orientation(loaded.picture.metadata);
   if (loaded.orientation >= 5) swap_axes(loaded.picture.metadata);
+  loaded.picture.metadata.pixels_moved = loaded.orientation > 1;
   return loaded;
 }
 

@@ -126,9 +126,7 @@ Outcome apply(const Recipe& recipe, Picture& picture, Colour background) {
   for (const Step& step : recipe) {
     const Outcome outcome = step.operation->apply(picture, step.background.value_or(background));
     if (outcome.axes_swapped) swap_axes(picture.metadata);
-    if (step.operation->moves_pixels() && outcome.changed && forget_canvas(picture.metadata) &&
-        all.note.empty())
-      all.note = "its place on a canvas is left out, as the picture has moved";
+    if (step.operation->moves_pixels() && outcome.changed) picture.metadata.pixels_moved = true;
     all.sentence += (all.sentence.empty() ? "" : "; ") + outcome.sentence;
     all.changed = all.changed || outcome.changed;
     if (all.note.empty()) all.note = outcome.note;

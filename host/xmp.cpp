@@ -201,6 +201,12 @@ void remove_xmp_gps(Bytes& xmp) {
   });
 }
 
+bool holds_xmp_regions(const Bytes& xmp) {
+  // By the name spaces of the two forms in use, as a packet may choose its own prefixes.
+  return holds(xmp, "http://www.metadataworkinggroup.com/schemas/regions/") ||
+         holds(xmp, "http://ns.microsoft.com/photo/1.2/t/Region#");
+}
+
 bool holds(const Bytes& block, std::string_view words) {
   return text_of(block).find(words) != std::string_view::npos;
 }

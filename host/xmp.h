@@ -22,6 +22,9 @@ void swap_xmp_axes(Bytes& xmp);
 // case, and of what the camera's maker calls latitude and longitude.
 void remove_xmp_gps(Bytes& xmp);
 
+// Whether it marks regions of the picture: faces and the names of people, as a rule.
+bool holds_xmp_regions(const Bytes& xmp);
+
 bool holds(const Bytes& block, std::string_view words);
 
 }  // namespace host

@@ -343,9 +343,57 @@ class Places(Blocks):
             result = self.run_tool(command[0], "in.png", "out.png", *command[1:])
             chunks = dict(png_chunks(self.read("out.png")))
             self.assertEqual([c for c in canvas if chunks.get(c[0]) == c[1]], canvas if kept else [])
-            self.assertEqual("roxe: note: in.png: its place on a canvas is left out, as the picture has "
+            self.assertEqual("roxe: note: out.png: its place on a canvas is left out, as the picture has "
                              "moved\n" in result.stderr, not kept)
             self.assertEqual([name for name in names if name in chunks], names if kept else [])
+
+
+    def test_of_the_subject(self):
+        for order in "<>":
+            area = (0x9214, SHORT, 4, struct.pack(order + "4H", 2000, 1500, 800, 600))
+            date = (0x9003, ASCII, 20, b"2026:11:22 12:00:00\0")
+            location = (0xA214, SHORT, 2, struct.pack(order + "2H", 2000, 1500))
+            distance = (0xA40C, SHORT, 1, struct.pack(order + "H", 2))
+            camera = [date, area, location, distance]
+            for orientation, command, kept in (
+                    (1, ("variations", "--red", 1), True), (1, ("rotate", "--angle", 3), False),
+                    (3, ("variations", "--red", 1), False)):
+                second = 8 + 2 + 2 * 12 + 4
+                block = (blocks.head(order) + blocks.directory(order, 8, [
+                    (0x0112, SHORT, 1, struct.pack(order + "H", orientation)),
+                    (0x8769, LONG, 1, struct.pack(order + "I", second))]) +
+                    blocks.directory(order, second, camera, following=7))
+                self.with_block(block)
+                self.succeed(command[0], "in.jpg", "out.jpg", *command[1:])
+                new = self.block_of("out.jpg")
+                entries, following = blocks.entries_of(new, second)
+                self.assertEqual((entries, following), (
+                    {tag: tuple(content) for tag, *content in camera
+                     if kept or tag in (0x9003, 0xA40C)}, 7))
+                self.assertEqual(len(new), len(block))
+
+    def test_of_a_subject_where_the_block_ends(self):
+        """Only the whole entry can be taken out."""
+        second = 8 + 2 + 12 + 4
+        block = (blocks.head("<") +
+                 blocks.directory("<", 8, [(0x8769, LONG, 1, struct.pack("<I", second))]) +
+                 blocks.directory("<", second, [(0x9214, BYTE, 1, b"\1")]))
+        for cut, gone in ((4, True), (5, False), (7, False)):
+            self.with_block(block[:-cut])
+            self.succeed("rotate", "in.jpg", "out.jpg", "--angle", 3)
+            count = block[second] - gone
+            self.assertEqual(self.block_of("out.jpg")[second], count)
+
+    def test_of_faces(self):
+        for packet, named in (
+                (b"<d xmlns:r='http://www.metadataworkinggroup.com/schemas/regions/'/>", True),
+                (b"<d xmlns:r='http://ns.microsoft.com/photo/1.2/t/Region#'/>", True), (b"<d/>", False)):
+            self.write("in.jpg", with_segments(self.base(), [(0xE1, XMP_PREFIX + packet)]))
+            for command, moves in ((("variations", "--red", 1), False), (("rotate", "--angle", 3), True)):
+                result = self.run_tool(command[0], "in.jpg", "out.jpg", *command[1:])
+                self.assertEqual("roxe: note: out.jpg: in its XMP packet stay regions, of faces perhaps, of "
+                                 "the picture as it was\n" in result.stderr, named and moves)
+                self.assertIn(packet, self.read("out.jpg"))
 
 
 class Stripped(Blocks):

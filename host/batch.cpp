@@ -32,29 +32,40 @@ bool has_name_of_picture(const fs::path& path) {
 }
 
 // The photographs in a folder and those below it, by name; not what lies in the folder of results.
-std::vector<fs::path> photographs_in(const fs::path& folder, const fs::path& results) {
-  std::vector<fs::path> found;
-  std::error_code none;
-  try {
-    fs::recursive_directory_iterator entry(folder);
-    for (; entry != fs::recursive_directory_iterator(); ++entry) {
-      const bool hidden = entry->path().filename().string().starts_with(".");
+// Counts the folders below that cannot be read.
+std::vector<fs::path> photographs_in(const fs::path& named, const fs::path& results,
+                                     size_t& closed_folders) {
+  std::vector<fs::path> found, folders = {named};
+  while (!folders.empty()) {
+    const fs::path folder = std::move(folders.back());
+    folders.pop_back();
+    std::error_code error, none;
+    fs::directory_iterator entry(folder, error);
+    for (; entry != fs::directory_iterator(); entry.increment(error)) {
+      if (entry->path().filename().string().starts_with(".")) continue;
       if (entry->is_directory(none)) {
-        if (hidden || fs::equivalent(entry->path(), results, none))
-          entry.disable_recursion_pending();
-      } else if (!hidden && has_name_of_picture(entry->path()) &&
+        if (!entry->is_symlink(none) && !fs::equivalent(entry->path(), results, none))
+          folders.push_back(entry->path());
+      } else if (has_name_of_picture(entry->path()) &&
                  !fs::is_other(entry->status(none))) {  // whoever opens a pipe may wait for ever
         found.push_back(entry->path());
       }
     }
-  } catch (const fs::filesystem_error& error) {
-    throw Failure(error.path1().string() + ": the folder cannot be read (" +
-                  error.code().message() + ")");
+    if (!error) continue;
+    const std::string reason =
+        folder.string() + ": the folder cannot be read (" + error.message() + ")";
+    if (folder == named) throw Failure(reason);
+    complain(reason);
+    ++closed_folders;
   }
-  if (found.empty()) throw Failure(folder.string() + ": there is no photograph in this folder");
+  if (found.empty()) throw Failure(named.string() + ": there is no photograph in this folder");
   std::ranges::sort(found);
   return found;
 }
+
+struct Photograph {
+  std::string input, target;
+};
 
 fs::path normal_path(const fs::path& path) { return fs::absolute(path).lexically_normal(); }
 
@@ -235,16 +246,16 @@ std::string attempt(const Photograph& photograph, const Work& work) {
   }
 }
 
-}  // namespace
-
-std::vector<Photograph> photographs_of(const BatchJob& job) {
+// The photographs of a job and where their results go.
+std::vector<Photograph> photographs_of(const BatchJob& job, size_t& closed_folders) {
   std::vector<fs::path> files;
   fs::path common;
   std::error_code none;
   for (const std::string& input : job.inputs) {
     const bool is_folder = fs::is_directory(input, none);
     if (is_folder)
-      std::ranges::copy(photographs_in(input, job.directory), std::back_inserter(files));
+      std::ranges::copy(photographs_in(input, job.directory, closed_folders),
+                        std::back_inserter(files));
     else
       files.push_back(input);
     const fs::path folder =
@@ -266,10 +277,12 @@ std::vector<Photograph> photographs_of(const BatchJob& job) {
   return photographs;
 }
 
+}  // namespace
+
 BatchCounts rehearse_batch(const BatchJob& job) {
-  const std::vector<Photograph> photographs = photographs_of(job);
-  Targets targets(job, photographs);
   BatchCounts counts;
+  const std::vector<Photograph> photographs = photographs_of(job, counts.closed_folders);
+  Targets targets(job, photographs);
   counts.all = photographs.size();
   for (const Photograph& photograph : photographs) {
     bool writes = false;
@@ -291,7 +304,8 @@ BatchCounts rehearse_batch(const BatchJob& job) {
 }
 
 BatchCounts run_batch(const BatchJob& job, const Recipe& recipe) {
-  const std::vector<Photograph> photographs = photographs_of(job);
+  size_t closed_folders = 0;
+  const std::vector<Photograph> photographs = photographs_of(job, closed_folders);
   std::error_code error;
   fs::create_directories(job.directory, error);
   if (error || !fs::is_directory(job.directory))
@@ -324,7 +338,9 @@ BatchCounts run_batch(const BatchJob& job, const Recipe& recipe) {
   work();
   others.clear();  // waits for them
   announce_writing(0, false);
-  return progress.counts();
+  BatchCounts counts = progress.counts();
+  counts.closed_folders = closed_folders;
+  return counts;
 }
 
 }  // namespace host

@@ -25,23 +25,17 @@ struct BatchJob {
   WriteSettings settings;
 };
 
-struct Photograph {
-  std::string input, target;
-};
-
 struct BatchCounts {
   size_t all = 0, failed = 0, skipped = 0;
+  size_t closed_folders = 0;  // below those that were named; they cannot be read
   size_t done() const { return all - failed - skipped; }
 };
 
-// The photographs of a job and where their results go: each keeps its path below the folder that
-// all inputs have in common. Throws UsageError where two results would have the same name, Failure
-// for a folder without photographs.
-std::vector<Photograph> photographs_of(const BatchJob& job);
-
-// Throws Failure where the directory cannot be made. A photograph that fails does not stop the
-// others: the reason is printed as it happens. Replaces no input, whatever its name, and follows no
-// link below the directory.
+// Throws UsageError where two results would have the same name, Failure for a folder without
+// photographs and where the directory cannot be made. Each result keeps the path of its photograph
+// below the folder that all inputs have in common. A photograph that fails, or a folder that cannot
+// be read below one that was named, does not stop the others: the reason is printed as it happens.
+// Replaces no input, whatever its name, and follows no link below the directory.
 BatchCounts run_batch(const BatchJob& job, const Recipe& recipe);
 
 // Prints what run_batch would write, and why not as far as can be told without reading a picture.

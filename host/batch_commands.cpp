@@ -60,8 +60,11 @@ class Run : public Command {
                               printable(job_.directory);
     if (counts.skipped > 0) summary += "; " + std::to_string(counts.skipped) + " left as they were";
     if (counts.failed > 0) summary += "; " + std::to_string(counts.failed) + " failed";
+    if (counts.closed_folders > 0)
+      summary += "; " + std::to_string(counts.closed_folders) +
+                 (counts.closed_folders == 1 ? " folder" : " folders") + " could not be read";
     say(summary);
-    return counts.failed > 0 ? kExitFailed : 0;
+    return counts.failed + counts.closed_folders > 0 ? kExitFailed : 0;
   }
 
  private:

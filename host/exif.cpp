@@ -95,8 +95,8 @@ class Tiff {
       const uint64_t bytes = uint64_t{*count} * bytes_of_type(*type);
       const size_t offset = bytes > 4 ? *last : entry + 8;
       if (offset > bytes_.size() || bytes > bytes_.size() - offset) continue;
-      found.push_back({entry, static_cast<uint16_t>(*tag), static_cast<uint16_t>(*type), *count,
-                       offset});
+      found.push_back(
+          {entry, static_cast<uint16_t>(*tag), static_cast<uint16_t>(*type), *count, offset});
     }
     return found;
   }

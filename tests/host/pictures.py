@@ -1,6 +1,7 @@
 """Small picture files made and read by other means than the tool's own codecs."""
 
 import os
+import shutil
 import struct
 import subprocess
 import tempfile
@@ -50,6 +51,18 @@ class ToolTest(unittest.TestCase):
         output the file is written anew."""
         return self.succeed("straighten", source, target, "--line", "0,0,1,0", "--background",
                             "black")
+
+    def as_anyone(self):
+        """Options of run_tool with which permissions count: the administrator, who may do everything,
+        becomes no one, who must be able to get here."""
+        if os.geteuid() != 0:
+            return {}
+        os.chmod(self.folder, 0o755)
+        shutil.copy(TOOL, self.path("tool"))
+        options = {"user": 65534, "executable": self.path("tool")}
+        if self.run_tool("--version", **options).returncode != 0:
+            self.skipTest("the temporary folder is closed to other users")
+        return options
 
     def refuse(self, code, words, *arguments, **options):
         """A run that must fail with one sentence and leave the folder as it was."""

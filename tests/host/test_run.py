@@ -224,6 +224,38 @@ class Recipes(ToolTest):
         self.refuse(FAILED, "empty: there is no photograph in this folder", "run", "recipe", "empty",
                     "--out", "out")
 
+    def test_folders_that_cannot_be_read(self):
+        """Every disk has one. What can be read is done, and the rest is said."""
+        self.write("recipe", b"rotate --angle 10")
+        for place in ("photos/lost", "photos/below/lost", "photos/open"):
+            os.makedirs(self.path(place))
+            self.write(place + "/photo.ppm", self.read("photos/photo0.ppm"))
+        anyone = self.as_anyone()
+        os.mkdir(self.path("out"))
+        os.chmod(self.path("out"), 0o777)
+        for place in ("photos/lost", "photos/below/lost"):
+            os.chmod(self.path(place), 0)
+            self.addCleanup(os.chmod, self.path(place), 0o700)
+        for words, options in (("8 of 8 photographs would be done; nothing is written", ("--dry-run",)),
+                               ("8 of 8 photographs done in", ())):
+            result = self.run_tool("run", "recipe", "photos", "--out", "out", *options, **anyone)
+            self.assertEqual(result.returncode, FAILED)
+            self.assertIn(words, result.stdout)
+            self.assertTrue(result.stdout.endswith("; 2 folders could not be read\n"))
+            self.assertEqual(sorted(result.stderr.splitlines()), [
+                f"roxe: photos/{place}: the folder cannot be read (Permission denied)"
+                for place in ("below/lost", "lost")])
+        self.assertEqual(sorted(os.listdir(self.path("out"))), ["open", *self.names])
+        self.refuse(FAILED, "photos/lost: the folder cannot be read", "run", "recipe", "photos/lost",
+                    "--out", "out", **anyone)
+
+    def test_links_to_folders_are_not_followed(self):
+        self.write("recipe", b"rotate --angle 10")
+        os.mkdir(self.path("photos/below"))
+        os.symlink("..", self.path("photos/below/above"))
+        os.symlink("photo0.ppm", self.path("photos/link.ppm"))
+        self.assertIn("8 of 8 photographs done", self.succeed("run", "recipe", "photos", "--out", "out"))
+
     def test_a_rehearsal_writes_nothing(self):
         self.write("recipe", b"rotate --angle 10")
         os.mkdir(self.path("out"))

@@ -1,5 +1,6 @@
 """One recipe over many photographs: deaths and restarts change nothing in the manifest."""
 
+import errno
 import hashlib
 import json
 import os
@@ -237,8 +238,37 @@ def test_the_photographs_are_those_of_the_tool(tmp_path):
         (tmp_path / name).write_bytes(b"")
     os.mkfifo(tmp_path / "pipe.jpg")  # opening it would wait for ever
     os.symlink("nowhere", tmp_path / "z.jpg")  # a failure worth a line
-    assert find_photographs(str(tmp_path), str(tmp_path / "out")) == [
-        "a.JPG", "b.png", "c.tif", "d.TIFF", "e.webp", "f.pnm", "z.jpg"]
+    assert find_photographs(str(tmp_path), str(tmp_path / "out")) == ([
+        "a.JPG", "b.png", "c.tif", "d.TIFF", "e.webp", "f.pnm", "z.jpg"], {})
+
+
+@pytest.mark.filterwarnings("ignore:make_current")  # of tornado, where the driver is called in this process
+def test_folders_that_cannot_be_read(tmp_path, monkeypatch, capsys):
+    """Every disk has one; the rest is done, and what was made of it before stays known."""
+    (tmp_path / "recipe.txt").write_text(RECIPE)
+    write_photographs(tmp_path / "in", 20)
+    monkeypatch.chdir(tmp_path)
+    command = ["recipe.txt", "in", "--out", "out", "--jobs", "1"]
+    assert run(command) == 0
+    before = (tmp_path / "out/manifest.jsonl").read_bytes()
+    scandir = os.scandir
+
+    def closed(path):  # for the administrator as well, who may read everything
+        if str(path).endswith(("/more", "/closed")):
+            raise PermissionError(errno.EACCES, os.strerror(errno.EACCES), path)
+        return scandir(path)
+
+    monkeypatch.setattr(os, "scandir", closed)
+    capsys.readouterr()
+    assert run(command) == 1
+    said = capsys.readouterr()
+    assert said.out.startswith("18 of 18 photographs done (18 before) in ")
+    assert said.out.endswith(", written to out; 1 folder could not be read\n")
+    assert said.err.endswith("roxe.batch: more: the folder cannot be read (Permission denied)\n")
+    assert (tmp_path / "out/manifest.jsonl").read_bytes() == before
+    (tmp_path / "in").rename(tmp_path / "closed")
+    with pytest.raises(Refusal, match="^closed: the folder cannot be read .Permission denied.$"):
+        run(["recipe.txt", "closed", "--out", "out"])
 
 
 def test_what_no_batch_has_made_is_kept(job, tmp_path):

@@ -20,21 +20,24 @@ OURS = {"--dry-run", "--overwrite", "--skip-existing", "--progress"}  # of the t
 EXTENSIONS = {".jpg", ".jpeg", ".png", ".ppm", ".pgm", ".pnm", ".tif", ".tiff", ".webp"}
 
 
-def find_photographs(source: str, target: str) -> List[str]:
+def find_photographs(source: str, target: str) -> Tuple[List[str], Dict[str, str]]:
     """Paths below source, sorted; hidden files and the folder of the results do not count, nor do
-    pipes and devices."""
-    found = []
+    pipes and devices. Then the folders that cannot be read and why."""
+    found, closed = [], {}
+
+    def note(error: OSError) -> None:
+        closed[os.path.relpath(error.filename, source)] = error.strerror
 
     def is_photograph(path: str) -> bool:
         return (os.path.splitext(path)[1].lower() in EXTENSIONS
                 and (os.path.isfile(path) or not os.path.exists(path)))
 
-    for folder, folders, names in os.walk(source):
+    for folder, folders, names in os.walk(source, onerror=note):
         folders[:] = [name for name in folders if not name.startswith(".")
                       and os.path.realpath(os.path.join(folder, name)) != os.path.realpath(target)]
         found += [os.path.relpath(os.path.join(folder, name), source) for name in names
                   if not name.startswith(".") and is_photograph(os.path.join(folder, name))]
-    return sorted(found)
+    return sorted(found), closed
 
 
 def refuse_collisions(photographs: Sequence[str], extension: str) -> None:
@@ -139,8 +142,9 @@ def parse(arguments: Optional[Sequence[str]]) -> argparse.Namespace:
     return options
 
 
-def prepare(options: argparse.Namespace) -> Tuple[Job, List[str]]:
-    """The job without its scratch folder, and the photographs. Raises Refusal."""
+def prepare(options: argparse.Namespace) -> Tuple[Job, List[str], Dict[str, str]]:
+    """The job without its scratch folder, the photographs, and the folders that cannot be read.
+    Raises Refusal."""
     if options.jobs is not None and not 1 <= options.jobs <= 64:
         raise Refusal(f"--jobs needs a whole number from 1 to 64, not {options.jobs}")
     if not options.out:
@@ -163,7 +167,9 @@ def prepare(options: argparse.Namespace) -> Tuple[Job, List[str]]:
                           "while the manifest says that they are right")
     check_recipe(options.tool, options.recipe, arguments)
     extension = f".{options.format}" if options.format else ""
-    photographs = find_photographs(source, target)
+    photographs, closed = find_photographs(source, target)
+    if "." in closed:
+        raise Refusal(f"{options.source}: the folder cannot be read ({closed['.']})")
     if not photographs:
         raise Refusal(f"{options.source}: holds no photograph")
     refuse_collisions(photographs, extension)
@@ -171,13 +177,13 @@ def prepare(options: argparse.Namespace) -> Tuple[Job, List[str]]:
                 "recipe": os.path.realpath(options.recipe), "arguments": arguments,
                 "extension": extension,
                 "identity": identity_of(recipe, os.path.dirname(options.recipe), arguments)}
-    return job, photographs
+    return job, photographs, closed
 
 
 def run(arguments: Optional[Sequence[str]] = None) -> int:
     """Does what the command line says; returns its exit code."""
     options = parse(arguments)
-    job, photographs = prepare(options)
+    job, photographs, closed = prepare(options)
     from roxe.batch.driver import Progress, connected, run_tasks  # takes a second to import
 
     start = time.monotonic()
@@ -185,16 +191,23 @@ def run(arguments: Optional[Sequence[str]] = None) -> int:
         job["scratch"] = folder.scratch
         with connected(options.scheduler, options.jobs) as client:
             with contextlib.closing(Progress(len(photographs))) as progress:
-                entries = run_tasks(client, job, photographs, folder.known(), folder, progress)
-        folder.finish(entries)
+                known = folder.known()
+                entries = run_tasks(client, job, photographs, known, folder, progress)
+        # What stands there of a folder that cannot be read today is still the batch's own.
+        unseen = {name: entry for name, entry in known.items()
+                  if any(name.startswith(place + os.sep) for place in closed)}
+        folder.finish({**unseen, **entries})
     for name in sorted(entries):
         if "error" in entries[name]:
             print(printable(f"roxe.batch: {name}: {entries[name]['error']}"), file=sys.stderr)
+    for name in sorted(closed):
+        print(printable(f"roxe.batch: {name}: the folder cannot be read ({closed[name]})"), file=sys.stderr)
     print(f"{progress.done - progress.failed} of {progress.done} photographs done "
           f"({progress.kept} before) in {time.monotonic() - start:.1f} s, "
           f"written to {printable(options.out)}"
-          + (f"; {progress.failed} failed" if progress.failed else ""))
-    return 1 if progress.failed else 0
+          + (f"; {progress.failed} failed" if progress.failed else "")
+          + (f"; {len(closed)} folder{'s' if len(closed) > 1 else ''} could not be read" if closed else ""))
+    return 1 if progress.failed or closed else 0
 
 
 def main() -> int:

@@ -175,9 +175,10 @@ Decoded decode_tiff(const Bytes& file, const ReadSettings& settings, Notes& note
   const auto depth = field<uint16_t>(tiff.get(), TIFFTAG_BITSPERSAMPLE, 1);
   const auto channels = field<uint16_t>(tiff.get(), TIFFTAG_SAMPLESPERPIXEL, 1);
   const auto kind = field<uint16_t>(tiff.get(), TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
-  if (kind == PHOTOMETRIC_SEPARATED)
-    throw Failure(
-        "a CMYK TIFF cannot be edited without colour management; convert it to RGB first");
+  const bool is_lab = kind == PHOTOMETRIC_CIELAB;  // whose white libtiff would turn yellow
+  if (is_lab || kind == PHOTOMETRIC_SEPARATED)
+    throw Failure(std::string(is_lab ? "a CIELab" : "a CMYK") +
+                  " TIFF cannot be edited without colour management; convert it to RGB first");
   const auto width = field<uint32_t>(tiff.get(), TIFFTAG_IMAGEWIDTH, 0);
   const auto height = field<uint32_t>(tiff.get(), TIFFTAG_IMAGELENGTH, 0);
   if (width > INT32_MAX || height > INT32_MAX) throw Failure("its sides are too long");

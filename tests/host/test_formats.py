@@ -106,6 +106,7 @@ class Tiff(Formats):
                 (tiff("<", 2, 1, 8, 3, 2, bytes(6), [small]), "is a raw picture"),
                 (tiff("<", 2, 1, 8, 3, 2, bytes(6), [(0xC612, 1, 4, b"\1\4\0\0")]), "is a raw"),
                 (tiff("<", 2, 1, 8, 4, 5, bytes(8)), "a CMYK TIFF cannot be edited"),
+                (tiff("<", 2, 1, 8, 3, 8, bytes(6)), "a CIELab TIFF cannot be edited"),
                 (tiff("<", 2, 1, 8, 3, 2, bytes(6))[:-3], "the TIFF is damaged"),
                 (tiff("<", 15600, 15600, 8, 3, 2, bytes(6), packing=5), "(the file ends early)"),
                 (tiff("<", 60000, 60000, 8, 3, 2, bytes(6)), "above the limit of 250")):

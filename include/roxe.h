@@ -11,7 +11,7 @@
 // - Only the pixel bytes of each row are touched. Bytes between the end of a row and the start of
 //   the next (row padding) are neither read nor written, and no row is read or written past its
 //   rowBytes: where a record is used as 24-bit and its rows are too short for 3 * width bytes, the
-//   columns that do not fit count as outside the picture.
+//   columns that do not fit, all of them where rowBytes is negative, count as outside the picture.
 // - A destination is never cleared. Pixels that an operation does not reach keep what they held, so
 //   a host fills the destination with its background first where that matters.
 // - Source and destination may be the same record.
@@ -175,8 +175,8 @@ ROXE_API int32_t roxeuAutoStraightenImage(const PixelArray* src, int32_t x1, int
 //
 // Returns 2 or 1 from roxeVerifyPixelArray, src first; kRoxeErrParam if quad is null or not convex,
 // if rect is empty or outside dst, or if memory for the mapping cannot be had; kRoxeErrFailed if
-// dst, a record of unknown format, has no pixels to draw; otherwise kRoxeOK. Allocates 320 bytes
-// and 8 pointers.
+// dst, a record of unknown format, has a width or height below 1 and rect begins further left or
+// further up than that; otherwise kRoxeOK. Allocates 320 bytes and 8 pointers.
 ROXE_API int32_t roxeAffineTransform(const PixelArray* src, PixelArray* dst, Quad* quad,
                                      const Quad* dstQuad, PixelRect rect);
 

@@ -217,7 +217,6 @@ class Outputs(ToolTest):
     def test_folders_and_files_without_permission(self):
         os.mkdir(self.path("closed"))
         os.chmod(self.path("closed"), 0o555)
-        os.chmod(self.path("in.ppm"), 0o644)
         anyone = self.as_anyone()
         self.refuse(FAILED, "the folder refuses it (Permission denied)", "straighten", "in.ppm",
                     "closed/out.jpg", *LINE, **anyone)

@@ -347,7 +347,6 @@ class Places(Blocks):
                              "moved\n" in result.stderr, not kept)
             self.assertEqual([name for name in names if name in chunks], names if kept else [])
 
-
     def test_of_the_subject(self):
         for order in "<>":
             area = (0x9214, SHORT, 4, struct.pack(order + "4H", 2000, 1500, 800, 600))

@@ -91,11 +91,11 @@ struct SelectionByLoads : SelectionWords {
     const auto far = [&](int32_t turn) {
       return turn_is_far(limit_squared, saturation, kCosine[turn]);
     };
-    far_turns = 0;  // at most 180: at turn 0 the cosine is 1, and limit_squared is not 0
-    while (far(180 - far_turns) && far(180 + far_turns)) ++far_turns;
+    opposite_reach = 0;  // at most 180: at turn 0 the cosine is 1, and limit_squared is not 0
+    while (far(180 - opposite_reach) && far(180 + opposite_reach)) ++opposite_reach;
   }
-  uint32_t cosine[361];  // times the saturation
-  int32_t far_turns;     // hues less far from the opposite of the reference are all outside
+  uint32_t cosine[361];    // times the saturation
+  int32_t opposite_reach;  // hues less far from the opposite of the reference are all outside
 
   // div_table as a rounded division, exact for 1 ... 255. Where it is 0 the factor is 0.
   struct Reciprocals {
@@ -136,7 +136,7 @@ struct SelectionByLoads : SelectionWords {
     const Bytes rise =
         subtract_saturating(of_value, reference) | subtract_saturating(reference, of_value);
     const int32_t reach = 2 * limit > 256 ? 255 : 2 * limit - 1;
-    return !any(at_most(all_bytes(far_turns), opposite) & at_most(rise, all_bytes(reach)));
+    return !any(at_most(all_bytes(opposite_reach), opposite) & at_most(rise, all_bytes(reach)));
   }
 
   Bytes distances(const SelectionBlock& block, int32_t i) const {

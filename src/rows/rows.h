@@ -147,7 +147,7 @@ struct ColourMatrix {
 
 // tone_shifts adds 0.0001 in double precision and rounds. For 0 and for floats from here on an
 // addition in single precision gives the same; for the float before this one it does not.
-constexpr float kLittleInSingle = 0x1.2e48e8p-13f;
+constexpr float kSingleSumFrom = 0x1.2e48e8p-13f;
 
 struct RowKernels {
   const char* name;  // "plain", "sse4", "avx2", "avx512", "neon", "wasm"

@@ -1,6 +1,6 @@
 // float(double(v) + 0.0001)
 static inline Floats plus_a_little(Floats v) {
-  const FloatMask small = without(greater(all_floats(kLittleInSingle), v), equal(v, Floats{}));
+  const FloatMask small = without(greater(all_floats(kSingleSumFrom), v), equal(v, Floats{}));
   if (!any(small)) [[likely]]
     return v + 0.0001f;
   return to_floats(first_doubles(v) + 0.0001, last_doubles(v) + 0.0001);

@@ -171,10 +171,10 @@ TEST(ExhaustiveRows, LittleMayBeAddedInSinglePrecision) {
     return v + 0.0001f != static_cast<float>(static_cast<double>(v) + 0.0001);
   };
   EXPECT_FALSE(differs(0));
-  EXPECT_TRUE(differs(std::nextafterf(roxe::kLittleInSingle, 0)));
+  EXPECT_TRUE(differs(std::nextafterf(roxe::kSingleSumFrom, 0)));
   const uint32_t end = std::bit_cast<uint32_t>(std::numeric_limits<float>::infinity());
   uint32_t differences = 0;
-  for (uint32_t bits = std::bit_cast<uint32_t>(roxe::kLittleInSingle); bits <= end; ++bits)
+  for (uint32_t bits = std::bit_cast<uint32_t>(roxe::kSingleSumFrom); bits <= end; ++bits)
     differences += differs(std::bit_cast<float>(bits));
   EXPECT_EQ(differences, 0u);
 }
@@ -182,7 +182,7 @@ TEST(ExhaustiveRows, LittleMayBeAddedInSinglePrecision) {
 TEST(Rows, ToneShiftsAddLittleInDoublePrecisionWhereItMatters) {
   // Next to 0.000144 the two precisions give sums one last place apart: times this target, 99 and
   // a little or 100.
-  const float sum = std::nextafterf(roxe::kLittleInSingle, 0);
+  const float sum = std::nextafterf(roxe::kSingleSumFrom, 0);
   Floats intensity(kLongest), blurred(kLongest), combined(256), midtone(512), shift(kLongest);
   std::fill_n(blurred.of(), kLongest, sum);
   std::fill_n(combined.of(), 256, 0x1.0db6e4p+7f);

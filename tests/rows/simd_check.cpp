@@ -165,8 +165,9 @@ class Check {
     expect("max signed", max(as, bs), [&](int32_t i) { return as[i] > bs[i] ? as[i] : bs[i]; });
     expect("add_saturating words", add_saturating(as, bs),
            [&](int32_t i) { return clamp(as[i] + bs[i], -32768, 32767); });
-    expect("magnitude", magnitude(as),
-           [&](int32_t i) { return static_cast<int16_t>(as[i] < 0 ? -as[i] : as[i]); });
+    const SignedWords negatable = max(as, (SignedWords)all_words(-32767));
+    expect("magnitude", magnitude(negatable),
+           [&](int32_t i) { return negatable[i] < 0 ? -negatable[i] : negatable[i]; });
     expect("mul_high signed", mul_high(as, bs), [&](int32_t i) { return as[i] * bs[i] >> 16; });
     expect("pair_sums", pair_sums(aw, bw), [&](int32_t i) {
       return static_cast<uint32_t>(as[2 * i] * bs[2 * i]) +

@@ -139,7 +139,7 @@ template <class V>
 static inline V max(V a, V b) {
   return a > b ? a : b;
 }
-static inline SignedWords magnitude(SignedWords a) { return a < 0 ? -a : a; }  // -32768 stays
+static inline SignedWords magnitude(SignedWords a) { return a < 0 ? -a : a; }  // not of -32768
 static inline Floats to_floats(SignedDwords a) { return __builtin_convertvector(a, Floats); }
 
 // The mask a without b. Masks are vectors of all ones and zeros, or bits.

@@ -52,7 +52,7 @@ static SignedDwords widen_last(SignedWords v) {
 }
 
 static inline Block load_2_pairs(const uint8_t* a, const uint8_t* b) {
-  return (Block)_mm_loadh_pd(_mm_load_sd((const double*)a), (const double*)b);
+  return (Block)_mm_loadh_pd(_mm_set_sd(load<double>(a)), (const double*)b);
 }
 
 // Corners are mixed with multiply-adds of bytes and words.

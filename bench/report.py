@@ -39,6 +39,12 @@ def best_table(times):
     return [table for table in TABLES if any(table == t for _, t, _ in times)][-1]
 
 
+def operations_of(times, goals):
+    """Those measured on 12 megapixels, whatever the table of rows."""
+    return in_order({name for name, table, size in times if size == "12MP" and table not in ("-", "peer")},
+                    goals)
+
+
 def in_order(names, goals):
     """As the goals list them, then the others: a run takes benchmarks in random order."""
     listed = list(goals["operations"])
@@ -48,7 +54,7 @@ def in_order(names, goals):
 def print_operations(times, goals):
     yardstick = times[("memcpy", "-", "12MP")]
     print(f"memcpy of 36 MB: {yardstick:.2f} ms. Multiples of it at 12 MP (ms), goals in brackets:\n")
-    operations = in_order({n for n, table, size in times if (table, size) == ("plain", "12MP")}, goals)
+    operations = operations_of(times, goals)
     measured = [table for table in TABLES + [MODULE] if any(table == t for _, t, _ in times)]
     peers = any(table == "peer" for _, table, _ in times)
     print(f"{'operation':24}" + "".join(f"{table:>24}" for table in measured)
@@ -143,7 +149,7 @@ def draw(times, goals, context, path):
                "peer": "#d98c3f"}
     labels = {"plain": "plain rows", "sse4": "SSE4.1 rows", "avx2": "AVX2 rows", "avx512": "AVX-512 rows",
               "neon": "NEON rows", "peer": "nearest OpenCV calls"}
-    operations = in_order({n for n, table, size in times if (table, size) == ("plain", "12MP")}, goals)
+    operations = operations_of(times, goals)
     shown = [t for t in TABLES + ["peer"] if any(t == table for _, table, _ in times)]
     bar, gap, left, width = 9, 8, 150, 860
     longest = 200.0  # multiples of memcpy; the shortest bar begins at 0.5

@@ -56,6 +56,13 @@ GParamSpec* specification(const Option& option, const char* name) {
   return g_param_spec_string(name, name, meaning, nullptr, G_PARAM_READWRITE);
 }
 
+// How sentences call an image.
+std::string name_of(const VipsImage* image) {
+  const std::string name = image->filename ? image->filename : "";
+  // libvips calls what is no file temp-7.
+  return name.empty() || name.starts_with("temp-") ? "in memory" : name;
+}
+
 std::string text_of(const Option& option, const Value& value) {
   switch (option.kind) {
     case Option::Kind::kWholeNumber:
@@ -63,8 +70,7 @@ std::string text_of(const Option& option, const Value& value) {
     case Option::Kind::kDecimalNumber:
       return host::shortest(value.decimal);
     case Option::Kind::kPicture:
-      return value.picture->filename && *value.picture->filename ? value.picture->filename
-                                                                 : "in memory";
+      return name_of(value.picture);
     default:
       return value.text ? value.text : "";
   }

@@ -1,5 +1,6 @@
 """The module in libvips: what only that host has. Its tables of checksums are those of every door."""
 
+import ctypes
 import os
 import pathlib
 import re
@@ -215,6 +216,38 @@ def test_sentences_of_arguments(tmp_path):
         assert refusal("roxe_" + name, {"in": tmp_path / "in.png", **arguments}) == sentence
 
 
+@pytest.mark.parametrize("has_empty_name", (False, True))
+def test_a_mask_in_memory(has_empty_name, tmp_path):
+    """It has no name of a file, and is a mask nevertheless."""
+    samples = np.asarray(picture("L"))
+    picture("RGB").save(tmp_path / "in.png")
+    picture("L").save(tmp_path / "mask.png")
+    photo = {"in": tmp_path / "in.png", "radius": 21}
+    expected = Vips.call("roxe_soft_focus", {**photo, "mask": tmp_path / "mask.png"}, Vips.pixels)
+    library, images = Vips.library, []
+
+    def keep(pointer):
+        images.append(ctypes.c_void_p(pointer))
+        return images[-1]
+
+    def mask(width, height):
+        image = keep(library.vips_image_new_from_memory_copy(
+            samples.tobytes(), ctypes.c_size_t(samples.size), width, height, 1, 0))
+        if not has_empty_name:
+            return image
+        nameless = keep(library.vips_image_new_mode(b"", b"p"))
+        assert library.vips_image_write(image, nameless) == 0
+        return nameless
+
+    height, width = samples.shape
+    drawn = Vips.call("roxe_soft_focus", {**photo, "mask": mask(width, height)}, Vips.pixels)
+    assert (drawn == expected).all()
+    assert refusal("roxe_soft_focus", {**photo, "mask": mask(height, width)}) == (
+        "the mask in memory has 163 × 201 pixels but the picture has 201 × 163")
+    for image in images:
+        library.g_object_unref(image)
+
+
 def test_refused_on_the_command_line(tmp_path):
     """Exit code 1, the sentence of the tool, no file."""
     said = vips("shadow-highlight", PHOTOS / "coffee-cup.png", tmp_path / "out.png", "--shadow",
@@ -230,7 +263,6 @@ METADATA = ("icc-profile-data", "exif-data", "xmp-data")
 
 def metadata(image):
     """The blocks of an image, and its resolution."""
-    import ctypes
     library, blocks = Vips.library, {}
     library.vips_image_get_typeof.restype = ctypes.c_size_t
     library.vips_image_get_xres.restype = library.vips_image_get_yres.restype = ctypes.c_double

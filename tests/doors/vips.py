@@ -15,7 +15,8 @@ def load():
     """libvips with its modules."""
     os.environ["VIPSHOME"] = HOME
     library = ctypes.CDLL("libvips.so.42")
-    for name in ("vips_operation_new", "vips_image_new_from_file", "vips_image_write_to_memory"):
+    for name in ("vips_operation_new", "vips_image_new_from_file", "vips_image_new_from_memory_copy",
+                 "vips_image_new_mode", "vips_image_write_to_memory"):
         getattr(library, name).restype = ctypes.c_void_p
     library.vips_error_buffer.restype = ctypes.c_char_p
     if library.vips_init(b"roxe"):
@@ -34,14 +35,17 @@ class Vips:
 
     @classmethod
     def call(cls, operation, arguments, look):
-        """Calls an operation with texts for arguments; look is given the pointer to its result."""
+        """Calls an operation with texts and pointers to images for arguments; look is given the
+        pointer to its result."""
         with cls.lock:
             cls.library = cls.library or load()
             library = cls.library
             call = ctypes.c_void_p(library.vips_operation_new(operation.encode()))
             try:
                 for name, value in arguments.items():
-                    if library.vips_object_set_argument_from_string(
+                    if isinstance(value, ctypes.c_void_p):
+                        library.g_object_set(call, name.encode(), value, None)
+                    elif library.vips_object_set_argument_from_string(
                             call, name.encode(), str(value).encode()):
                         raise Failed
                 if library.vips_object_build(call):

@@ -148,9 +148,11 @@ GParamSpec* part_spec(const std::string& name, const std::string& part, const Op
   return spec;
 }
 
+// No colour is the default one, opaque black.
 host::Colour bytes_of(GeglColor* colour, const Babl* space, uint8_t* opacity = nullptr) {
-  std::array<uint8_t, 4> rgba;
-  gegl_color_get_pixel(colour, babl_format_with_space("R'G'B'A u8", space), rgba.data());
+  std::array<uint8_t, 4> rgba = {0, 0, 0, 255};
+  if (colour)
+    gegl_color_get_pixel(colour, babl_format_with_space("R'G'B'A u8", space), rgba.data());
   if (opacity) *opacity = rgba[3];
   return {rgba[0], rgba[1], rgba[2]};
 }

@@ -29,7 +29,7 @@ class Values {
   int whole_number(size_t property) const { return g_value_get_int(&values_[property]); }
   double decimal_number(size_t property) const { return g_value_get_double(&values_[property]); }
   int choice(size_t property) const { return g_value_get_enum(&values_[property]); }
-  GeglColor* colour(size_t property) const;
+  GeglColor* colour(size_t property) const;  // null where the host has set none
 
  private:
   std::vector<GValue> values_;

@@ -63,17 +63,34 @@ std::string name_of(const VipsImage* image) {
   return name.empty() || name.starts_with("temp-") ? "in memory" : name;
 }
 
+// A flag that is off, and null, which programs in C may give.
+bool is_nothing(const Option& option, const Value& value) {
+  switch (option.kind) {
+    case Option::Kind::kFlag:
+      return !value.flag;
+    case Option::Kind::kPicture:
+      return !value.picture;
+    case Option::Kind::kText:
+      return !value.text;
+    default:
+      return false;
+  }
+}
+
 std::string text_of(const Option& option, const Value& value) {
   switch (option.kind) {
     case Option::Kind::kWholeNumber:
       return std::to_string(value.whole);
     case Option::Kind::kDecimalNumber:
       return host::shortest(value.decimal);
+    case Option::Kind::kFlag:
+      return "";
     case Option::Kind::kPicture:
       return name_of(value.picture);
-    default:
-      return value.text ? value.text : "";
+    case Option::Kind::kText:
+      break;
   }
+  return value.text;
 }
 
 }  // namespace
@@ -114,8 +131,7 @@ std::map<std::string, std::string> given_arguments(VipsObject* call,
              vips_object_argument_isset(call, identifier(spelling, '-').c_str());
     };
     if (!is_set(option.name) && !is_set(option.other_spelling)) continue;
-    if (option.kind == Option::Kind::kFlag && !values[i].flag) continue;
-    given[option.name] = option.kind == Option::Kind::kFlag ? "" : text_of(option, values[i]);
+    if (!is_nothing(option, values[i])) given[option.name] = text_of(option, values[i]);
   }
   return given;
 }

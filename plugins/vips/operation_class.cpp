@@ -177,6 +177,7 @@ void draw_whole(Call* call) {
 }
 
 void draw(Call* call) {
+  if (!call->in) throw Failure("the picture is required, and null was given");
   require_eight_bits(call->in, "the picture");
   const std::vector<host::Option>& options = class_of(call)->sample->options();
   // The only picture that an operation takes beside its own.

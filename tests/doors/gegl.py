@@ -1,5 +1,6 @@
 """The operations in GEGL as a door: GEGL in this process, one graph for each picture."""
 
+import ctypes
 import os
 import threading
 
@@ -36,7 +37,9 @@ def properties(library, options):
     from roxe._colours import COLOURS
     for name, value in options.items():
         name = name.strip("_").replace("_", "-")
-        if name in ("colour", "background"):
+        if value is None:
+            yield name, None
+        elif name in ("colour", "background"):
             yield name, library.Color.new(COLOURS.get(value.lower(), value))
         elif isinstance(value, (tuple, list)):
             if name not in REQUIRED:
@@ -46,6 +49,15 @@ def properties(library, options):
                 yield f"{name}-{part}", number
         else:
             yield name, "fit" if name == "crop" and value is True else value
+
+
+def set_property(node, name, value):
+    """None is what only C can set: the colour that is no colour."""
+    if value is None:
+        library = ctypes.CDLL("libgegl-0.4.so.0")
+        library.gegl_node_set(ctypes.c_void_p(hash(node)), name.encode(), None, None)
+    else:
+        node.set_property(name, value)
 
 
 def render(library, node, channels):
@@ -86,7 +98,7 @@ class Gegl:
         graph = library.Node()
         operation = graph.create_child("roxe:" + name)
         for option, value in properties(library, options):
-            operation.set_property(option, value)
+            set_property(operation, option, value)
         for pad, content in (("input", samples), ("aux", mask)):
             if content is not None:
                 source = graph.create_child("gegl:buffer-source")

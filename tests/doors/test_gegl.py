@@ -239,6 +239,15 @@ def test_what_is_uncovered_may_be_transparent():
     assert drawn[15, 20].tolist() == [255, 255, 255, 255]
 
 
+def test_no_colour_is_black():
+    """A program in C may take a colour away."""
+    for name, options, colour in (("rotate", {"angle": 45}, "background"),
+                                  ("tint", {"tolerance": 60}, "colour")):
+        place, drawn = run(name, NOISE[:30, :40], {**options, colour: "black"})
+        again, same = run(name, NOISE[:30, :40], {**options, colour: None})
+        assert place == again and (drawn == same).all()
+
+
 # ------------------------------------------------------------------------------ what makes no sense
 
 def test_an_operation_with_nothing_to_work_on_gives_the_picture():

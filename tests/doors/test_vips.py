@@ -248,6 +248,24 @@ def test_a_mask_in_memory(has_empty_name, tmp_path):
         library.g_object_unref(image)
 
 
+def test_null_is_nothing(tmp_path):
+    """Programs in C may set an argument to it."""
+    null = ctypes.c_void_p(None)
+    picture("RGB").save(tmp_path / "in.png")
+    photo = {"in": tmp_path / "in.png"}
+    for name, arguments, nothing in (("soft_focus", {"radius": 9}, "mask"),
+                                     ("rotate", {"angle": 9}, "background"),
+                                     ("rotate", {"angle": 9}, "crop"),
+                                     ("auto_gamma", {}, "region")):
+        asked = {**photo, **arguments}
+        expected = Vips.call("roxe_" + name, asked, Vips.pixels)
+        drawn = Vips.call("roxe_" + name, {**asked, nothing: null}, Vips.pixels)
+        assert (drawn == expected).all()
+    assert refusal("roxe_tint", {**photo, "tolerance": 9, "colour": null}) == "--colour is required"
+    assert refusal("roxe_auto_gamma", {"in": null}) == (
+        "the picture is required, and null was given")
+
+
 def test_refused_on_the_command_line(tmp_path):
     """Exit code 1, the sentence of the tool, no file."""
     said = vips("shadow-highlight", PHOTOS / "coffee-cup.png", tmp_path / "out.png", "--shadow",

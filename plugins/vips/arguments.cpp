@@ -60,7 +60,8 @@ GParamSpec* specification(const Option& option, const char* name) {
 std::string name_of(const VipsImage* image) {
   const std::string name = image->filename ? image->filename : "";
   // libvips calls what is no file temp-7.
-  return name.empty() || name.starts_with("temp-") ? "in memory" : name;
+  const bool is_number = name.find_first_not_of("0123456789", 5) == std::string::npos;
+  return name.empty() || (name.starts_with("temp-") && is_number) ? "in memory" : name;
 }
 
 // A flag that is off, and null, which programs in C may give.

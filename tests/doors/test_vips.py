@@ -217,7 +217,7 @@ def test_sentences_of_arguments(tmp_path):
 
 
 @pytest.mark.parametrize("has_empty_name", (False, True))
-def test_a_mask_in_memory(has_empty_name, tmp_path):
+def test_a_mask_in_memory(has_empty_name, tmp_path, monkeypatch):
     """It has no name of a file, and is a mask nevertheless."""
     samples = np.asarray(picture("L"))
     picture("RGB").save(tmp_path / "in.png")
@@ -246,6 +246,10 @@ def test_a_mask_in_memory(has_empty_name, tmp_path):
         "the mask in memory has 163 × 201 pixels but the picture has 201 × 163")
     for image in images:
         library.g_object_unref(image)
+    Image.new("L", (3, 2)).save(tmp_path / "temp-7.png")
+    monkeypatch.chdir(tmp_path)  # a file that is called nearly so
+    assert refusal("roxe_soft_focus", {**photo, "mask": "temp-7.png"}).startswith(
+        "the mask temp-7.png has")
 
 
 def test_null_is_nothing(tmp_path):

@@ -52,6 +52,7 @@ static SignedDwords widen_last(SignedWords v) {
 }
 
 static inline Block load_2_pairs(const uint8_t* a, const uint8_t* b) {
+  // _mm_load_sd of g++ reads a double, which has to be aligned; _mm_loadh_pd takes any address.
   return (Block)_mm_loadh_pd(_mm_set_sd(load<double>(a)), (const double*)b);
 }
 

@@ -283,6 +283,13 @@ void describe_as_jpeg(Bytes& exif, size_t directory, const Thumbnail& thumbnail,
 
 }  // namespace
 
+void remove_exif_prefixes(Bytes& exif) {
+  const std::string_view block(reinterpret_cast<const char*>(exif.data()), exif.size());
+  size_t begin = 0;
+  while (block.substr(begin).starts_with(kExifPrefix)) begin += kExifPrefix.size();
+  exif.erase(exif.begin(), exif.begin() + static_cast<ptrdiff_t>(begin));
+}
+
 int exif_orientation(const Bytes& exif) {
   const Tiff tiff(exif);
   const auto field = tiff.find(tiff.first_directory(), kOrientation);

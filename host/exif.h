@@ -7,12 +7,20 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "picture.h"
 
 namespace host {
+
+// What a JPEG writes before the structure.
+constexpr std::string_view kExifPrefix{"Exif\0\0", 6};
+
+// Some programs write the prefix twice into a JPEG, or once into another container: without any.
+// Readers differ in how many they skip, so that one that stayed could bring back the old orientation.
+void remove_exif_prefixes(Bytes& exif);
 
 // 1 ... 8; 1 if the tag is absent or the block is malformed.
 int exif_orientation(const Bytes& exif);

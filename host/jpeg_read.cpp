@@ -11,6 +11,7 @@
 #include "cmyk.h"
 #include "codecs.h"
 #include "errors.h"
+#include "exif.h"
 
 namespace host {
 namespace {

@@ -12,7 +12,6 @@ namespace host {
 
 constexpr int kApp1 = JPEG_APP0 + 1, kApp2 = JPEG_APP0 + 2, kApp13 = JPEG_APP0 + 13;
 constexpr size_t kMaxSegment = 65533;
-constexpr std::string_view kExifPrefix{"Exif\0\0", 6};
 constexpr std::string_view kXmpPrefix{"http://ns.adobe.com/xap/1.0/\0", 29};
 constexpr std::string_view kExtendedXmpPrefix{"http://ns.adobe.com/xmp/extension/\0", 35};
 constexpr std::string_view kPhotoshopPrefix{"Photoshop 3.0\0", 14};

@@ -5,6 +5,7 @@
 
 #include "codecs.h"
 #include "errors.h"
+#include "exif.h"
 #include "jpeg_shared.h"
 
 namespace host {

@@ -53,6 +53,7 @@ LoadedPicture decode_upright(const Bytes& file, const ReadSettings& settings, No
   Decoded decoded = decode(file, settings, notes);
   LoadedPicture loaded{
       std::move(decoded.picture), std::move(decoded.description), 1, decoded.format, {}};
+  remove_exif_prefixes(loaded.picture.metadata.exif);
   loaded.orientation = exif_orientation(loaded.picture.metadata.exif);
   make_upright(loaded.picture, loaded.orientation);
   reset_orientation(loaded.picture.metadata);

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <memory>
 
 #include <webp/decode.h>
@@ -7,7 +6,6 @@
 
 #include "codecs.h"
 #include "errors.h"
-#include "jpeg_shared.h"
 
 namespace host {
 namespace {
@@ -33,12 +31,6 @@ void read_metadata(const Bytes& file, Metadata& metadata, Notes& notes) {
   metadata.icc = chunk(mux.get(), "ICCP");
   metadata.xmp = chunk(mux.get(), "XMP ");
   metadata.exif = chunk(mux.get(), "EXIF");
-  // Some programs write the prefix that belongs into a JPEG.
-  const auto prefix_end =
-      metadata.exif.begin() +
-      std::min<ptrdiff_t>(kExifPrefix.size(), static_cast<ptrdiff_t>(metadata.exif.size()));
-  if (std::equal(metadata.exif.begin(), prefix_end, kExifPrefix.begin(), kExifPrefix.end()))
-    metadata.exif.erase(metadata.exif.begin(), prefix_end);
 }
 
 void lay_over(const uint8_t* from, Colour background, Picture& picture) {

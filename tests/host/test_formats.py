@@ -175,6 +175,21 @@ class WebP(Formats):
         self.notes("out.webp", "out.png")
         self.assertEqual(dict(png_chunks(self.read("out.png")))[b"eXIf"], exif(1))
 
+    def test_the_prefix_of_a_jpeg_before_exif(self):
+        self.write("base.png", png(40, 30, 8, 2, [bytes(120)] * 30, [chunk(b"eXIf", exif(1))]))
+        self.notes("base.png", "base.webp")
+        name, found = b"EXIF" + struct.pack("<I", len(exif(1))), exif(1)
+        before, after = self.read("base.webp").split(name + found)
+        for count in (1, 2):
+            block = b"Exif\0\0" * count + exif(6)
+            content = before + b"EXIF" + struct.pack("<I", len(block)) + block + after
+            self.write("in.webp", content[:4] + struct.pack("<I", len(content) - 8) + content[8:])
+            self.notes("in.webp", "out.webp")
+            self.assertEqual(self.chunks("out.webp")[b"EXIF"], exif(1))
+            self.notes("out.webp", "out.ppm")
+            rows = ppm_rows(self.read("out.ppm"))
+            self.assertEqual((len(rows[0]), len(rows)), (30, 40))
+
     def test_transparency_shows_the_background(self):
         self.write("in.webp", self.lossless([[(200, 100, 50, 255), (200, 100, 50, 0)]]))
         result = self.run_tool("straighten", "in.webp", "out.ppm", "--line", "0,0,1,0",

@@ -79,6 +79,28 @@ class Orientation(ToolTest):
                 kept = dict(png_chunks(self.read("out.png")))[b"eXIf"]
                 self.assertEqual(kept, exif(1, order))
 
+    def test_prefixes_too_many_do_not_hide_the_orientation(self):
+        self.write("base.ppm", ppm(speckled(40, 30)))
+        self.copy("base.ppm", "base.jpg")
+        for count in (1, 2, 3):
+            prefixes = b"Exif\0\0" * count
+            self.write("in.jpg", with_segments(self.read("base.jpg"),
+                                               [(0xE1, prefixes + exif(6))]))
+            self.write("in.png", png(40, 30, 8, 2, [bytes(120)] * 30,
+                                     [chunk(b"eXIf", prefixes + exif(6))]))
+            for source in ("in.jpg", "in.png"):
+                self.copy(source, "out.jpg")
+                self.assertEqual(payloads(self.read("out.jpg"), 0xE1, b"Exif"),
+                                 [b"Exif\0\0" + exif(1)])
+                self.copy(source, "out.png")
+                self.assertEqual(dict(png_chunks(self.read("out.png")))[b"eXIf"], exif(1))
+                self.copy(source, "out.ppm")
+                rows = ppm_rows(self.read("out.ppm"))
+                self.assertEqual((len(rows[0]), len(rows)), (30, 40))
+        self.write("in.jpg", with_segments(self.read("base.jpg"), [(0xE1, b"Exif\0\0" * 2)]))
+        self.copy("in.jpg", "out.png")
+        self.assertNotIn(b"eXIf", dict(png_chunks(self.read("out.png"))))
+
     def test_a_mirrored_photograph_shows_the_picture_that_is_stored_upright(self):
         self.assertIn("302 × 403", self.succeed("info", photo("metadata-orientation-5.jpg")))
         self.copy(photo("metadata-orientation-5.jpg"), "turned.ppm")

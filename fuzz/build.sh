@@ -20,9 +20,10 @@ cmake -S "$source" -B "$WORK" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   exit 1
 }
 
+# Files are replaced, not written over: an earlier target may be running.
 for program in "$WORK"/fuzz/fuzz_*; do
   target=${program##*/fuzz_}
-  cp "$program" "$OUT/$target"
+  cp --remove-destination "$program" "$OUT/$target"
   python3 -m zipfile -c "$OUT/${target}_seed_corpus.zip" "$source/fuzz/corpus/$target/"
   # Memory that only a hostile header asks for is a finding; so is a call without end.
   printf '[libfuzzer]\nmax_len = %s\ntimeout = 25\nrss_limit_mb = 2048\nmalloc_limit_mb = 512\n' \
@@ -32,5 +33,5 @@ if [ -f "$WORK/fuzz/fuzz_pictures" ]; then
   mkdir -p "$OUT/lib"
   # Asked where no earlier copies of them are found.
   ldd "$WORK/fuzz/fuzz_pictures" | sed -n 's/.* => \(\/[^ ]*\) .*/\1/p' | grep -vE '/(libc|libm|libdl|libpthread|librt|libgcc_s|libstdc\+\+)\.so' |
-    xargs -r cp -Lt "$OUT/lib"
+    xargs -r cp --remove-destination -Lt "$OUT/lib"
 fi

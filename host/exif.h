@@ -18,8 +18,9 @@ namespace host {
 // What a JPEG writes before the structure.
 constexpr std::string_view kExifPrefix{"Exif\0\0", 6};
 
-// Some programs write the prefix twice into a JPEG, or once into another container: without any.
-// Readers differ in how many they skip, so that one that stayed could bring back the old orientation.
+// Removes every prefix at the start of the block. Some programs write it twice into a JPEG, or into
+// another container, and readers differ in how many they skip: through a prefix that stayed, one of
+// them would not find the orientation that another one applies.
 void remove_exif_prefixes(Bytes& exif);
 
 // 1 ... 8; 1 if the tag is absent or the block is malformed.

@@ -178,8 +178,8 @@ class WebP(Formats):
     def test_the_prefix_of_a_jpeg_before_exif(self):
         self.write("base.png", png(40, 30, 8, 2, [bytes(120)] * 30, [chunk(b"eXIf", exif(1))]))
         self.notes("base.png", "base.webp")
-        name, found = b"EXIF" + struct.pack("<I", len(exif(1))), exif(1)
-        before, after = self.read("base.webp").split(name + found)
+        old = b"EXIF" + struct.pack("<I", len(exif(1))) + exif(1)
+        before, after = self.read("base.webp").split(old)
         for count in (1, 2):
             block = b"Exif\0\0" * count + exif(6)
             content = before + b"EXIF" + struct.pack("<I", len(block)) + block + after

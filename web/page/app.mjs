@@ -4,7 +4,7 @@ import {operations} from '../roxe.mjs';
 import {History, newStep, plain, recipe, scaled} from './chain.mjs';
 import {drawChain, element, title} from './controls.mjs';
 import {openPicture, pixelsOf} from './open.mjs';
-import {drawHandles, show, showResult, watchGround} from './stage.mjs';
+import {drawHandles, show, showResult, watchGround, whenReleased} from './stage.mjs';
 
 const byId = (id) => document.getElementById(id);
 const PREVIEW = 1e6;  // pixels
@@ -14,7 +14,6 @@ let history = new History([]);
 let selected = null;  // the id of a step
 let isDrawing = false;
 let dragged = null;  // the chain while a control moves, before it is recorded
-let stopWatching = () => {};
 let masks = 0;
 
 const chain = () => dragged ?? history.state;
@@ -214,7 +213,7 @@ function refresh(runs) {
   const paints = isDrawing && selectedStep().options.mask !== undefined;
   byId('brush-label').hidden = byId('clear-mask').hidden = !paints;
   if (isDrawing) openDrawing();
-  else stopWatching();
+  else closeDrawing();
   if (runs && photo) {
     if (!isDrawing) runSmall();
     runFull();
@@ -269,14 +268,27 @@ function draw(on) {
   refresh(true);
 }
 
+function closeDrawing() {
+  watchGround(null);
+  byId('drawing').removeAttribute('aria-busy');
+}
+
 // What the selected operation starts from, with handles for its places.
 function openDrawing() {
   const index = chain().findIndex((s) => s.id === selected);
+  byId('drawing').setAttribute('aria-busy', 'true');
   small.run(scaledMasks(plain(scaled(chain().slice(0, index), photo.scale)), photo.preview), ({image}) => {
-    show(byId('ground'), image);
-    drawGround(image);
-    runSmall();
-  }, complain);
+    whenReleased(() => {
+      if (!isDrawing) return;
+      show(byId('ground'), image);
+      drawGround(image);
+      byId('drawing').removeAttribute('aria-busy');
+      runSmall();
+    });
+  }, (message) => {
+    byId('drawing').removeAttribute('aria-busy');
+    complain(message);
+  });
 }
 
 function drawGround(image) {
@@ -284,7 +296,7 @@ function drawGround(image) {
   const scale = photo.scale;
   const size = {width: Math.round(image.width / scale), height: Math.round(image.height / scale)};
   const handles = [], outlines = [];
-  stopWatching();
+  watchGround(null);
 
   for (const [key, option] of Object.entries(operations[step.name])) {
     const value = step.options[key];
@@ -325,7 +337,7 @@ function watchPipette(step, key, image, handles, size) {
     const at = 4 * (row * width + column);
     act.change(step, key, `#${hex(data[at])}${hex(data[at + 1])}${hex(data[at + 2])}`, final);
   };
-  stopWatching = watchGround(size, pick);
+  watchGround(size, pick);
   const handle = {label: 'Pipette', sign: '✛', x: size.width >> 1, y: size.height >> 1, move: pick};
   // The handle stays where it was put while the list is drawn again.
   if (pipette?.step === step.id) Object.assign(handle, pipette.at);
@@ -370,7 +382,7 @@ function watchBrush(step, key, image, handles, size) {
     const {data} = context.getImageData(0, 0, canvas.width, canvas.height);
     act.change(step, key, {width: canvas.width, height: canvas.height, data, version: ++masks}, true);
   };
-  stopWatching = watchGround(size, paint);
+  watchGround(size, paint);
   const handle = {label: 'Brush, space paints', sign: '●', x: size.width >> 1, y: size.height >> 1};
   if (brush) Object.assign(handle, brush);
   handle.move = (x, y) => (brush = {x, y});

@@ -20,58 +20,99 @@ export function showResult(image, source, alone) {
 byId('divider').addEventListener('input', ({target}) =>
   byId('compare').style.setProperty('--divide', `${target.value}%`));
 
+// Drawing anew takes away what one draws on, and an answer of the worker may come while the mouse
+// or a finger is down: it waits for the release.
+let heldBy = null;  // the id of a pointer
+let waiting = null;
+
+/** Does the work at once or, while a pointer draws, when that is released; the newest work alone. */
+export function whenReleased(work) {
+  if (heldBy === null) work();
+  else waiting = work;
+}
+
+/** Calls use(event, isFinal) from the press of a pointer on the element to its release. A pointer
+ * that the system takes away, as it does with a touch, is released where it was. */
+function followPointer(element, use) {
+  let last;
+  element.addEventListener('pointerdown', (event) => {
+    if (heldBy !== null) return;
+    heldBy = event.pointerId;
+    element.setPointerCapture(heldBy);
+    use(last = event, false);
+  });
+  element.addEventListener('pointermove', (event) => {
+    if (event.pointerId === heldBy) use(last = event, false);
+  });
+  element.addEventListener('lostpointercapture', (event) => {
+    if (event.pointerId !== heldBy) return;
+    heldBy = null;
+    use(last, true);
+    waiting?.();
+    waiting = null;
+  });
+}
+
+// Where a pointer is, in pixels of a picture of the given size that fills the element.
+function placeIn(element, size, {clientX, clientY}) {
+  const {left, top, width, height} = element.getBoundingClientRect();
+  return {x: (clientX - left) / width * size.width, y: (clientY - top) / height * size.height};
+}
+
+let drawn;  // {size, handles, outlines}
+
 /** What can be drawn: handles at places of a picture of the given size, moved by mouse, touch and
- * arrow keys. handles: [{label, x, y, move(x, y, final)}]; outlines: lists of handles to connect. */
+ * arrow keys. handles: [{label, x, y, move(x, y, final)}]; outlines: lists of handles to connect.
+ * Buttons stay in the page as long as there are as many handles, and so does the focus. */
 export function drawHandles(size, handles, outlines) {
+  drawn = {size, handles, outlines};
   const box = byId('handles');
-  const focused = document.activeElement?.dataset?.handle;
-  const place = (button, {x, y}) => {
-    button.style.left = `${100 * (x + 0.5) / size.width}%`;
-    button.style.top = `${100 * (y + 0.5) / size.height}%`;
-  };
-  box.replaceChildren(...handles.map((handle, i) => {
-    const button = element('button', {type: 'button', 'data-handle': i}, handle.sign ?? `${i + 1}`);
-    const name = () => button.setAttribute('aria-label',
-      `${handle.label}: ${handle.x}, ${handle.y}. Arrow keys move it.`);
-    const move = (x, y, final) => {
-      handle.x = Math.min(Math.max(Math.round(x), 0), size.width - 1);
-      handle.y = Math.min(Math.max(Math.round(y), 0), size.height - 1);
-      place(button, handle);
-      name();
-      drawLines(size, outlines);
-      handle.move(handle.x, handle.y, final);
-    };
-    button.addEventListener('pointerdown', (event) => {
-      button.setPointerCapture(event.pointerId);
-      const drag = (e, final) => {
-        const {left, top, width, height} = box.parentElement.getBoundingClientRect();
-        move((e.clientX - left) / width * size.width - 0.5, (e.clientY - top) / height * size.height - 0.5, final);
-      };
-      const dragged = (e) => drag(e, false);
-      button.addEventListener('pointermove', dragged);
-      button.addEventListener('pointerup', (e) => {
-        button.removeEventListener('pointermove', dragged);
-        drag(e, true);
-      }, {once: true});
-    });
-    button.addEventListener('keydown', (event) => {
-      const step = event.shiftKey ? Math.max(1, Math.round(size.width / 50)) : 1;
-      const [dx, dy] = {ArrowLeft: [-step, 0], ArrowRight: [step, 0], ArrowUp: [0, -step],
-        ArrowDown: [0, step]}[event.key] ?? [0, 0];
-      if (dx || dy) {
-        event.preventDefault();
-        move(handle.x + dx, handle.y + dy, true);
-      } else if (event.key === ' ' && handle.press) {
-        event.preventDefault();
-        handle.press();
-      }
-    });
-    place(button, handle);
-    name();
-    return button;
-  }));
+  while (box.children.length > handles.length) box.lastChild.remove();
+  while (box.children.length < handles.length) box.append(handleButton(box.children.length));
+  handles.forEach((_, i) => showHandle(i));
   drawLines(size, outlines);
-  if (focused !== undefined) box.querySelector(`[data-handle="${focused}"]`)?.focus();
+}
+
+function showHandle(i) {
+  const {size, handles} = drawn;
+  const {label, sign, x, y} = handles[i];
+  const button = byId('handles').children[i];
+  button.textContent = sign;
+  button.style.left = `${100 * (x + 0.5) / size.width}%`;
+  button.style.top = `${100 * (y + 0.5) / size.height}%`;
+  button.setAttribute('aria-label', `${label}: ${x}, ${y}. Arrow keys move it.`);
+}
+
+function moveHandle(i, x, y, final) {
+  const {size, handles, outlines} = drawn;
+  const handle = handles[i];
+  handle.x = Math.min(Math.max(Math.round(x), 0), size.width - 1);
+  handle.y = Math.min(Math.max(Math.round(y), 0), size.height - 1);
+  showHandle(i);
+  drawLines(size, outlines);
+  handle.move(handle.x, handle.y, final);
+}
+
+function handleButton(i) {
+  const button = element('button', {type: 'button'});
+  followPointer(button, (event, final) => {
+    const {x, y} = placeIn(byId('drawing'), drawn.size, event);
+    moveHandle(i, x - 0.5, y - 0.5, final);
+  });
+  button.addEventListener('keydown', (event) => {
+    const handle = drawn.handles[i];
+    const step = event.shiftKey ? Math.max(1, Math.round(drawn.size.width / 50)) : 1;
+    const [dx, dy] = {ArrowLeft: [-step, 0], ArrowRight: [step, 0], ArrowUp: [0, -step],
+      ArrowDown: [0, step]}[event.key] ?? [0, 0];
+    if (dx || dy) {
+      event.preventDefault();
+      moveHandle(i, handle.x + dx, handle.y + dy, true);
+    } else if (event.key === ' ' && handle.press) {
+      event.preventDefault();
+      handle.press();
+    }
+  });
+  return button;
 }
 
 function drawLines(size, outlines) {
@@ -82,34 +123,15 @@ function drawLines(size, outlines) {
     points().map(({x, y}) => `${x + 0.5},${y + 0.5}`).join(' ') + '"/>').join('');
 }
 
-/** Calls use(x, y, isFinal) for every place touched on the ground, in pixels of a picture of that
- * size; returns what ends it. */
+let watcher = null;  // {size, use}
+
+/** From now on calls use(x, y, isFinal) for every place touched on the ground, in pixels of a
+ * picture of that size; watchGround(null) ends it. */
 export function watchGround(size, use) {
-  const ground = byId('ground');
-  let down = false;
-  const at = (event, final) => {
-    const {left, top, width, height} = ground.getBoundingClientRect();
-    use(Math.floor((event.clientX - left) / width * size.width),
-      Math.floor((event.clientY - top) / height * size.height), final);
-  };
-  const press = (event) => {
-    down = true;
-    ground.setPointerCapture(event.pointerId);
-    at(event, false);
-  };
-  const move = (event) => {
-    if (down) at(event, false);
-  };
-  const release = (event) => {
-    if (down) at(event, true);
-    down = false;
-  };
-  ground.addEventListener('pointerdown', press);
-  ground.addEventListener('pointermove', move);
-  ground.addEventListener('pointerup', release);
-  return () => {
-    ground.removeEventListener('pointerdown', press);
-    ground.removeEventListener('pointermove', move);
-    ground.removeEventListener('pointerup', release);
-  };
+  watcher = size && {size, use};
 }
+followPointer(byId('ground'), (event, final) => {
+  if (!watcher) return;
+  const {x, y} = placeIn(byId('ground'), watcher.size, event);
+  watcher.use(Math.floor(x), Math.floor(y), final);
+});

@@ -65,7 +65,12 @@ async function onPage(work, settings = {}) {
   }
 }
 
-const settled = (page) => page.waitForSelector('#stage[data-done=true]:not([aria-busy])', {timeout: 60000});
+const finished = (page) => page.waitForSelector('#stage[data-done=true]:not([aria-busy])', {timeout: 60000});
+// And what one draws on, which is drawn when nothing is held.
+async function settled(page) {
+  await finished(page);
+  await page.waitForSelector('#drawing:not([aria-busy])', {state: 'attached', timeout: 60000});
+}
 async function choose(page, file) {
   await page.setInputFiles('#file', file);
   await settled(page);
@@ -157,13 +162,13 @@ test('a line is drawn by mouse and by keys', () => onPage(async (page) => {
   await choose(page, small);
   await add(page, 'straighten');
   const handle = page.locator('#handles button').first();
-  await handle.waitFor();
   const line = async () => (await recipeOf(page)).match(/--line ([-\d,]+)/)[1].split(',').map(Number);
   const start = await line();
   await handle.focus();
   await page.keyboard.press('ArrowDown');
   await page.keyboard.press('ArrowRight');
   assert.deepEqual(await line(), [start[0] + 1, start[1] + 1, start[2], start[3]]);
+  await settled(page);
   const box = await handle.boundingBox();
   await page.mouse.move(box.x + box.width / 2, box.y + box.height / 2);
   await page.mouse.down();
@@ -172,6 +177,87 @@ test('a line is drawn by mouse and by keys', () => onPage(async (page) => {
   const dragged = await line();
   assert.ok(dragged[0] > start[0] + 2 && dragged[1] > start[1] + 2, `${dragged}`);
 }));
+
+// Asks for what one draws on anew, as any change does, and gives the answer time to come.
+async function drawAnew(page) {
+  await page.evaluate(() => document.getElementById('show-drawing').click());
+  await finished(page);
+}
+
+test('a drag goes on while the picture below it is drawn anew, and the focus stays', () => onPage(async (page) => {
+  await choose(page, small);
+  await add(page, 'straighten');
+  const handle = page.locator('#handles button').first();
+  const before = await recipeOf(page);
+  const element = await handle.elementHandle();
+  await handle.focus();
+  await drawAnew(page);
+  await settled(page);
+  assert.ok(await element.evaluate((button) => button === document.activeElement));
+
+  const box = await handle.boundingBox();
+  await page.mouse.move(box.x + box.width / 2, box.y + box.height / 2);
+  await page.mouse.down();
+  await page.mouse.move(box.x + 30, box.y + 20);
+  await drawAnew(page);
+  await page.mouse.move(box.x + 60, box.y + 40);
+  await page.mouse.up();
+  const [x, y] = (await recipeOf(page)).match(/--line ([-\d,]+)/)[1].split(',').map(Number);
+  const [startX, startY] = before.match(/--line ([-\d,]+)/)[1].split(',').map(Number);
+  assert.ok(x > startX + 2 && y > startY + 2, `${x}, ${y}`);
+  await page.getByRole('button', {name: 'Undo'}).click();
+  assert.equal(await recipeOf(page), before);
+}));
+
+test('a stroke of the brush is kept whole while the picture below it is drawn anew', () => onPage(async (page) => {
+  await choose(page, small);
+  await add(page, 'softFocus');
+  await page.getByLabel('mask paint what stays sharp').check();
+  await page.waitForSelector('#brush:visible');
+  await settled(page);
+  const box = await page.locator('#ground').boundingBox();
+  const stroke = async (between) => {
+    await page.mouse.move(box.x + 40, box.y + 40);
+    await page.mouse.down();
+    await page.mouse.move(box.x + 80, box.y + 60);
+    await between();
+    await page.mouse.move(box.x + 120, box.y + 40);
+    await page.mouse.up();
+    await settled(page);
+    return pixelsOf(page, await save(page, 'Save the mask'));
+  };
+  const blank = await pixelsOf(page, await save(page, 'Save the mask'));
+  const whole = await stroke(() => {});
+  assert.notEqual(whole, blank);
+  await page.getByRole('button', {name: 'Undo'}).click();
+  await settled(page);
+  assert.equal(await stroke(() => drawAnew(page)), whole);
+
+  // Moving the brush changes no picture: what waited for its release is drawn all the same.
+  const brush = await page.locator('#handles button').boundingBox();
+  await page.mouse.move(brush.x + 10, brush.y + 10);
+  await page.mouse.down();
+  await drawAnew(page);
+  await page.mouse.up();
+  await settled(page);
+}));
+
+test('what a touch drew is kept when the system takes the touch away', () => onPage(async (page) => {
+  await choose(page, small);
+  await add(page, 'straighten');
+  const before = await recipeOf(page);
+  const handle = page.locator('#handles button').first();
+  const box = await handle.boundingBox();
+  const session = await page.context().newCDPSession(page);
+  const touch = (type, ...touchPoints) => session.send('Input.dispatchTouchEvent', {type, touchPoints});
+  await touch('touchStart', {x: box.x + 5, y: box.y + 5});
+  await touch('touchMove', {x: box.x + 50, y: box.y + 40});
+  await touch('touchCancel');
+  await settled(page);
+  assert.notEqual(await recipeOf(page), before);
+  await page.getByRole('button', {name: 'Undo'}).click();
+  assert.equal(await recipeOf(page), before);
+}, {hasTouch: true}));
 
 test('four corners are dragged, and the page is drawn at its natural size', () => onPage(async (page) => {
   await choose(page, join(photos, 'perspective-grid.png'));
@@ -197,7 +283,7 @@ test('a pipette takes the colour under it', () => onPage(async (page) => {
   await add(page, 'tint');
   await page.getByRole('button', {name: 'Pipette'}).first().click();
   const ground = page.locator('#ground');
-  await page.waitForFunction(() => document.querySelector('#ground').width > 300);
+  await settled(page);
   const box = await ground.boundingBox();
   await page.mouse.click(box.x + box.width * 0.25, box.y + box.height * 0.75);
   const expected = await page.evaluate(() => {
@@ -213,8 +299,8 @@ test('a mask is painted by mouse and by keys', () => onPage(async (page) => {
   await add(page, 'softFocus');
   await page.getByLabel('mask paint what stays sharp').check();
   await page.waitForSelector('#brush:visible');
-  await page.waitForSelector('#handles button');
-  const [blurred] = [await pixelsOf(page, await save(page))];
+  await settled(page);
+  const blurred = await pixelsOf(page, await save(page));
   const box = await page.locator('#ground').boundingBox();
   await page.mouse.move(box.x + 40, box.y + 40);
   await page.mouse.down();

@@ -221,9 +221,9 @@ function refresh(runs) {
 }
 
 function runSmall() {
-  small.run(scaledMasks(plain(scaled(chain(), photo.scale)), photo.preview), ({image, milliseconds}) => {
-    showResult(image, photo, isDrawing);
-    stage.dataset.preview = milliseconds.toFixed(1);
+  small.run(scaledMasks(plain(scaled(chain(), photo.scale)), photo.preview), ({image}) => {
+    const isLate = !dragged && stage.dataset.done === 'true';  // the picture itself is shown
+    if (!isLate) showResult(image, photo, isDrawing);
   }, () => {});  // a place may not fit the small picture: the picture itself has the word
 }
 

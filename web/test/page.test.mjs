@@ -127,13 +127,17 @@ test('a slider moves by keys and by mouse, the preview follows, undo and redo go
   await choose(page, small);
   await add(page, 'shadowHighlight');
   const slider = page.locator('input[type=range][id$=-shadow]');
-  const first = await page.getAttribute('#stage', 'data-preview');
   await slider.focus();
   for (let i = 0; i < 3; ++i) await page.keyboard.press('ArrowRight');
   assert.match(await recipeOf(page), /^shadow-highlight --shadow 3\n$/);
-  assert.notEqual(await page.getAttribute('#stage', 'data-preview'), first);
+  await settled(page);
+  const shown = () => page.evaluate(() => document.getElementById('after').toDataURL());
+  const first = await shown();
   const box = await slider.boundingBox();
-  await page.mouse.click(box.x + box.width / 2, box.y + box.height / 2);
+  await page.mouse.move(box.x + box.width / 2, box.y + box.height / 2);
+  await page.mouse.down();
+  await page.waitForFunction((before) => document.getElementById('after').toDataURL() !== before, first);
+  await page.mouse.up();
   await settled(page);
   assert.match(await recipeOf(page), /--shadow (49|50|51)\n$/);
   await page.getByRole('button', {name: 'Undo'}).click();
@@ -143,6 +147,34 @@ test('a slider moves by keys and by mouse, the preview follows, undo and redo go
   for (let i = 0; i < 5; ++i) await page.keyboard.press('Control+z');
   await settled(page);
   assert.equal(await recipeOf(page), '');
+}));
+
+test('a small picture that comes late does not replace the picture itself', () => onPage(async (page) => {
+  const data = Uint8ClampedArray.from({length: 4 * 1500 * 1000}, (_, i) => (i * 89) & 255);
+  const file = Buffer.from(await (await encodePng({width: 1500, height: 1000, data})).arrayBuffer());
+  await page.addInitScript(() => {
+    let workers = 0;
+    window.lateAnswers = 0;
+    window.Worker = class extends Worker {
+      isSmall = workers++ === 0;
+      set onmessage(answer) {
+        super.onmessage = async (event) => {
+          if (this.isSmall) await new Promise((resolve) => document.addEventListener('let-through', resolve, {once: true}));
+          answer(event);
+          if (this.isSmall) ++window.lateAnswers;
+        };
+      }
+    };
+  });
+  await page.reload();
+  await page.waitForSelector('body[data-ready]');
+  await page.setInputFiles('#file', {name: 'large.png', mimeType: 'image/png', buffer: file});
+  await finished(page);
+  await page.waitForFunction(() => {
+    document.dispatchEvent(new Event('let-through'));
+    return window.lateAnswers === 1;
+  });
+  assert.equal(await page.evaluate(() => document.getElementById('after').width), 1500);
 }));
 
 test('operations are reordered, switched off and removed', () => onPage(async (page) => {

@@ -47,7 +47,7 @@ def start(folder, out, *options, **popen):
 def batch(folder, out, *options):
     """Exit code, standard output and standard error of a whole run."""
     process = start(folder, out, *options)
-    output, errors = process.communicate(timeout=100)
+    output, errors = process.communicate(timeout=600)
     return process.returncode, output, errors
 
 
@@ -91,7 +91,7 @@ def test_deaths_and_restarts_change_nothing(tmp_path):
     driver = start(tmp_path, "disturbed", "--jobs", 2, "--tool", tool)
     (tmp_path / "pid").write_text(str(driver.pid))
     (tmp_path / "pid").rename(tmp_path / "driver")
-    driver.communicate(timeout=100)
+    driver.communicate(timeout=600)
     assert driver.returncode == -signal.SIGKILL
     disturbed = tmp_path / "disturbed"
     assert (tmp_path / "worker-died").exists() and not (disturbed / "manifest.jsonl").exists()
@@ -152,7 +152,7 @@ def test_workers_of_a_named_scheduler_need_no_package(tmp_path):
         for process in (worker, scheduler):
             if process:
                 process.terminate()
-                process.wait(timeout=60)
+                process.wait(timeout=300)
 
 
 # ---- without a cluster

@@ -38,7 +38,7 @@ class ToolTest(unittest.TestCase):
 
     def run_tool(self, *arguments, **options):
         return subprocess.run([TOOL, *map(str, arguments)], cwd=self.folder, text=True,
-                              capture_output=True, timeout=120, **options)
+                              capture_output=True, timeout=600, **options)
 
     def succeed(self, *arguments):
         """Standard output of a run that must work."""

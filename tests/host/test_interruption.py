@@ -20,7 +20,7 @@ class Interruption(ToolTest):
                                stderr=subprocess.PIPE)
         time.sleep(seconds)
         run.send_signal(how)
-        run.communicate(timeout=60)
+        run.communicate(timeout=300)
         return self.read("out.jpg")
 
     def test_any_moment(self):
@@ -53,7 +53,7 @@ class Interruption(ToolTest):
             while step and len(os.listdir(self.path("out"))) < 20 * step and run.poll() is None:
                 time.sleep(0.001)
             run.send_signal(signal.SIGINT if step % 2 else signal.SIGTERM)
-            _, said = run.communicate(timeout=60)
+            _, said = run.communicate(timeout=300)
             written = os.listdir(self.path("out"))
             if run.returncode < 0 and said:  # it had begun and was not at its end
                 self.assertEqual(said, f"roxe: interrupted: {len(written)} of 300 done\n")

@@ -21,6 +21,7 @@ const tool = process.env.ROXE_TOOL;
 const types = {'.html': 'text/html', '.mjs': 'text/javascript', '.wasm': 'application/wasm',
   '.css': 'text/css', '.jpg': 'image/jpeg', '.png': 'image/png'};
 
+const LIMIT = 300000;  // ms: only what hangs takes as long, also on a busy machine
 let server, browser, address, folder;
 
 before(async () => {
@@ -36,6 +37,7 @@ before(async () => {
   browser = await chromium.launch({
     executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
     args: ['--no-sandbox', '--force-color-profile=srgb', '--disable-gpu', '--disable-background-networking'],
+    timeout: LIMIT,
   });
   folder = mkdtempSync(join(tmpdir(), 'roxe-page-'));
 });
@@ -48,6 +50,7 @@ after(async () => {
 // Runs a test on a fresh page; a complaint in its console or a request to elsewhere is a failure.
 async function onPage(work, settings = {}) {
   const context = await browser.newContext({viewport: {width: 1280, height: 900}, acceptDownloads: true, ...settings});
+  context.setDefaultTimeout(LIMIT);
   const page = await context.newPage();
   const complaints = [];
   page.on('pageerror', (error) => complaints.push(error.message));
@@ -65,11 +68,11 @@ async function onPage(work, settings = {}) {
   }
 }
 
-const finished = (page) => page.waitForSelector('#stage[data-done=true]:not([aria-busy])', {timeout: 60000});
+const finished = (page) => page.waitForSelector('#stage[data-done=true]:not([aria-busy])');
 // And what one draws on, which is drawn when nothing is held.
 async function settled(page) {
   await finished(page);
-  await page.waitForSelector('#drawing:not([aria-busy])', {state: 'attached', timeout: 60000});
+  await page.waitForSelector('#drawing:not([aria-busy])', {state: 'attached'});
 }
 async function choose(page, file) {
   await page.setInputFiles('#file', file);

@@ -1,9 +1,9 @@
 // The playground: what belongs to which gesture.
 
 import {operations} from '../roxe.mjs';
-import {History, newStep, plain, recipe, scaled} from './chain.mjs';
+import {History, maskNames, newStep, plain, recipe, scaled} from './chain.mjs';
 import {drawChain, element, title} from './controls.mjs';
-import {openPicture, pixelsOf} from './open.mjs';
+import {canvasOf, openPicture, pixelsOf} from './open.mjs';
 import {drawHandles, show, showResult, watchGround, whenReleased} from './stage.mjs';
 
 const byId = (id) => document.getElementById(id);
@@ -23,15 +23,16 @@ const selectedStep = () => chain().find((step) => step.id === selected);
 
 class Thread {
   #worker = new Worker(new URL('worker.mjs', import.meta.url), {type: 'module'});
-  #runs = 0;
-  #answers = new Map();  // by the number of a run
+  #asked = 0;
+  #run = null;  // {id, done, failed} of the newest
+  #files = new Map();  // {done, failed} by id
 
   constructor() {
-    this.#worker.onmessage = ({data}) => {
-      const answer = this.#answers.get(data.id);
-      this.#answers.delete(data.id);
-      if (data.type === 'failed') (answer?.failed ?? complain)(data.message);
-      else answer?.done(data);
+    this.#worker.onmessage = ({data: {id, ...data}}) => {
+      const asked = id === this.#run?.id ? this.#run : this.#files.get(id);
+      this.#files.delete(id);
+      if (data.type !== 'failed') asked?.done(data);
+      else if (asked || id === undefined) (asked?.failed ?? complain)(data.message);
     };
     this.#worker.onerror = () => complain('This browser cannot run the library: it needs WebAssembly SIMD.');
   }
@@ -41,15 +42,13 @@ class Thread {
   }
   // Only the newest run is answered.
   run(steps, done, failed) {
-    this.#answers.clear();
-    const id = ++this.#runs;
-    this.#answers.set(id, {done, failed});
-    this.#worker.postMessage({type: 'run', id, chain: steps});
+    this.#run = {id: ++this.#asked, done, failed};
+    this.#worker.postMessage({type: 'run', id: this.#asked, chain: steps});
   }
-  encode(format, done) {
-    const id = `file ${++this.#runs}`;
-    this.#answers.set(id, {done, failed: complain});
-    this.#worker.postMessage({type: 'encode', id, format});
+  // Every file is answered.
+  encode(steps, format, done) {
+    this.#files.set(++this.#asked, {done, failed: complain});
+    this.#worker.postMessage({type: 'encode', id: this.#asked, chain: steps, format});
   }
 }
 
@@ -64,17 +63,23 @@ const say = (text) => (byId('status').textContent = text);
 
 // ---- opening
 
-async function open(blob, name) {
+let choices = 0;
+
+// fetched gives the picture's file. A choice that a newer one has overtaken opens nothing.
+async function open(fetched, name) {
+  const choice = ++choices;
   contented();
   say(`Opening ${name} …`);
   let opened;
   try {
-    opened = await openPicture(blob, name);
+    opened = await openPicture(await fetched(), name);
   } catch (error) {
+    if (choice !== choices) return;
     complain(error.message);
     say(photo ? `${photo.name} is still open.` : 'Nothing is open.');
     return;
   }
+  if (choice !== choices) return opened.bitmap.close();
   const {bitmap, image} = opened, {width, height} = bitmap;
   const scale = Math.min(1, Math.sqrt(PREVIEW / (width * height)));
   const preview = pixelsOf(bitmap, Math.max(1, Math.round(width * scale)), Math.max(1, Math.round(height * scale)));
@@ -86,18 +91,23 @@ async function open(blob, name) {
   history = new History([]);
   selected = null;
   isDrawing = false;
+  pipette = brush = null;
   byId('stage').classList.remove('empty');
   byId('invitation').hidden = true;
   for (const id of ['add', 'save-png', 'save-jpeg']) byId(id).disabled = false;
   refresh(true);
 }
 
-byId('file').addEventListener('change', ({target}) => target.files[0] && open(target.files[0], target.files[0].name));
-byId('sample').addEventListener('change', async ({target}) => {
-  if (!target.value) return;
-  const answer = await fetch(`dist/photos/${target.value}`);
-  if (answer.ok) open(await answer.blob(), target.value);
-  else complain(`${target.value} cannot be fetched.`);
+const openFile = (file) => open(() => file, file.name);
+
+byId('file').addEventListener('change', ({target}) => target.files[0] && openFile(target.files[0]));
+byId('sample').addEventListener('change', ({target}) => {
+  const name = target.value;
+  if (name) open(async () => {
+    const answer = await fetch(`dist/photos/${name}`).catch(() => null);
+    if (!answer?.ok) throw new Error(`${name} cannot be fetched.`);
+    return answer.blob();
+  }, name);
 });
 const stage = byId('stage');
 stage.addEventListener('dragover', (event) => {
@@ -109,7 +119,7 @@ stage.addEventListener('drop', (event) => {
   event.preventDefault();
   stage.classList.remove('over');
   const file = event.dataTransfer.files[0];
-  if (file) open(file, file.name);
+  if (file) openFile(file);
   else complain('That is no file.');
 });
 
@@ -204,7 +214,7 @@ function refresh(runs) {
   byId('recipe').value = recipe(chain());
   byId('recipe').rows = Math.max(3, chain().length + 1);
   byId('copy').disabled = byId('recipe').value === '';
-  byId('save-mask').hidden = !chain().some((s) => s.options.mask);
+  byId('save-mask').hidden = maskNames(chain()).size === 0;
   byId('show-drawing').disabled = !drawingKinds(selectedStep());
   byId('show-result').setAttribute('aria-pressed', String(!isDrawing));
   byId('show-drawing').setAttribute('aria-pressed', String(isDrawing));
@@ -221,7 +231,7 @@ function refresh(runs) {
 }
 
 function runSmall() {
-  small.run(scaledMasks(plain(scaled(chain(), photo.scale)), photo.preview), ({image}) => {
+  small.run(plain(scaled(chain(), photo.scale)), ({image}) => {
     const isLate = !dragged && stage.dataset.done === 'true';  // the picture itself is shown
     if (!isLate) showResult(image, photo, isDrawing);
   }, () => {});  // a place may not fit the small picture: the picture itself has the word
@@ -230,7 +240,7 @@ function runSmall() {
 function runFull() {
   stage.setAttribute('aria-busy', 'true');
   delete stage.dataset.done;
-  full.run(scaledMasks(plain(chain()), photo), ({image, milliseconds}) => {
+  full.run(plain(chain()), ({image, milliseconds}) => {
     stage.removeAttribute('aria-busy');
     stage.dataset.done = 'true';
     showResult(image, photo, isDrawing);
@@ -241,17 +251,6 @@ function runFull() {
     stage.removeAttribute('aria-busy');
     stage.dataset.done = 'failed';
     complain(message);
-  });
-}
-
-// A mask is painted on the small picture and takes the size of what it is laid upon.
-function scaledMasks(steps, size) {
-  return steps.map((step) => {
-    const mask = step.options.mask;
-    if (!mask || (mask.width === size.width && mask.height === size.height)) return step;
-    const canvas = new OffscreenCanvas(mask.width, mask.height);
-    canvas.getContext('2d').putImageData(new ImageData(mask.data, mask.width, mask.height), 0, 0);
-    return {...step, options: {...step.options, mask: {...pixelsOf(canvas, size.width, size.height), version: mask.version}}};
   });
 }
 
@@ -277,7 +276,7 @@ function closeDrawing() {
 function openDrawing() {
   const index = chain().findIndex((s) => s.id === selected);
   byId('drawing').setAttribute('aria-busy', 'true');
-  small.run(scaledMasks(plain(scaled(chain().slice(0, index), photo.scale)), photo.preview), ({image}) => {
+  small.run(plain(scaled(chain().slice(0, index), photo.scale)), ({image}) => {
     whenReleased(() => {
       if (!isDrawing) return;
       show(byId('ground'), image);
@@ -340,7 +339,7 @@ function watchPipette(step, key, image, handles, size) {
   watchGround(size, pick);
   const handle = {label: 'Pipette', sign: '✛', x: size.width >> 1, y: size.height >> 1, move: pick};
   // The handle stays where it was put while the list is drawn again.
-  if (pipette?.step === step.id) Object.assign(handle, pipette.at);
+  if (pipette?.step === step.id) placeAgain(handle, pipette.at, size);
   handle.move = (x, y, final) => {
     pipette = {step: step.id, at: {x, y}};
     pick(x, y, final);
@@ -348,6 +347,12 @@ function watchPipette(step, key, image, handles, size) {
   handles.push(handle);
 }
 let pipette = null, brush = null;
+
+// The picture may have become smaller since.
+function placeAgain(handle, {x, y}, {width, height}) {
+  handle.x = Math.min(x, width - 1);
+  handle.y = Math.min(y, height - 1);
+}
 
 function newMask() {
   const {width, height} = photo.preview;
@@ -359,15 +364,13 @@ function newMask() {
 
 // Paints white dots on a copy of the mask; the ground shows it as a veil.
 function watchBrush(step, key, image, handles, size) {
-  const canvas = new OffscreenCanvas(photo.preview.width, photo.preview.height);
+  const canvas = canvasOf(step.options.mask, image);
   const context = canvas.getContext('2d', {willReadFrequently: true});
-  const {mask} = step.options;
-  context.putImageData(new ImageData(mask.data, mask.width, mask.height), 0, 0);
   const ground = byId('ground').getContext('2d');
   const veil = () => {
     ground.putImageData(new ImageData(image.data, image.width, image.height), 0, 0);
     ground.globalAlpha = 0.45;
-    ground.drawImage(canvas, 0, 0, image.width, image.height);
+    ground.drawImage(canvas, 0, 0);
     ground.globalAlpha = 1;
   };
   veil();
@@ -384,7 +387,7 @@ function watchBrush(step, key, image, handles, size) {
   };
   watchGround(size, paint);
   const handle = {label: 'Brush, space paints', sign: '●', x: size.width >> 1, y: size.height >> 1};
-  if (brush) Object.assign(handle, brush);
+  if (brush) placeAgain(handle, brush, size);
   handle.move = (x, y) => (brush = {x, y});
   handle.press = () => paint(handle.x, handle.y, true);
   handles.push(handle);
@@ -402,22 +405,21 @@ function download(blob, name) {
   link.click();
   setTimeout(() => URL.revokeObjectURL(link.href), 10000);
 }
-const stem = () => photo.name.replace(/\.[^.]*$/, '');
-for (const format of ['png', 'jpeg'])
-  byId(`save-${format}`).addEventListener('click', () => {
-    say('Encoding …');
-    full.encode(format, ({file}) => {
-      const name = `${stem()}-edited.${format === 'png' ? 'png' : 'jpg'}`;
-      download(file, name);
-      say(`Saved ${name}, ${(file.size / 1e6).toFixed(1)} MB`);
-    });
+function save(steps, format, name) {
+  say('Encoding …');
+  full.encode(steps, format, ({file}) => {
+    download(file, name);
+    say(`Saved ${name}, ${(file.size / 1e6).toFixed(1)} MB`);
   });
-byId('save-mask').addEventListener('click', async () => {
-  const {mask} = chain().find((s) => s.options.mask).options;
-  const [{options: {mask: {data}}}] = scaledMasks([{options: {mask}}], photo);
-  const canvas = new OffscreenCanvas(photo.width, photo.height);
-  canvas.getContext('2d').putImageData(new ImageData(data, photo.width, photo.height), 0, 0);
-  download(await canvas.convertToBlob({type: 'image/png'}), 'mask.png');
+}
+const stem = () => photo.name.replace(/\.[^.]*$/, '');
+byId('save-png').addEventListener('click', () => save(plain(chain()), 'png', `${stem()}-edited.png`));
+byId('save-jpeg').addEventListener('click', () => save(plain(chain()), 'jpeg', `${stem()}-edited.jpg`));
+byId('save-mask').addEventListener('click', () => {
+  for (const [id, name] of maskNames(chain())) {
+    const index = chain().findIndex((s) => s.id === id);
+    save(plain(chain().slice(0, index + 1)), 'mask', name);
+  }
 });
 byId('copy').addEventListener('click', async () => {
   try {

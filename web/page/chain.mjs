@@ -35,11 +35,17 @@ export function newStep(name, size) {
 /** What an option that is not required starts with when it is switched on. */
 export const startOf = (key, option, size) => typical(key, option, size);
 
+/** The file of every mask that is in use, by the id of its step: 'mask.png', 'mask-2.png' ... */
+export function maskNames(chain) {
+  const masked = chain.filter((step) => step.on && step.options.mask);
+  return new Map(masked.map((step, i) => [step.id, i === 0 ? 'mask.png' : `mask-${i + 1}.png`]));
+}
+
 // What the tool writes; null: it writes nothing.
-function argument(step, key, option) {
+function argument(step, key, option, maskName) {
   const value = step.options[key];
   if (value === undefined || value === false || value === option.initial) return null;
-  if (option.kind === 'picture') return '--mask mask.png';
+  if (option.kind === 'picture') return `--mask ${maskName}`;
   if (key === 'maskRadius' && !step.options.mask) return null;
   const words = `--${hyphened(key)}`;
   if (option.kind === 'flag') return words;
@@ -51,11 +57,12 @@ function argument(step, key, option) {
 
 /** The steps that are switched on as the tool's recipe, one a line. */
 export function recipe(chain) {
+  const names = maskNames(chain);
   return chain.filter((step) => step.on).map((step) => {
     const isMask = step.name === 'colourMask';
     const words = [isMask ? 'replace-colour' : hyphened(step.name)];
     for (const [key, option] of Object.entries(operations[step.name])) {
-      const text = argument(step, key, option);
+      const text = argument(step, key, option, names.get(step.id));
       if (text) words.push(text);
     }
     if (isMask) words.push('--mask-only');

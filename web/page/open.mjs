@@ -58,11 +58,24 @@ function readExactly(bitmap, {width, height, data}) {
   gl.getExtension('WEBGL_lose_context')?.loseContext();
 }
 
-/** The pixels of a bitmap at a size. */
-export function pixelsOf(bitmap, width, height) {
-  const context = new OffscreenCanvas(width, height).getContext('2d', {willReadFrequently: true});
+function drawn(bitmap, {width, height}) {
+  const canvas = new OffscreenCanvas(width, height);
+  const context = canvas.getContext('2d', {willReadFrequently: true});
   context.imageSmoothingQuality = 'high';
   context.drawImage(bitmap, 0, 0, width, height);
-  const {data} = context.getImageData(0, 0, width, height);
+  return canvas;
+}
+
+/** The pixels of a bitmap at a size. */
+export function pixelsOf(bitmap, width, height) {
+  const {data} = drawn(bitmap, {width, height}).getContext('2d').getImageData(0, 0, width, height);
   return {width, height, data};
+}
+
+/** A canvas with an image {width, height, data}, at another size where one is given. */
+export function canvasOf(image, size = image) {
+  const canvas = new OffscreenCanvas(image.width, image.height);
+  canvas.getContext('2d', {willReadFrequently: true})
+    .putImageData(new ImageData(image.data, image.width, image.height), 0, 0);
+  return size.width === image.width && size.height === image.height ? canvas : drawn(canvas, size);
 }

@@ -3,7 +3,7 @@
 import {AxeBuilder} from '@axe-core/playwright';
 import assert from 'node:assert/strict';
 import {execFileSync} from 'node:child_process';
-import {createReadStream, existsSync, mkdtempSync, readFileSync, rmSync, writeFileSync} from 'node:fs';
+import {createReadStream, existsSync, mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync} from 'node:fs';
 import http from 'node:http';
 import {tmpdir} from 'node:os';
 import {extname, join} from 'node:path';
@@ -355,6 +355,98 @@ test('a mask is painted by mouse and by keys', () => onPage(async (page) => {
   await page.getByLabel('mask paint what stays sharp').uncheck();
   await settled(page);
   assert.equal(await pixelsOf(page, await save(page)), blurred);
+}));
+
+test('a mask fits what it is laid upon, here and in the tool', {skip: !tool && 'ROXE_TOOL is not set'},
+  () => onPage(async (page) => {
+    await choose(page, small);
+    await add(page, 'straighten');
+    await page.locator('select[id$=-crop]').selectOption({index: 1});
+    await page.locator('[data-place=line-1]').fill('180');
+    await page.keyboard.press('Tab');
+    for (const name of ['mask.png', 'mask-2.png']) {
+      await add(page, 'softFocus');
+      await page.getByLabel('mask paint what stays sharp').check();
+      await page.waitForSelector('#brush:visible');
+      await settled(page);
+      const box = await page.locator('#ground').boundingBox();
+      await page.mouse.move(box.x + 60, box.y + (name === 'mask.png' ? 60 : 160));
+      await page.mouse.down();
+      await page.mouse.up();
+      await settled(page);
+      assert.ok((await recipeOf(page)).includes(`--mask ${name}`), await recipeOf(page));
+    }
+    assert.equal(await page.isHidden('#error'), true);
+    const downloads = [];
+    page.on('download', (download) => downloads.push(download));
+    await page.getByRole('button', {name: 'Save the mask'}).click();
+    await page.waitForFunction(() => document.querySelector('#status').textContent.startsWith('Saved mask-2.png'));
+    assert.deepEqual(downloads.map((download) => download.suggestedFilename()), ['mask.png', 'mask-2.png']);
+    const masked = join(folder, 'masked');
+    mkdirSync(masked);
+    for (const download of downloads) await download.saveAs(join(masked, download.suggestedFilename()));
+    writeFileSync(join(masked, 'recipe.txt'), await recipeOf(page));
+    execFileSync(tool, ['run', 'recipe.txt', small, '--out', 'out', '--format', 'png'], {cwd: masked});
+    const expected = readFileSync(join(masked, 'out', 'metadata-orientation-5.png'));
+    assert.equal(await pixelsOf(page, await save(page)), await pixelsOf(page, expected));
+  }));
+
+test('a file is of what was there when it was asked for', () => onPage(async (page) => {
+  await choose(page, small);
+  await add(page, 'shadowHighlight');
+  await page.locator('input[type=number][aria-label^=shadow]').fill('60');
+  await page.keyboard.press('Tab');
+  await settled(page);
+  const expected = await save(page);
+  await page.getByRole('button', {name: 'Undo'}).click();
+  await settled(page);
+  const [download] = await Promise.all([page.waitForEvent('download'), page.evaluate(() => {
+    for (const id of ['redo', 'save-png', 'undo']) document.getElementById(id).click();
+  })]);
+  assert.equal(download.suggestedFilename(), 'metadata-orientation-5-edited.png');
+  assert.deepEqual(readFileSync(await download.path()), expected);
+}));
+
+test('what cannot be made is not saved either', () => onPage(async (page) => {
+  await choose(page, small);
+  await add(page, 'perspective');
+  for (let i = 0; i < 8; ++i) {
+    await page.locator(`[data-place=corners-${i}]`).fill('5');
+    await page.keyboard.press('Tab');
+  }
+  await page.waitForSelector('#stage[data-done=failed]');
+  const sentence = 'corners: corners 1 and 2 are the same point (5, 5)';
+  assert.equal(await page.textContent('#error'), sentence);
+  await page.evaluate(() => (document.getElementById('error').hidden = true));
+  await page.getByRole('button', {name: 'Save as PNG'}).click();
+  await page.waitForSelector('#error:not([hidden])');
+  assert.equal(await page.textContent('#error'), sentence);
+  assert.doesNotMatch(await page.textContent('#status'), /Saved/);
+}));
+
+test('the picture that was chosen last is the one that opens', () => onPage(async (page) => {
+  await page.evaluate(() => {
+    const open = window.createImageBitmap;
+    window.createImageBitmap = async (blob, ...more) => {
+      if (blob.name === 'slow.jpg') await new Promise((resolve) => document.addEventListener('go-on', resolve));
+      const bitmap = await open(blob, ...more);
+      if (blob.name === 'slow.jpg') bitmap.close = () => (document.body.dataset.closed = 'true');
+      return bitmap;
+    };
+  });
+  await page.setInputFiles('#file', {name: 'slow.jpg', mimeType: 'image/jpeg', buffer: readFileSync(small)});
+  await choose(page, join(photos, 'perspective-grid.png'));
+  await page.evaluate(() => document.dispatchEvent(new Event('go-on')));
+  await page.waitForSelector('body[data-closed]');
+  assert.match(await page.textContent('#status'), /^perspective-grid\.png: /);
+}));
+
+test('a photograph that cannot be fetched is named', () => onPage(async (page) => {
+  await page.evaluate(() => (window.fetch = () => Promise.reject(new TypeError('Failed to fetch'))));
+  await page.selectOption('#sample', 'rocket-night.jpg');
+  await page.waitForSelector('#error:not([hidden])');
+  assert.equal(await page.textContent('#error'), 'rocket-night.jpg cannot be fetched.');
+  assert.equal(await page.textContent('#status'), 'Nothing is open.');
 }));
 
 test('a rectangle chooses what auto gamma judges by', () => onPage(async (page) => {

@@ -294,6 +294,8 @@ function drawGround(image) {
   const step = selectedStep();
   const scale = photo.scale;
   const size = {width: Math.round(image.width / scale), height: Math.round(image.height / scale)};
+  byId('drawing').style.setProperty('--width', `${size.width}px`);
+  byId('drawing').style.setProperty('--ratio', image.width / image.height);
   const handles = [], outlines = [];
   watchGround(null);
 

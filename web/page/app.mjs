@@ -91,7 +91,7 @@ async function open(fetched, name) {
   history = new History([]);
   selected = null;
   isDrawing = false;
-  pipette = brush = null;
+  dragged = pipette = brush = null;
   byId('stage').classList.remove('empty');
   byId('invitation').hidden = true;
   for (const id of ['add', 'save-png', 'save-jpeg']) byId(id).disabled = false;

@@ -1,12 +1,14 @@
 #include "metadata.h"
 
 #include <algorithm>
-#include <set>
+#include <cctype>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
 #include "exif.h"
 #include "photoshop.h"
+#include "png_chunks.h"
 #include "profile.h"
 #include "thumbnail.h"
 #include "xmp.h"
@@ -36,19 +38,34 @@ Metadata only_colours(const Metadata& metadata) {
   return kept;
 }
 
+// Texts may be in UTF-16, where zeros stand between the letters.
 bool names_a_place(const Bytes& block) {
-  return holds(block, "GPS") || holds(block, "Gps") || holds(block, "gps");
+  Bytes letters;
+  std::remove_copy(block.begin(), block.end(), std::back_inserter(letters), 0);
+  for (const std::string_view word : {"GPS", "Gps", "gps"})
+    if (holds(letters, word)) return true;
+  for (uint8_t& c : letters) c = static_cast<uint8_t>(std::tolower(c));
+  return holds(letters, "latitude") || holds(letters, "longitude");
 }
 
-// Some programs write EXIF and XMP into texts, as hexadecimal numbers.
-bool may_hold_places(const Metadata::Chunk& chunk) {
-  return names_a_place(chunk.bytes) ||
-         (chunk.name.ends_with("Xt") && holds(chunk.bytes, "Raw profile type"));
+// Some programs write EXIF and XMP into texts, as hexadecimal numbers. budget: bytes that texts may
+// still unpack to; one that cannot be read may hold anything.
+bool may_hold_places(const Metadata::Chunk& chunk, size_t& budget) {
+  if (names_a_place(chunk.bytes)) return true;
+  if (!chunk.name.ends_with("Xt")) return false;
+  if (holds(chunk.bytes, "Raw profile type")) return true;
+  const auto text = unpacked_text(chunk, budget);
+  if (!text) return true;
+  budget -= std::min(budget, text->size());
+  return names_a_place(*text);
 }
 
 void remove_gps(Metadata& metadata, Notes& notes) {
   remove_exif_gps(metadata.exif);
-  remove_xmp_gps(metadata.xmp);
+  if (!remove_xmp_gps(metadata.xmp)) {
+    metadata.xmp.clear();
+    notes.push_back("its XMP packet holds positions that cannot be taken out, and is left out");
+  }
   if (std::erase_if(metadata.extended_xmp, names_a_place) > 0)
     notes.push_back("the continuation of its XMP packet holds positions and is left out");
   const auto in_segment = [](const Metadata::Segment& s) { return names_a_place(s.bytes); };
@@ -56,8 +73,9 @@ void remove_gps(Metadata& metadata, Notes& notes) {
     notes.push_back("its segments of other programs that may hold positions are left out");
   if (remove_photoshop_copies(metadata.photoshop))
     notes.push_back("the copies of EXIF and XMP beside its IPTC block are left out");
-  if (std::erase_if(metadata.comments, names_a_place) +
-          std::erase_if(metadata.chunks, may_hold_places) >
+  size_t budget = size_t{64} << 20;
+  const auto in_chunk = [&](const Metadata::Chunk& c) { return may_hold_places(c, budget); };
+  if (std::erase_if(metadata.comments, names_a_place) + std::erase_if(metadata.chunks, in_chunk) >
       0)
     notes.push_back("its texts that may hold positions are left out");
 }

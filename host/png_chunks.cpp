@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include <zlib.h>
 
@@ -28,13 +29,15 @@ bool may_be_copied(std::string_view name) {
   return (name[3] & 0x20) != 0 || is_one_of(name, {"cICP", "mDCV", "cLLI"});
 }
 
-bool inflate_all(const uint8_t* data, size_t size, Bytes& to) {
+// Nothing where the data are damaged or unpack to more than so many bytes.
+std::optional<Bytes> inflated(const uint8_t* data, size_t size, size_t most) {
   z_stream stream = {};
-  if (inflateInit(&stream) != Z_OK) return false;
+  if (inflateInit(&stream) != Z_OK) return {};
+  Bytes to;
   stream.next_in = const_cast<Bytef*>(data);
   stream.avail_in = static_cast<uInt>(size);
   int status = Z_OK;
-  while (status == Z_OK && to.size() < kMostBytes) {
+  while (status == Z_OK && to.size() <= most) {
     const size_t filled = to.size(), step = 65536;
     to.resize(filled + step);
     stream.next_out = to.data() + filled;
@@ -44,23 +47,29 @@ bool inflate_all(const uint8_t* data, size_t size, Bytes& to) {
     if (stream.avail_out == step && stream.avail_in == 0) break;
   }
   inflateEnd(&stream);
-  return status == Z_STREAM_END;
+  if (status != Z_STREAM_END || to.size() > most) return {};
+  return to;
+}
+
+// Where the zeros end that stand behind so many words; nothing where there are not as many.
+std::optional<size_t> behind_words(const Bytes& chunk, size_t at, int words) {
+  for (; words > 0; --words) {
+    if (at > chunk.size()) return {};
+    const auto zero = std::find(chunk.begin() + static_cast<ptrdiff_t>(at), chunk.end(), 0);
+    if (zero == chunk.end()) return {};
+    at = static_cast<size_t>(zero - chunk.begin()) + 1;
+  }
+  return at;
 }
 
 // An international text: keyword, two bytes about compression, language and keyword translated,
-// each with a zero at its end, then the text.
-bool read_xmp(const Bytes& chunk, Bytes& xmp) {
-  const size_t flags = kXmpKeyword.size();
-  if (chunk.size() < flags + 2) return false;
-  size_t at = flags + 2;
-  for (int i = 0; i < 2; ++i) {
-    const auto zero = std::find(chunk.begin() + static_cast<ptrdiff_t>(at), chunk.end(), 0);
-    if (zero == chunk.end()) return false;
-    at = static_cast<size_t>(zero - chunk.begin()) + 1;
-  }
-  if (chunk[flags] == 1) return inflate_all(chunk.data() + at, chunk.size() - at, xmp);
-  xmp.assign(chunk.begin() + static_cast<ptrdiff_t>(at), chunk.end());
-  return true;
+// each word with a zero at its end, then the text.
+std::optional<Bytes> international_text(const Bytes& chunk, size_t most) {
+  const auto flags = behind_words(chunk, 0, 1);
+  const auto text = flags ? behind_words(chunk, *flags + 2, 2) : flags;
+  if (!text) return {};
+  if (chunk[*flags] == 1) return inflated(chunk.data() + *text, chunk.size() - *text, most);
+  return Bytes(chunk.begin() + static_cast<ptrdiff_t>(*text), chunk.end());
 }
 
 class Collector {
@@ -71,9 +80,10 @@ class Collector {
     if (name == "eXIf" && metadata_.exif.empty()) {
       metadata_.exif = std::move(content);
     } else if (is_xmp(name, content) && metadata_.xmp.empty()) {
-      if (read_xmp(content, metadata_.xmp)) return;
-      metadata_.xmp.clear();
-      notes_.push_back("its XMP packet is damaged and is left out");
+      if (auto xmp = international_text(content, kMostBytes))
+        metadata_.xmp = std::move(*xmp);
+      else
+        notes_.push_back("its XMP packet is damaged and is left out");
     } else if (is_one_of(name, {"acTL", "fcTL", "fdAT"})) {
       animated_ = true;
     } else if (!may_be_copied(name) || name == "eXIf") {
@@ -148,6 +158,15 @@ PngFile read_png_chunks(const Bytes& file, Metadata& metadata, Notes& notes) {
                     " bytes after its end are left out");
   collector.finish();
   return png;
+}
+
+std::optional<Bytes> unpacked_text(const Metadata::Chunk& chunk, size_t most) {
+  const Bytes& bytes = chunk.bytes;
+  if (chunk.name == "iTXt") return international_text(bytes, most);
+  if (chunk.name != "zTXt") return bytes;
+  const auto method = behind_words(bytes, 0, 1);
+  if (!method || *method == bytes.size()) return {};
+  return inflated(bytes.data() + *method + 1, bytes.size() - *method - 1, most);
 }
 
 Bytes xmp_chunk(const Bytes& xmp) {

@@ -2,6 +2,7 @@
 #ifndef ROXE_HOST_PNG_CHUNKS_H_
 #define ROXE_HOST_PNG_CHUNKS_H_
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,10 @@ struct PngFile {
 // Finds what libpng has to read and takes everything else into the metadata. Ends at
 // a chunk that claims more bytes than the file has.
 PngFile read_png_chunks(const Bytes& file, Metadata& metadata, Notes& notes);
+
+// What a chunk holds as a text, unpacked where it is compressed (zTXt, iTXt). Nothing where that is
+// damaged or takes more than so many bytes.
+std::optional<Bytes> unpacked_text(const Metadata::Chunk& chunk, size_t most);
 
 // The content of the chunk that holds an XMP packet.
 Bytes xmp_chunk(const Bytes& xmp);

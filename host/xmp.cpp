@@ -4,6 +4,7 @@
 #include <cctype>
 #include <charconv>
 #include <functional>
+#include <iterator>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -94,6 +95,7 @@ std::vector<std::string> prefixes_of(const Bytes& xmp, std::string_view space,
 
 constexpr std::string_view kTiffSpace = "http://ns.adobe.com/tiff/1.0/";
 constexpr std::string_view kExifSpace = "http://ns.adobe.com/exif/1.0/";
+constexpr std::string_view kPlaceSpace = "http://www.w3.org/2003/01/geo/wgs84_pos#";
 
 // The values of a property without white space around them, in their order.
 struct Value {
@@ -154,6 +156,35 @@ std::string lower_case(std::string_view text) {
   return lower;
 }
 
+bool names_place(std::string_view prefix, std::string_view name,
+                 const std::vector<std::string>& place_prefixes) {
+  if (prefix == "xmlns") return false;
+  const std::string lower = lower_case(name);
+  return lower.starts_with("gps") || lower == "latitude" || lower == "longitude" ||
+         std::find(place_prefixes.begin(), place_prefixes.end(), prefix) != place_prefixes.end();
+}
+
+// Whether an element or attribute is still called a position: one with elements inside, or written
+// in a way that read_property does not know.
+bool still_names_places(const Bytes& xmp, const std::vector<std::string>& place_prefixes) {
+  const std::string_view text = text_of(xmp);
+  for (size_t at = skip(text, 0, kEndOfName), end; at < text.size();
+       at = skip(text, end, kEndOfName)) {
+    end = std::min(text.find_first_of(kEndOfName, at), text.size());
+    const bool is_end = at > 1 && text.substr(at - 2, 2) == "</";
+    const bool is_element = is_end || (at > 0 && text[at - 1] == '<');
+    const size_t equals = skip(text, end, kSpace);
+    if (!is_element && (equals == text.size() || text[equals] != '=')) continue;
+    const std::string_view word = text.substr(at, end - at);
+    const size_t colon = word.find(':');
+    const bool has_prefix = colon != word.npos;
+    if (names_place(has_prefix ? word.substr(0, colon) : "",
+                    has_prefix ? word.substr(colon + 1) : word, place_prefixes))
+      return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 void reset_xmp_orientation(Bytes& xmp) {
@@ -191,14 +222,19 @@ void swap_xmp_axes(Bytes& xmp) {
   replace(xmp, find("YResolution"), old_x);
 }
 
-void remove_xmp_gps(Bytes& xmp) {
+bool remove_xmp_gps(Bytes& xmp) {
+  if (holds(xmp, std::string_view("\0", 1))) {  // UTF-16 or UTF-32, where it is only searched
+    Bytes letters;
+    std::remove_copy(xmp.begin(), xmp.end(), std::back_inserter(letters), 0);
+    return !still_names_places(letters, prefixes_of(letters, kPlaceSpace, "geo"));
+  }
+  const auto prefixes = prefixes_of(xmp, kPlaceSpace, "geo");
   for_each_property(xmp, [&](const Property& property) {
-    const std::string name = lower_case(property.name);
-    if (property.prefix == "xmlns") return;
-    if (!name.starts_with("gps") && name != "latitude" && name != "longitude") return;
+    if (!names_place(property.prefix, property.name, prefixes)) return;
     std::fill(xmp.begin() + static_cast<ptrdiff_t>(property.begin),
               xmp.begin() + static_cast<ptrdiff_t>(property.end), static_cast<uint8_t>(' '));
   });
+  return !still_names_places(xmp, prefixes);
 }
 
 bool holds_xmp_regions(const Bytes& xmp) {

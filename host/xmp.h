@@ -19,8 +19,9 @@ void set_xmp_size(Bytes& xmp, int32_t width, int32_t height);
 void swap_xmp_axes(Bytes& xmp);
 
 // Puts spaces in the place of every property whose name begins with GPS, in any name space and
-// case, and of what the camera's maker calls latitude and longitude.
-void remove_xmp_gps(Bytes& xmp);
+// case, of what the camera's maker calls latitude and longitude, and of the name space of places on
+// Earth. False where one is left: it has elements inside, or the packet is in another code than UTF-8.
+bool remove_xmp_gps(Bytes& xmp);
 
 // Whether it marks regions of the picture: faces and the names of people, as a rule.
 bool holds_xmp_regions(const Bytes& xmp);

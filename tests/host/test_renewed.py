@@ -2,6 +2,7 @@
 
 import struct
 import unittest
+import zlib
 
 import exif_blocks as blocks
 from exif_blocks import ASCII, BYTE, LONG, RATIONAL, SHORT, SLONG, UNDEFINED
@@ -441,6 +442,76 @@ class Stripped(Blocks):
         self.succeed("straighten", "in.png", "out.png", *LEVEL, "--strip-gps")
         self.assertEqual([content for name, content in png_chunks(self.read("out.png"))
                           if name == b"tEXt"], [b"Title\0A"])
+
+    def packet_without_positions(self, packet):
+        """The XMP packet that --strip-gps leaves of one, and what is said."""
+        self.write("in.jpg", with_segments(self.base(), [(0xE1, XMP_PREFIX + packet)]))
+        result = self.run_tool("straighten", "in.jpg", "out.jpg", *LEVEL, "--strip-gps")
+        self.assertEqual(result.returncode, 0)
+        kept = [payload.removeprefix(XMP_PREFIX) for marker, payload in
+                jpeg_segments(self.read("out.jpg")) if payload.startswith(XMP_PREFIX)]
+        return kept, result.stderr
+
+    def test_places_on_earth_in_xmp(self):
+        space = b"xmlns:%s='http://www.w3.org/2003/01/geo/wgs84_pos#'"
+        for prefix in (b"geo", b"w"):
+            gone = (prefix + b":lat='47.1'", b"<" + prefix + b":long>8.3</" + prefix + b":long>")
+            form = b"<d " + space % prefix + b" %s dc:format='a'>%s</d>"
+            kept, said = self.packet_without_positions(form % gone)
+            self.assertEqual(kept, [form % tuple(b" " * len(words) for words in gone)])
+            self.assertNotIn("XMP", said)
+
+    def test_a_packet_whose_positions_cannot_be_taken_out_goes_as_a_whole(self):
+        for position in (
+                b"<exif:GPSLatitude rdf:parseType='Resource'><rdf:value>47</rdf:value>"
+                b"</exif:GPSLatitude>",
+                b"<exif:GPSLatitude><rdf:Alt><rdf:li>47</rdf:li></rdf:Alt></exif:GPSLatitude>",
+                b"<exif:GPSLatitude><![CDATA[47]]></exif:GPSLatitude>",
+                b"<exif:GPSLatitude><!-- here --></exif:GPSLatitude>",
+                b"<" + b"a" * 80 + b":Latitude>47</" + b"a" * 80 + b":Latitude>",
+                b"<e " + b"a" * 80 + b":gpsLatitude = '47'/>",
+                b"<GPSLatitude xmlns='http://ns.adobe.com/exif/1.0/'>47</GPSLatitude>",
+                b"<e GPSLongitude='8'/>",
+                b"<geo:Point rdf:parseType='Resource'><rdf:value>47 8</rdf:value></geo:Point>"):
+            packet = b"<d tiff:Make='M'>" + position + b"</d>"
+            for written in (packet, packet.decode().encode("utf-16"), packet.decode().encode("utf-16-be")):
+                kept, said = self.packet_without_positions(written)
+                self.assertEqual(kept, [], written)
+                self.assertIn("its XMP packet holds positions that cannot be taken out, and is left "
+                              "out", said)
+        # Words and declarations are no positions.
+        for harmless in (b"<d xmlns:gps='x' dc:title='my gps, my latitude'>GPS and longitude</d>",
+                         b"<d xmlns:gpsLatitude = 'x' about='http://x/gps/latitude'/>"):
+            for written in (harmless, harmless.decode().encode("utf-16")):
+                kept, said = self.packet_without_positions(written)
+                self.assertEqual((kept, "XMP" in said), ([written], False))
+
+    def test_positions_in_packed_texts(self):
+        def packed(text):
+            return zlib.compress(text)
+        place = b"at GPS 47.368 8.540, " * 20
+        wide = "Latitude 47".encode("utf-16-le")
+        gone = [
+            chunk(b"zTXt", b"Comment\0\0" + packed(place)),
+            chunk(b"iTXt", b"Comment\0\1\0de\0Wort\0" + packed(place)),
+            chunk(b"iTXt", b"Comment\0\0\0de\0Wort\0" + place),
+            chunk(b"zTXt", b"Comment\0\0" + packed(wide)),
+            chunk(b"zTXt", b"Comment\0\0" + packed(place)[:-9]),  # nobody knows what it says
+            chunk(b"zTXt", b"Comment"), chunk(b"iTXt", b"Comment\0\1"), chunk(b"zTXt", b"Comment\0"),
+            chunk(b"zTXt", b"Comment\0\0" + packed(bytes(70 << 20)))]  # nor this
+        kept = [chunk(b"zTXt", b"Comment\0\0" + packed(b"a word")),
+                chunk(b"iTXt", b"Comment\0\1\0de\0Wort\0" + packed(b"a word")),
+                chunk(b"iTXt", b"Comment\0\0\0\0\0"), chunk(b"tEXt", b"Title\0A")]
+        for text in gone:
+            self.write("in.png", png(2, 1, 8, 2, [bytes(6)], [text, *kept]))
+            result = self.run_tool("straighten", "in.png", "out.png", *LEVEL, "--strip-gps")
+            self.assertEqual(result.returncode, 0)
+            self.assertIn("its texts that may hold positions are left out", result.stderr)
+            self.assertEqual([chunk(*parts) for parts in png_chunks(self.read("out.png"))
+                              if parts[0].endswith(b"Xt")], kept, text[:40])
+        self.write("in.png", png(2, 1, 8, 2, [bytes(6)], kept))
+        result = self.run_tool("straighten", "in.png", "out.png", *LEVEL, "--strip-gps")
+        self.assertNotIn("texts", result.stderr)
 
     def test_positions_beside_iptc(self):
         def resource(kind, content):

@@ -225,10 +225,12 @@ void process(const BatchJob& job, const Recipe& recipe, const Photograph& photog
     throw Failure(photograph.input + ": " + error.what());
   }
   if (!outcome.note.empty()) notes.push_back(photograph.input + ": " + outcome.note);
-  if (!outcome.changed && !job.writes_anew && copy_picture(loaded, target, job.settings)) {
+  const Picture& picture = loaded.picture;
+  if (!outcome.changed && !job.writes_anew && can_be_copied(loaded, target, job.settings)) {
     notes = {photograph.target + ": nothing was to be done, copied as it is"};
+    write_picture(target, loaded.file, picture, job.settings);
   } else {
-    save_picture(loaded.picture, target, job.settings, notes);
+    write_picture(target, encode_for(target, picture, job.settings, notes), picture, job.settings);
   }
   targets.written(photograph);
 }

@@ -1,6 +1,7 @@
 // The commands that read one picture and write one.
 #include <filesystem>
 #include <optional>
+#include <utility>
 
 #include "command.h"
 #include "compare.h"
@@ -46,6 +47,7 @@ class OnePicture : public Command {
     if (output_.empty()) throw UsageError("OUT, the picture to write, is missing");
     const Target output(output_, options_.settings.format);
     std::optional<Target> comparison;
+    if (comparison_ == kStandardStream) throw UsageError("--compare needs the name of a file");
     if (!comparison_.empty()) comparison.emplace(comparison_);
     for (const std::string& other : {input_, output_})
       if (comparison && is_same_file(comparison_, other))
@@ -64,13 +66,18 @@ class OnePicture : public Command {
     const Picture before = comparison_.empty() ? Picture() : copy_of(picture);
     const Outcome outcome = apply(recipe, picture, options_.background);
     if (!outcome.note.empty()) notes.push_back(name_of_input(input_) + ": " + outcome.note);
-    const Picture both =
-        comparison ? side_by_side(before, picture, options_.background) : Picture();
-    const bool copied = !outcome.changed && !options_.ask_for_writing() &&
-                        copy_picture(loaded, output, options_.settings);
+    const WriteSettings& settings = options_.settings;
+    const bool copied =
+        !outcome.changed && !options_.ask_for_writing() && can_be_copied(loaded, output, settings);
     if (copied) notes.clear();  // of what reading would have changed
-    if (!copied) save_picture(picture, output, options_.settings, notes);
-    if (comparison) save_picture(both, *comparison, {}, notes);
+    const Bytes file =
+        copied ? std::move(loaded.file) : encode_for(output, picture, settings, notes);
+    // Both are made before either is written, last the one that may replace the input.
+    if (comparison) {
+      const Picture both = side_by_side(before, picture, options_.background);
+      write_picture(*comparison, encode_for(*comparison, both, {}, notes), both, {});
+    }
+    write_picture(output, file, picture, settings);
     for (const std::string& note : notes) complain("note: " + note);
     const std::string sentence = name_of_output(output_) + ": " + outcome.sentence +
                                  (copied ? "; copied as it is, " : ", ") + picture.size_text() +

@@ -285,7 +285,12 @@ std::string name_of_output(const std::string& path) {
 }
 
 Bytes read_file(const std::string& path) {
-  if (path == kStandardStream) return read_all(STDIN_FILENO, 0, name_of_input(path));
+  if (path == kStandardStream) {
+    static std::atomic_flag was_read;
+    if (was_read.test_and_set())
+      throw Failure(name_of_input(path) + ": can be read only once, as one picture");
+    return read_all(STDIN_FILENO, 0, name_of_input(path));
+  }
   std::error_code ignored;
   if (fs::is_directory(path, ignored)) throw Failure(path + ": is a folder, not a picture");
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));

@@ -59,6 +59,25 @@ void refuse_values_of_flags(CLI::App& app) {
   for (CLI::App* command : app.get_subcommands({})) refuse_values_of_flags(*command);
 }
 
+bool takes_several_names(const CLI::App& command) {
+  const auto takes_several = [](const CLI::Option* option) {
+    return option->get_allow_extra_args();
+  };
+  return std::ranges::any_of(command.get_options(), takes_several);
+}
+
+// The parser would read "[a,b]" as a and b where a command takes several names.
+void keep_brackets(const CLI::App& app, std::vector<std::string>& arguments) {
+  const auto is_asked = [&](const CLI::App* command) {
+    return std::ranges::find(arguments, command->get_name()) != arguments.end();
+  };
+  if (std::ranges::none_of(app.get_subcommands(is_asked),
+                           [](const CLI::App* command) { return takes_several_names(*command); }))
+    return;
+  for (std::string& word : arguments)
+    if (word.starts_with('[') && word.ends_with(']')) word.insert(0, "./");
+}
+
 }  // namespace
 
 void add_options(CLI::App& app, const Options& options) {
@@ -84,6 +103,7 @@ void add_options(CLI::App& app, const Options& options) {
 
 void parse(CLI::App& app, std::vector<std::string> arguments) {
   refuse_values_of_flags(app);
+  keep_brackets(app, arguments);
   std::ranges::reverse(arguments);  // the parser takes them from the back
   try {
     app.parse(arguments);

@@ -107,29 +107,32 @@ Target::Target(const std::string& path, const std::string& format) : path_(path)
   check_writable(path);
 }
 
-void save_picture(const Picture& picture, const Target& target, WriteSettings settings,
-                  Notes& notes) {
+Bytes encode_for(const Target& target, const Picture& picture, WriteSettings settings,
+                 Notes& notes) {
   const size_t first_note = notes.size();
+  const std::string name = name_of_output(target.path());
   settings.pgm = target.pgm();
-  Bytes file;
   try {
-    file = encode_picture(picture, target.format(), settings, notes);
+    Bytes file = encode_picture(picture, target.format(), settings, notes);
+    name_the_file(notes, first_note, name);
+    return file;
   } catch (const Failure& failure) {
-    throw Failure(target.path() + ": " + failure.what());
+    throw Failure(name + ": " + failure.what());
   }
-  name_the_file(notes, first_note, name_of_output(target.path()));
-  write_file(target.path(), file, settings.existing, time_to_keep(picture, settings));
 }
 
-bool copy_picture(const LoadedPicture& loaded, const Target& target,
-                  const WriteSettings& settings) {
+bool can_be_copied(const LoadedPicture& loaded, const Target& target,
+                   const WriteSettings& settings) {
   const bool as_it_was = !settings.quality && settings.subsampling == Subsampling::kDefault &&
                          !settings.progressive && !settings.strip && !settings.strip_gps;
   if (!as_it_was || loaded.format != target.format()) return false;
   const auto is_pgm = [&] { return loaded.file[1] == '2' || loaded.file[1] == '5'; };
-  if (loaded.format == FileFormat::kPnm && is_pgm() != target.pgm()) return false;
-  write_file(target.path(), loaded.file, settings.existing, time_to_keep(loaded.picture, settings));
-  return true;
+  return loaded.format != FileFormat::kPnm || is_pgm() == target.pgm();
+}
+
+void write_picture(const Target& target, const Bytes& file, const Picture& picture,
+                   const WriteSettings& settings) {
+  write_file(target.path(), file, settings.existing, time_to_keep(picture, settings));
 }
 
 }  // namespace host

@@ -40,12 +40,17 @@ class Target {
   bool pgm_;
 };
 
-void save_picture(const Picture& picture, const Target& target, WriteSettings settings,
-                  Notes& notes);
+// The file that write_picture puts at the target. Throws Failure with a sentence that names it.
+Bytes encode_for(const Target& target, const Picture& picture, WriteSettings settings,
+                 Notes& notes);
 
-// Writes the file as it was read, if it has the format of the target and no option asks for another
-// form.
-bool copy_picture(const LoadedPicture& loaded, const Target& target, const WriteSettings& settings);
+// Whether the file as it was read would do: it has the format of the target and no option asks for
+// another form.
+bool can_be_copied(const LoadedPicture& loaded, const Target& target,
+                   const WriteSettings& settings);
+
+void write_picture(const Target& target, const Bytes& file, const Picture& picture,
+                   const WriteSettings& settings);
 
 }  // namespace host
 

@@ -106,7 +106,8 @@ Recipe read_recipe(const std::string& path) {
 
 LoadPicture pictures_beside(const std::string& folder) {
   return [folder](const std::string& path) {
-    const std::string found = (std::filesystem::path(folder) / path).string();
+    const std::string found =
+        path == kStandardStream ? path : (std::filesystem::path(folder) / path).string();
     Notes notes;  // what such a picture loses on the way is of no interest
     return NamedPicture{found, load_picture(found, {}, notes).picture};
   };

@@ -71,6 +71,29 @@ class Streams(ToolTest):
         self.assertEqual(result.returncode, FAILED)
         self.assertIn(b"standard output: cannot be written (No space left", result.stderr)
 
+    def test_standard_input_is_one_picture(self):
+        content = ppm(speckled(4, 3))
+        self.write("in.ppm", content)
+        self.write("content", content)
+        blur = ("out.ppm", "--radius", 3, "--mask")
+        self.succeed("soft-focus", "in.ppm", *blur, "in.ppm")
+        wanted = self.read("out.ppm")
+        for arguments, works in ((("in.ppm", *blur, "-"), True), (("-", *blur, "in.ppm"), True),
+                                 (("-", *blur, "-"), False)):
+            with open(self.path("content"), "rb") as file:
+                if works:
+                    self.assertEqual(self.run_tool("soft-focus", *arguments, stdin=file).returncode, 0)
+                    self.assertEqual(self.read("out.ppm"), wanted)
+                else:
+                    self.refuse(FAILED, "standard input: can be read only once, as one picture",
+                                "soft-focus", *arguments, stdin=file)
+        # In a recipe as well, wherever that lies.
+        os.mkdir(self.path("sub"))
+        self.write("sub/recipe", b"soft-focus --radius 3 --mask -")
+        with open(self.path("content"), "rb") as file:
+            run = self.run_tool("run", "sub/recipe", "in.ppm", "--out", "out", stdin=file)
+        self.assertEqual((run.returncode, self.read("out/in.ppm")), (0, wanted))
+
     def test_the_format_goes_before_the_extension(self):
         self.write("in.ppm", ppm(speckled(4, 3)))
         self.succeed("rotate", "in.ppm", "out.dat", "--angle", 3, "--format", "png")
@@ -122,6 +145,19 @@ class Comparison(ToolTest):
             result = self.run_tool("rotate", "in.ppm", "out.ppm", "--angle", 3, "--compare", name)
             self.assertNotEqual(result.returncode, 0)
             self.assertEqual(os.listdir(self.folder), ["in.ppm"])  # nor is the picture
+
+    def test_a_comparison_that_cannot_be_written_leaves_everything_as_it_is(self):
+        content = ppm(plain(9000, 2, (1, 2, 3)))
+        self.write("in.ppm", content)
+        for edit in (("rotate", "in.ppm", "in.ppm", "--angle", 180),
+                     ("edit", "in.ppm", "in.ppm", "--then", "rotate --angle 180"),
+                     ("edit", "in.ppm", "in.ppm", "--then", "rotate --angle 0")):  # a copy
+            self.refuse(FAILED, "side.webp: a WebP cannot hold 18180 × 2 pixels", *edit, "--compare",
+                        "side.webp")
+            self.refuse(FAILED, "side.pgm: a .pgm file holds grey only", *edit, "--compare", "side.pgm")
+            self.refuse(USAGE, "--compare needs the name of a file", *edit, "--compare", "-")
+            self.assertEqual(self.read("in.ppm"), content)
+            self.assertEqual(os.listdir(self.folder), ["in.ppm"])
 
     def test_a_comparison_that_would_be_too_large(self):
         self.write("in.ppm", ppm(plain(16000, 1, (1, 2, 3))))

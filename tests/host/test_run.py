@@ -179,6 +179,20 @@ class Recipes(ToolTest):
                           result.stderr)
             self.assertEqual({name: self.read("look/" + name) for name in before}, before)
 
+    def test_names_in_brackets(self):
+        self.write("recipe", b"rotate --angle 10")
+        for folder in ("[a,b]", "a", "b", "[]"):
+            os.mkdir(self.path(folder))
+            self.write(folder + "/" + folder.strip("[]") + "1.ppm", ppm(plain(4, 3, (1, 2, 3))))
+        self.succeed("run", "recipe", "[a,b]", "--out", "[one]")
+        self.assertEqual(os.listdir(self.path("[one]")), ["a,b1.ppm"])
+        self.succeed("run", "recipe", "[]", "--out", "none", "a")
+        self.assertEqual(sorted(os.listdir(self.path("none"))), ["[]", "a"])
+        result = self.run_tool("run", "recipe", "[a]", "--out", "out")
+        self.assertEqual(result.returncode, FAILED)
+        self.assertIn("./[a]: cannot be opened", result.stderr)
+        self.assertFalse(os.path.exists(self.path("out/a1.ppm")))
+
     def test_what_is_no_file_in_a_folder(self):
         """Opening a pipe would wait for ever."""
         self.write("recipe", b"rotate --angle 10")

@@ -160,12 +160,12 @@ def test_workers_of_a_named_scheduler_need_no_package(tmp_path):
 
 @pytest.fixture
 def job(tmp_path):
-    for name in ("in", "out", "scratch"):
-        (tmp_path / name).mkdir()
+    for name in ("in", "out", "working/scratch", "working/made"):
+        (tmp_path / name).mkdir(parents=True)
     write_photographs(tmp_path / "in", 2, broken=[1])
     (tmp_path / "recipe.txt").write_text(RECIPE)
     return {"tool": os.environ["ROXE_TOOL"], "source": str(tmp_path / "in"),
-            "target": str(tmp_path / "out"), "scratch": str(tmp_path / "scratch"),
+            "target": str(tmp_path / "out"), "scratch": str(tmp_path / "working/scratch"),
             "recipe": str(tmp_path / "recipe.txt"), "arguments": [], "extension": "",
             "identity": {"recipe_sha256": hashlib.sha256(RECIPE.encode()).hexdigest()}}
 
@@ -180,13 +180,11 @@ def test_what_stands_in_the_manifest_is_not_done_again(job, tmp_path):
     assert process(other, "000.ppm", made)["options"] == ["--strip"]
     other = {**job, "identity": {"recipe_sha256": "another"}}
     assert process(other, "000.ppm", made)["error"] == "the recipe was changed while the batch ran"
-    path.write_bytes(b"damaged")
-    assert process(job, "000.ppm", made) == made and path.read_bytes() != b"damaged"
     path.unlink()
     assert process(job, "000.ppm", made) == made and path.exists()
     (tmp_path / "in/000.ppm").write_bytes(b"P6 1 1 255\n123")
     assert process(job, "000.ppm", made)["input_sha256"] != made["input_sha256"]
-    assert os.listdir(tmp_path / "scratch") == []
+    assert os.listdir(tmp_path / "working/scratch") == []
 
 
 def test_failures_hold_no_paths_of_a_machine(job, tmp_path):
@@ -201,7 +199,7 @@ def test_failures_hold_no_paths_of_a_machine(job, tmp_path):
 
 
 def test_a_swept_task_puts_nothing_in_place(job, tmp_path):
-    tool = wrapped_tool(tmp_path, 'rm -rf scratch')
+    tool = wrapped_tool(tmp_path, 'rm -rf working/scratch')
 
     with pytest.raises(OSError):
         process({**job, "tool": str(tool)}, "000.ppm", None)
@@ -282,9 +280,117 @@ def test_what_no_batch_has_made_is_kept(job, tmp_path):
     assert process(job, "000.ppm", refused) == refused
     assert (tmp_path / "out/000.ppm").read_bytes() == b"precious"
     assert process(job, "000.ppm", {**made, "output": "000.png"})["error"] == refused["error"]
-    # What a line speaks of is the batch's own, and made again.
-    assert process(job, "000.ppm", made) == made
-    assert (tmp_path / "out/000.ppm").read_bytes() == content
+
+
+def test_what_was_changed_since_is_kept(job, tmp_path):
+    made = process(job, "000.ppm", None)
+    path = tmp_path / "out/000.ppm"
+    content = path.read_bytes()
+    path.write_bytes(b"retouched")
+    refused = process(job, "000.ppm", made)
+    assert refused["error"] == (
+        "000.ppm was changed since the batch made it: delete it to have it made again")
+    assert process(job, "000.ppm", refused) == refused
+    assert path.read_bytes() == b"retouched"
+    path.unlink()
+    assert process(job, "000.ppm", refused) == made and path.read_bytes() == content
+
+
+def other_job(job, tmp_path, recipe):
+    (tmp_path / "other.txt").write_text(recipe)
+    return {**job, "recipe": str(tmp_path / "other.txt"),
+            "identity": {"recipe_sha256": hashlib.sha256(recipe.encode()).hexdigest()}}
+
+
+def test_what_other_recipes_and_formats_made_stays_the_batch_s_own(job, tmp_path):
+    made = process(job, "000.ppm", None)
+    left = {"000.ppm": made["output_sha256"]}
+    # A recipe that fails leaves it as it was, and knows of it.
+    failed = process(other_job(job, tmp_path, "perspective --corners 0,0,900,0,900,700,0,900"), "000.ppm", made)
+    assert "outside" in failed["error"] and failed["left"] == left
+    assert process(job, "000.ppm", failed) == made
+    png = {**job, "arguments": ["--format=png"], "extension": ".png"}
+    converted = process(png, "000.ppm", failed)
+    assert converted["output"] == "000.png" and converted["left"] == left
+    assert process(png, "000.ppm", converted) is converted
+    bright = process(other_job(job, tmp_path, "shadow-highlight --shadow 40"), "000.ppm", converted)
+    assert bright["output"] == "000.ppm" and bright["left"] == {"000.png": converted["output_sha256"]}
+    assert bright["output_sha256"] != made["output_sha256"]
+    (tmp_path / "out/000.png").write_bytes(b"retouched")
+    assert process(png, "000.ppm", bright)["error"].startswith("000.png was changed since")
+
+
+def test_a_failure_does_not_make_the_batch_the_owner_of_what_stands_there(job, tmp_path):
+    (tmp_path / "out/000.ppm").write_bytes(b"my own work")
+    failed = process(other_job(job, tmp_path, "perspective --corners 0,0,900,0,900,700,0,900"), "000.ppm", None)
+    assert "outside" in failed["error"]
+    kept = process(job, "000.ppm", failed)
+    assert kept["error"] == "000.ppm exists already, and no batch has made it"
+    assert (tmp_path / "out/000.ppm").read_bytes() == b"my own work"
+
+
+def test_a_result_that_no_line_speaks_of_is_replaced_all_the_same(job, tmp_path):
+    """As where the driver died before it noted it, and the recipe was changed then."""
+    first = process(job, "000.ppm", None)
+    second = process(other_job(job, tmp_path, "shadow-highlight --shadow 40"), "000.ppm", None)
+    assert second["output_sha256"] != first["output_sha256"]
+
+
+def command(*arguments):
+    return [str(argument) for argument in ("recipe.txt", "in", "--out", "out", "--jobs", 1, *arguments)]
+
+
+IN_THIS_PROCESS = pytest.mark.filterwarnings("ignore:make_current")  # of tornado
+
+
+@IN_THIS_PROCESS
+def test_photographs_that_are_gone_keep_their_lines(tmp_path, monkeypatch, capsys):
+    (tmp_path / "recipe.txt").write_text(RECIPE)
+    write_photographs(tmp_path / "in", 2)
+    write_photographs(tmp_path / "work", 1)
+    content = (tmp_path / "in/000.ppm").read_bytes()
+    (tmp_path / "work/000.ppm").write_bytes(content[:-1] + bytes([content[-1] ^ 255]))
+    monkeypatch.chdir(tmp_path)
+    assert run(command()) == 0
+    assert run(["recipe.txt", "work", "--out", "out", "--jobs", "1"]) == 0
+    assert "1 of 1 photographs done (0 before, 1 replaced) in" in capsys.readouterr().out
+    assert [entry["input"] for entry in lines(tmp_path / "out")] == ["000.ppm", "001.ppm"]
+    (tmp_path / "out/001.ppm").unlink()
+    assert run(["recipe.txt", "work", "--out", "out", "--jobs", "1"]) == 0
+    assert "1 of 1 photographs done (1 before) in" in capsys.readouterr().out
+    assert [entry["input"] for entry in lines(tmp_path / "out")] == ["000.ppm"]
+
+
+@pytest.mark.parametrize("content", [
+    b'{"my": "own"}\n', b"a text\n", b"\xff\xfe\n", b'{"input": "a.jpg", "error": 7}\n', b"[]\n",
+    b'{"input": "a.jpg", "output": "a.jpg"}\n', b'{"input": "a.jpg", "error": "x", "left": 3}\n'])
+def test_a_manifest_of_somebody_else_is_kept(tmp_path, monkeypatch, content):
+    (tmp_path / "recipe.txt").write_text(RECIPE)
+    write_photographs(tmp_path / "in", 1)
+    (tmp_path / "out").mkdir()
+    (tmp_path / "out/manifest.jsonl").write_bytes(content)
+    monkeypatch.chdir(tmp_path)
+    with pytest.raises(Refusal, match="out/manifest.jsonl: is not the manifest of a batch"):
+        run(command())
+    assert os.listdir(tmp_path / "out") == ["manifest.jsonl"]
+    assert (tmp_path / "out/manifest.jsonl").read_bytes() == content
+
+
+@IN_THIS_PROCESS
+def test_recipes_are_those_of_the_tool(tmp_path, monkeypatch):
+    """Their bytes, with lines that end as on Windows, and their folder, not that of a link's end."""
+    write_photographs(tmp_path / "in", 1)
+    for folder, brightness in (("project", 255), ("shelf", 0)):
+        (tmp_path / folder).mkdir()
+        (tmp_path / folder / "m.pgm").write_bytes(b"P5 24 16 255\n" + bytes([brightness]) * 384)
+    (tmp_path / "shelf/recipe.txt").write_bytes(b"soft-focus --radius 9 --mask m.pgm\r\n")
+    (tmp_path / "project/recipe.txt").symlink_to("../shelf/recipe.txt")
+    monkeypatch.chdir(tmp_path)
+    assert run(["project/recipe.txt", "in", "--out", "out", "--jobs", "1"]) == 0
+    subprocess.run([os.environ["ROXE_TOOL"], "run", "project/recipe.txt", "in", "--out", "wanted"], check=True)
+    assert (tmp_path / "out/000.ppm").read_bytes() == (tmp_path / "wanted/000.ppm").read_bytes()
+    masks = lines(tmp_path / "out")[0]["masks_sha256"]
+    assert masks == {"m.pgm": hashlib.sha256((tmp_path / "project/m.pgm").read_bytes()).hexdigest()}
 
 
 def test_a_link_in_the_folder_of_results_does_not_lead_to_the_originals(job, tmp_path):
@@ -316,6 +422,7 @@ def test_a_folder_that_cannot_be_made(tmp_path):
     (["recipe.txt", "in", "--out", "out", "--sharpness", "3"],
      "this argument was not expected: --sharpness"),
     (["recipe.txt", "in", "in2", "--out", "out"], "this argument was not expected: in2"),
+    (["recipe.txt", "in", "--out", "out", "--strip", "in2"], "--strip takes no value"),
     (["recipe.txt", "in", "--out", "out", "--overwrite"], "--overwrite has no place here"),
     (["recipe.txt", "in", "--out", "out", "--format", "gif"], "--format"),
     (["recipe.txt", "in", "--out", "out", "--tool", "nothing"],

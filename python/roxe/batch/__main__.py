@@ -13,7 +13,7 @@ import time
 from typing import Any, Dict, List, Optional, Sequence, Tuple
 
 from roxe.batch.folder import Folder, Refusal
-from roxe.batch.task import Job, printable, result_name, sha256
+from roxe.batch.task import Job, printable, result_name, results_of, sha256
 
 OURS = {"--dry-run", "--overwrite", "--skip-existing", "--progress"}  # of the tool's options
 # As roxe run takes them from a folder.
@@ -105,6 +105,17 @@ def identity_of(recipe: str, folder: str, arguments: Sequence[str]) -> Dict[str,
     return identity
 
 
+def joined_values(arguments: Sequence[str]) -> List[str]:
+    """--quality 80 as --quality=80, so that the tool takes no word behind a flag for a photograph."""
+    joined: List[str] = []
+    for word in arguments:
+        if joined and joined[-1].startswith("--") and "=" not in joined[-1] and not word.startswith("-"):
+            joined[-1] += f"={word}"
+        else:
+            joined.append(word)
+    return joined
+
+
 def check_recipe(tool: str, recipe: str, arguments: Sequence[str]) -> None:
     """Lets the tool read the recipe before a thousand tasks do."""
     with tempfile.TemporaryDirectory() as folder:
@@ -136,7 +147,8 @@ def parse(arguments: Optional[Sequence[str]]) -> argparse.Namespace:
                         help="the command-line tool, on every machine (default: roxe)")
     parser.add_argument("--format", metavar="NAME",
                         help="of the results: jpg, png, ... (default: as each photograph)")
-    parser.epilog = "Other options say how pictures are written and go to roxe run as they are."
+    parser.epilog = ("Other options, behind IN, say how pictures are written and go to roxe run as they "
+                     "are.")
     options, others = parser.parse_known_args(arguments)
     options.others = others
     return options
@@ -155,7 +167,7 @@ def prepare(options: argparse.Namespace) -> Tuple[Job, List[str], Dict[str, str]
     if os.path.commonpath([source, target]) == target:
         raise Refusal(f"{options.out}: results there could replace the photographs")
     try:
-        recipe = pathlib.Path(options.recipe).read_text(encoding="utf-8", errors="surrogateescape")
+        recipe = pathlib.Path(options.recipe).read_bytes().decode("utf-8", errors="surrogateescape")
     except OSError as error:
         raise Refusal(f"{options.recipe}: cannot be read ({error.strerror})")
     arguments = [*(["--format", options.format] if options.format else []), *options.others]
@@ -165,7 +177,8 @@ def prepare(options: argparse.Namespace) -> Tuple[Job, List[str], Dict[str, str]
         if word.split("=")[0] in OURS:
             raise Refusal(f"{word} has no place here: results are always written to --out and kept "
                           "while the manifest says that they are right")
-    check_recipe(options.tool, options.recipe, arguments)
+    joined = joined_values(arguments)
+    check_recipe(options.tool, options.recipe, joined)
     extension = f".{options.format}" if options.format else ""
     photographs, closed = find_photographs(source, target)
     if "." in closed:
@@ -174,7 +187,7 @@ def prepare(options: argparse.Namespace) -> Tuple[Job, List[str], Dict[str, str]
         raise Refusal(f"{options.source}: holds no photograph")
     refuse_collisions(photographs, extension)
     job: Job = {"tool": options.tool, "source": source, "target": target, "scratch": "",
-                "recipe": os.path.realpath(options.recipe), "arguments": arguments,
+                "recipe": os.path.abspath(options.recipe), "arguments": joined,
                 "extension": extension,
                 "identity": identity_of(recipe, os.path.dirname(options.recipe), arguments)}
     return job, photographs, closed
@@ -189,13 +202,16 @@ def run(arguments: Optional[Sequence[str]] = None) -> int:
     start = time.monotonic()
     with contextlib.closing(Folder(job["target"])) as folder:
         job["scratch"] = folder.scratch
+        known = folder.known()
         with connected(options.scheduler, options.jobs) as client:
             with contextlib.closing(Progress(len(photographs))) as progress:
-                known = folder.known()
                 entries = run_tasks(client, job, photographs, known, folder, progress)
-        # What stands there of a folder that cannot be read today is still the batch's own.
+        # What stands there of photographs that are not here any more, or of a folder that cannot be
+        # read today, is still the batch's own.
         unseen = {name: entry for name, entry in known.items()
-                  if any(name.startswith(place + os.sep) for place in closed)}
+                  if any(name.startswith(place + os.sep) for place in closed)
+                  or any(os.path.exists(os.path.join(job["target"], result))
+                         for result in results_of(entry))}
         folder.finish({**unseen, **entries})
     for name in sorted(entries):
         if "error" in entries[name]:
@@ -203,7 +219,8 @@ def run(arguments: Optional[Sequence[str]] = None) -> int:
     for name in sorted(closed):
         print(printable(f"roxe.batch: {name}: the folder cannot be read ({closed[name]})"), file=sys.stderr)
     print(f"{progress.done - progress.failed} of {progress.done} photographs done "
-          f"({progress.kept} before) in {time.monotonic() - start:.1f} s, "
+          f"({progress.kept} before{f', {progress.replaced} replaced' if progress.replaced else ''}) "
+          f"in {time.monotonic() - start:.1f} s, "
           f"written to {printable(options.out)}"
           + (f"; {progress.failed} failed" if progress.failed else "")
           + (f"; {len(closed)} folder{'s' if len(closed) > 1 else ''} could not be read" if closed else ""))

@@ -14,7 +14,7 @@ from distributed.scheduler import KilledWorker
 
 from roxe.batch import task
 from roxe.batch.folder import Folder, Refusal, line_of
-from roxe.batch.task import Entry, Job, without_paths
+from roxe.batch.task import Entry, Job, results_of, without_paths
 
 RETRIES = 2  # where storage fails; a lost worker is the scheduler's business
 
@@ -27,7 +27,7 @@ class Progress:
 
     def __init__(self, total: int) -> None:
         self._total, self._start = total, time.monotonic()
-        self.done = self.failed = self.kept = 0
+        self.done = self.failed = self.kept = self.replaced = 0
         self._tenth = 0
         self._redraws = sys.stderr.isatty()
 
@@ -35,6 +35,9 @@ class Progress:
         self.done += 1
         self.failed += "error" in entry
         self.kept += entry is known and "error" not in entry
+        if known is not None and "output_sha256" in entry:
+            earlier = results_of(known).get(entry["output"], entry["output_sha256"])
+            self.replaced += earlier != entry["output_sha256"]
         tenth = 10 * self.done // self._total
         if self._redraws:
             print("\r\033[K" + self.text(), end="", file=sys.stderr, flush=True)
@@ -56,9 +59,11 @@ class Progress:
             print("\r\033[K", end="", file=sys.stderr, flush=True)
 
 
-def failure(job: Job, photograph: str, error: Optional[BaseException]) -> Entry:
+def failure(job: Job, photograph: str, known: Optional[Entry], error: Optional[BaseException]) -> Entry:
     """The line of a photograph whose task gave none."""
     entry: Entry = {"input": photograph, **job["identity"]}
+    if left := results_of(known):
+        entry["left"] = left
     if isinstance(error, KilledWorker):
         return {**entry, "error": "every worker died that was given this photograph"}
     if isinstance(error, OSError) and error.strerror:
@@ -113,7 +118,7 @@ def run_tasks(client: Any, job: Job, photographs: Sequence[str], known: Mapping[
             if isinstance(error, KilledWorker):
                 suspects.append(photograph)  # or it only waited beside one that kills
             elif error is not None:
-                note(photograph, failure(job, photograph, error))
+                note(photograph, failure(job, photograph, known.get(photograph), error))
             else:
                 note(photograph, future.result())
             future.release()
@@ -122,7 +127,7 @@ def run_tasks(client: Any, job: Job, photographs: Sequence[str], known: Mapping[
         for photograph in sorted(suspects):
             future = submit(photograph)
             error = future.exception()
-            note(photograph, failure(job, photograph, error) if error else future.result())
+            note(photograph, failure(job, photograph, known.get(photograph), error) if error else future.result())
             future.release()
     return entries
 

@@ -6,9 +6,9 @@ import json
 import os
 import shutil
 import tempfile
-from typing import Dict, Iterator, Mapping, TextIO
+from typing import Dict, Iterator, Mapping, Optional, TextIO
 
-from roxe.batch.task import Entry
+from roxe.batch.task import Entry, mark_of
 
 MANIFEST = "manifest.jsonl"
 WORKING = ".roxe-batch"  # journal, lock and temporary files
@@ -20,6 +20,19 @@ class Refusal(Exception):
 
 def line_of(entry: Entry) -> str:
     return json.dumps(entry, sort_keys=True) + "\n"
+
+
+def entry_of(line: bytes) -> Optional[Entry]:
+    """What line_of wrote; None for anything else, such as a line that was torn."""
+    try:
+        entry = json.loads(line)
+    except ValueError:
+        return None
+    if not isinstance(entry, dict) or not isinstance(entry.get("left", {}), dict):
+        return None
+    words = [entry.get("input"), *entry.get("left", {}).values()]
+    words += [entry["error"]] if "error" in entry else [entry.get("output"), entry.get("output_sha256")]
+    return entry if all(isinstance(word, str) for word in words) else None
 
 
 class Folder:
@@ -44,17 +57,23 @@ class Folder:
             if name.startswith("run-"):
                 shutil.rmtree(os.path.join(self._working, name), ignore_errors=True)
         self.scratch = tempfile.mkdtemp(prefix="run-", dir=self._working)
-        os.chmod(self.scratch, 0o777)  # workers may be other users
+        made = os.path.dirname(mark_of(self.scratch, ""))
+        os.makedirs(made, exist_ok=True)
+        for folder in (self.scratch, made):
+            os.chmod(folder, 0o777)  # workers may be other users
 
     def known(self) -> Dict[str, Entry]:
-        """Lines of the manifest, overtaken by those of an interrupted run's journal."""
+        """Lines of the manifest, overtaken by those of an interrupted run's journal. Raises Refusal
+        where a file of that name is none."""
         entries: Dict[str, Entry] = {}
         for path in (self._manifest, self._journal):
-            with contextlib.suppress(FileNotFoundError), open(path, encoding="utf-8") as file:
+            with contextlib.suppress(FileNotFoundError), open(path, "rb") as file:
                 for line in file:
-                    with contextlib.suppress(ValueError, TypeError, KeyError):  # a torn last line
-                        entry = json.loads(line)
+                    entry = entry_of(line)
+                    if entry:
                         entries[entry["input"]] = entry
+                    elif path == self._manifest:
+                        raise Refusal(f"{path}: is not the manifest of a batch, and would be replaced")
         return entries
 
     @contextlib.contextmanager
@@ -76,5 +95,6 @@ class Folder:
 
     def close(self) -> None:
         """Removes the temporary files; the journal of an unfinished run stays."""
-        shutil.rmtree(self.scratch, ignore_errors=True)
+        shutil.rmtree(self.scratch if os.path.exists(self._journal) else self._working,
+                      ignore_errors=True)
         self._lock.close()

@@ -55,7 +55,8 @@ def is_unchanged(job: Job, entry: Entry, known: Optional[Entry]) -> bool:
     if known is None or "output_sha256" not in known:
         return False
     output = result_name(entry["input"], job["extension"])
-    if known != {**entry, "output": output, "output_sha256": known["output_sha256"]}:
+    wanted = {**entry, "output": output, "output_sha256": known["output_sha256"]}
+    if {key: value for key, value in known.items() if key != "left"} != wanted:
         return False
     try:
         return bool(sha256(os.path.join(job["target"], output)) == known["output_sha256"])
@@ -63,18 +64,34 @@ def is_unchanged(job: Job, entry: Entry, known: Optional[Entry]) -> bool:
         return False
 
 
-FOREIGN = " exists already, and no batch has made it"
+def results_of(known: Optional[Entry]) -> Dict[str, str]:
+    """The hashes of what was made of a photograph, by name: the result of its line, and what other
+    recipes and formats left before."""
+    if known is None:
+        return {}
+    results = dict(known.get("left", {}))
+    if "output_sha256" in known:
+        results[known["output"]] = known["output_sha256"]
+    return results
 
 
-def is_foreign(target: str, entry: Entry, known: Optional[Entry]) -> bool:
-    """Whether something else than this result stands at its place, and no line speaks of it."""
-    of_another = known is not None and known.get("output", entry["output"]) != entry["output"]
-    if known is not None and not of_another and not known.get("error", "").endswith(FOREIGN):
-        return False
+def mark_of(scratch: str, digest: str) -> str:
+    """The file beside scratch that says that a batch has made a result of this content: no line may
+    speak of it if the driver dies."""
+    return os.path.join(os.path.dirname(scratch), "made", digest)
+
+
+def reason_to_keep(job: Job, output: str, digest: str, before: Mapping[str, str]) -> Optional[str]:
+    """Why what stands at a result's place is not replaced: it is not what a batch has made."""
     try:
-        return bool(sha256(target) != entry["output_sha256"])
+        present = sha256(os.path.join(job["target"], output))
     except FileNotFoundError:
-        return False
+        return None
+    if present in (digest, before.get(output)) or os.path.exists(mark_of(job["scratch"], present)):
+        return None
+    if output in before:
+        return f"{output} was changed since the batch made it: delete it to have it made again"
+    return f"{output} exists already, and no batch has made it"
 
 
 def process(job: Job, photograph: str, known: Optional[Entry]) -> Entry:
@@ -83,8 +100,18 @@ def process(job: Job, photograph: str, known: Optional[Entry]) -> Entry:
     entry: Entry = {"input": photograph, "input_sha256": sha256(source), **job["identity"]}
     if known is not None and is_unchanged(job, entry, known):
         return known
+    before = results_of(known)
+    made = make(job, photograph, before)
+    left = {output: digest for output, digest in before.items()
+            if output != made.get("output") and os.path.exists(os.path.join(job["target"], output))}
+    return {**entry, **made, **({"left": left} if left else {})}
+
+
+def make(job: Job, photograph: str, before: Mapping[str, str]) -> Dict[str, str]:
+    """Puts a photograph's result in place; returns what its line says of it, or of the error."""
     if sha256(job["recipe"]) != job["identity"]["recipe_sha256"]:
-        return {**entry, "error": "the recipe was changed while the batch ran"}
+        return {"error": "the recipe was changed while the batch ran"}
+    source = os.path.join(job["source"], photograph)
     output = result_name(photograph, job["extension"])
     with tempfile.TemporaryDirectory(dir=job["scratch"]) as folder:
         alive = os.path.join(folder, "alive")  # gone where another run has swept this one
@@ -95,23 +122,24 @@ def process(job: Job, photograph: str, known: Optional[Entry]) -> Entry:
             stdin=subprocess.DEVNULL, capture_output=True, text=True,
             errors="replace")
         if ran.returncode < 0:
-            return {**entry, "error": f"the tool was ended by signal {-ran.returncode}"}
+            return {"error": f"the tool was ended by signal {-ran.returncode}"}
         if ran.returncode > 0:
             said = [line for line in ran.stderr.splitlines() if not line.startswith("roxe: note:")]
             message = said[-1] if said else f"the tool ended with code {ran.returncode}"
             folders = (folder, results, job["source"], job["target"],
                        os.path.dirname(job["recipe"]))
             message = without_paths(message.removeprefix("roxe: "), folders)
-            return {**entry, "error": message.removeprefix(f"{printable(photograph)}: ")}
-        made = os.path.join(results, os.path.basename(output))
-        refusal = dict(entry)
-        entry.update(output=output, output_sha256=sha256(made))
+            return {"error": message.removeprefix(f"{printable(photograph)}: ")}
+        result = os.path.join(results, os.path.basename(output))
+        digest = sha256(result)
         target = os.path.join(job["target"], output)
         if os.path.realpath(os.path.dirname(target)) != os.path.dirname(target):
-            return {**refusal, "error": f"{output}: a link leads out of the folder"}
+            return {"error": f"{output}: a link leads out of the folder"}
         os.makedirs(os.path.dirname(target), exist_ok=True)
-        if is_foreign(target, entry, known):
-            return {**refusal, "error": output + FOREIGN}
+        reason = reason_to_keep(job, output, digest, before)
+        if reason:
+            return {"error": reason}
+        open(mark_of(job["scratch"], digest), "a", encoding="utf-8").close()
         os.stat(alive)
-        os.replace(made, target)
-    return entry
+        os.replace(result, target)
+    return {"output": output, "output_sha256": digest}

@@ -14,16 +14,18 @@ EXPORTED void take_colours(const uint8_t* rgba, uint8_t* bgr, size_t count) {
   }
 }
 
-/* Takes the opacity of count pixels as grey pixels of three bytes, so that an operation can draw it
-   as it draws the colours. Returns whether any pixel is not opaque. */
-EXPORTED int take_alpha(const uint8_t* rgba, uint8_t* bgr, size_t count) {
+/* Whether all of count pixels are opaque. */
+EXPORTED int is_opaque(const uint8_t* rgba, size_t count) {
   uint8_t all = 255;
-  for (size_t i = 0; i < count; ++i) {
-    const uint8_t alpha = rgba[4 * i + 3];
-    all &= alpha;
-    bgr[3 * i] = bgr[3 * i + 1] = bgr[3 * i + 2] = alpha;
-  }
-  return all != 255;
+  for (size_t i = 0; i < count; ++i) all &= rgba[4 * i + 3];
+  return all == 255;
+}
+
+/* Takes the opacity of count pixels as grey pixels of three bytes, so that an operation can draw it
+   as it draws the colours. */
+EXPORTED void take_alpha(const uint8_t* rgba, uint8_t* bgr, size_t count) {
+  for (size_t i = 0; i < count; ++i)
+    bgr[3 * i] = bgr[3 * i + 1] = bgr[3 * i + 2] = rgba[4 * i + 3];
 }
 
 /* Writes count pixels in the browser's order; alpha is as taken above, or null: all opaque. */

@@ -11,17 +11,18 @@ export interface Image {
 export interface Result {
   width: number;
   height: number;
-  data: Uint8ClampedArray;
+  /** Of a buffer that is not shared, as ImageData wants it; older compilers do not know the kinds. */
+  data: ReturnType<Uint8ClampedArray['slice']>;
 }
 
 /** '#E07A2C', '#e72' or a CSS name. */
 export type Colour = string;
-export type Point = [x: number, y: number];
-export type Line = [x1: number, y1: number, x2: number, y2: number];
+export type Point = readonly [x: number, y: number];
+export type Line = readonly [x1: number, y1: number, x2: number, y2: number];
 /** x1, y1, ... x4, y4 */
-export type Corners = [number, number, number, number, number, number, number, number];
-export type Region = [x: number, y: number, width: number, height: number];
-export type Size = [width: number, height: number];
+export type Corners = readonly [number, number, number, number, number, number, number, number];
+export type Region = readonly [x: number, y: number, width: number, height: number];
+export type Size = readonly [width: number, height: number];
 
 export interface Drawing {
   /** 'repeat': the pixels at the edges are repeated once around, so that no seam is lost (default);
@@ -161,7 +162,7 @@ export interface Roxe {
   softFocus(image: Image, options: SoftFocusOptions): Result;
   replaceColour(image: Image, options: ReplaceColourOptions): Result;
   /** The selection of replaceColour and tint: white at the reference colour, black beyond the
-   * tolerance. */
+   * tolerance. Opaque: transparent colours count as laid over black. */
   colourMask(image: Image, options: SelectionOptions): Result;
   tint(image: Image, options: SelectionOptions): Result;
   temperature(image: Image, options?: TemperatureOptions): Result;
@@ -169,14 +170,15 @@ export interface Roxe {
   shadowHighlight(image: Image, options?: ShadowHighlightOptions): Result;
   variations(image: Image, options?: VariationsOptions): Result;
   /** The natural size of corners drawn upright. */
-  naturalSize(corners: Corners): Size;
+  naturalSize(corners: Corners): [width: number, height: number];
   /** A picture for several operations in a row. */
   open(image: Image): Picture;
 }
 
-/** Loads the library. source: the place, the bytes or the compiled module of roxe.wasm; by default
- * the file that comes with this package. */
-export function load(source?: string | URL | BufferSource | WebAssembly.Module): Promise<Roxe>;
+/** Loads the library. source: the place (text or a URL), the bytes or the compiled WebAssembly.Module
+ * of roxe.wasm; by default the file that comes with this package. */
+export function load(
+  source?: string | {readonly href: string} | ArrayBuffer | ArrayBufferView | object): Promise<Roxe>;
 
 /** Every option of every operation: its kind, range, initial value, unit and meaning. */
 export const operations: Readonly<Record<string, Readonly<Record<string, {

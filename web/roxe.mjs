@@ -27,7 +27,7 @@ class Roxe {
 
   /** The natural size [width, height] of the corners [x1, y1, ... x4, y4] drawn upright. */
   naturalSize(corners) {
-    if (!Array.isArray(corners) || corners.length !== 8 || !corners.every(Number.isInteger))
+    if (!Array.isArray(corners) || corners.length !== 8 || !Array.from(corners).every(Number.isInteger))
       throw new TypeError('corners needs 8 whole numbers, [x1, y1, ... x4, y4]');
     return Picture.naturalSize(this.#native, corners);
   }
@@ -46,19 +46,20 @@ for (const name of Object.keys(operations))
 /** Loads the library. source: where roxe.wasm lies (a URL or a path), its bytes, or a compiled
  * WebAssembly.Module; by default the file beside this one. */
 export async function load(source = new URL('./dist/roxe.wasm', import.meta.url)) {
-  if (source instanceof WebAssembly.Module)
-    return new Roxe(await WebAssembly.instantiate(source, {}));
-  const bytes = typeof source === 'string' || source instanceof URL ? await fetched(source) : source;
+  const kind = source?.[Symbol.toStringTag];  // of a class that another window may have made
+  if (kind === 'WebAssembly.Module') return new Roxe(await WebAssembly.instantiate(source, {}));
+  const bytes = typeof source === 'string' || kind === 'URL' ? await fetched(String(source)) : source;
   return new Roxe((await WebAssembly.instantiate(bytes, {})).instance);
 }
 
-async function fetched(source) {
+async function fetched(place) {
   const inNode = globalThis.process?.versions?.node;
-  if (inNode && !/^(https?|data|blob):/.test(source)) {
-    const {readFile} = await import('node:fs/promises');
-    return readFile(source);
+  if (inNode && !/^(https?|data|blob):/.test(place)) {
+    // Bundlers for browsers must not look for it.
+    const {readFile} = await import(/* webpackIgnore: true */ /* @vite-ignore */ 'node:fs/promises');
+    return readFile(place.startsWith('file:') ? new URL(place) : place);
   }
-  const response = await fetch(source);
-  if (!response.ok) throw new Error(`${source} cannot be read: ${response.status} ${response.statusText}`);
+  const response = await fetch(place);
+  if (!response.ok) throw new Error(`${place} cannot be read: ${response.status} ${response.statusText}`);
   return response.arrayBuffer();
 }

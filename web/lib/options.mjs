@@ -26,7 +26,13 @@ const selection = {
   tolerance: required(whole(0, 200, undefined, 'steps', 'how far from it colours count')),
 };
 
-export const operations = {
+// Objects are all that the table nests.
+const frozen = (table) => {
+  Object.values(table).filter((value) => typeof value === 'object').forEach(frozen);
+  return Object.freeze(table);
+};
+
+export const operations = frozen({
   straighten: {
     line: required({kind: 'line', meaning: 'two points of a line that should be level or upright'}),
     crop, edges, background,
@@ -86,34 +92,46 @@ export const operations = {
     dark: whole(-1000, 1000, 0, 'steps', 'to darken; negative: to lighten'),
     level: whole(0, 6, 2, '', 'size of a step, fine ... coarse'),
   },
-};
+});
 
 const is32Bits = (value) => Number.isInteger(value) && value === (value | 0);
 
 function numbers(value, count, what, form) {
-  if (!Array.isArray(value) || value.length !== count || !value.every(is32Bits))
+  if (!Array.isArray(value) || value.length !== count || !Array.from(value).every(is32Bits))
     throw new TypeError(`${what} needs ${count} whole numbers, ${form}`);
   return value;
 }
 
+// A value as one would write it.
+function shown(value) {
+  if (typeof value === 'string') return JSON.stringify(value);
+  if (typeof value === 'bigint') return `${value}n`;
+  if (Array.isArray(value)) return 'an array';
+  return typeof value === 'object' || typeof value === 'function' ? `of type ${typeof value}` : String(value);
+}
+
+function requireNumber(value, isGood, what, wanted) {
+  if (typeof value === 'number' && isGood(value)) return value;
+  const Wrong = typeof value === 'number' ? RangeError : TypeError;
+  throw new Wrong(`${what} needs ${wanted}, not ${shown(value)}`);
+}
+
 const readers = {
   whole(value, {low, high}, what) {
-    if (!Number.isInteger(value) || value < low || value > high)
-      throw new RangeError(`${what} needs a whole number from ${low} to ${high}, not ${value}`);
-    return value;
+    return requireNumber(value, (number) => Number.isInteger(number) && number >= low && number <= high,
+      what, `a whole number from ${low} to ${high}`);
   },
   decimal(value, {low, high}, what) {
-    if (typeof value !== 'number' || !(value >= low && value <= high))
-      throw new RangeError(`${what} needs a number from ${low} to ${high}, not ${value}`);
-    return value;
+    return requireNumber(value, (number) => number >= low && number <= high, what,
+      `a number from ${low} to ${high}`);
   },
   flag(value, _, what) {
-    if (typeof value !== 'boolean') throw new TypeError(`${what} is true or false, not ${value}`);
+    if (typeof value !== 'boolean') throw new TypeError(`${what} is true or false, not ${shown(value)}`);
     return value;
   },
   choice(value, {values}, what) {
     if (!values.includes(value))
-      throw new TypeError(`${what} is one of ${values.join(', ')}, not ${value}`);
+      throw new TypeError(`${what} is one of ${values.join(', ')}, not ${shown(value)}`);
     return value;
   },
   colour: (value, _, what) => colour(value, what),
@@ -145,7 +163,9 @@ const readers = {
 /** Throws a TypeError with a sentence unless image is {width, height, data} of RGBA bytes. */
 export function checkImage(image, what = 'the image') {
   const {width, height, data} = image ?? {};
-  const bytes = data instanceof Uint8ClampedArray || data instanceof Uint8Array;
+  // By their names, as an iframe has classes of its own.
+  const bytes = ArrayBuffer.isView(data) &&
+    ['Uint8ClampedArray', 'Uint8Array'].includes(data[Symbol.toStringTag]);
   if (!bytes || !Number.isInteger(width) || !Number.isInteger(height) || width < 1 || height < 1)
     throw new TypeError(`${what} must be {width, height, data} with data of red, green, blue and ` +
       'alpha bytes (Uint8ClampedArray or Uint8Array), such as ImageData');

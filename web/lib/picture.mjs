@@ -106,6 +106,16 @@ function layOverBlack(rgba) {
   }
 }
 
+// What roxeSoftFocus takes for a blur of so many channels, as roxe.h states it.
+function blurBytes(width, height, channels, radius) {
+  if (radius <= 1) return 0;
+  const row = channels * 32 * Math.ceil(width / 32);
+  const windows = [radius, radius, radius | 1];
+  const kept = windows.reduce((sum, window) => sum + Math.min(window + 1, height), 0);
+  const tall = windows.filter((window) => window > 257).length;
+  return 447 + 576 * channels + 24 * row / channels + row * (15 + kept) + tall * (64 * channels + 4 * row);
+}
+
 /** A picture in the module's memory. Its operations change it and return it; close() gives its memory
  * back. */
 export class Picture {
@@ -134,9 +144,9 @@ export class Picture {
     return picture.#orClosed(() => withRgba(native, image, (rgba) => {
       const {pointer, pixels} = picture.#colours;
       native.call.take_colours(rgba, pointer, pixels);
-      const alpha = new Plane(native, image.width, image.height);
-      if (native.call.take_alpha(rgba, alpha.pointer, pixels)) picture.#alpha = alpha;
-      else alpha.close();
+      if (native.call.is_opaque(rgba, pixels)) return;
+      picture.#alpha = new Plane(native, image.width, image.height);
+      native.call.take_alpha(rgba, picture.#alpha.pointer, pixels);
     }));
   }
 
@@ -275,6 +285,10 @@ export class Picture {
           native.call.take_brightness(rgba, grey.pointer, grey.pixels);
         });
       }
+      // The library does not say so where it cannot have this, and gives something else.
+      const room = blurBytes(this.width, this.height, 3, radius) +
+        (grey ? blurBytes(this.width, this.height, 1, maskRadius) : 0);
+      if (room > 0) native.give(native.take(room));
       const records = [...this.#colours.record, ...result.record, ...(grey ? grey.record : [])];
       expectOk(native.with(records, (pointer) =>
         native.call.roxeSoftFocus(pointer, pointer + 20, grey ? pointer + 40 : 0, radius, maskRadius)),
@@ -300,6 +314,7 @@ export class Picture {
 
   colourMask(options) {
     const {colour: c, tolerance} = read('colourMask', options);
+    this.#layOverBlack();
     return this.#inPlace('colourMask', (p, call) =>
       call.roxeReplaceColorMask(p, p, c.blue, c.green, c.red, tolerance));
   }
@@ -329,7 +344,7 @@ export class Picture {
     if (!region) return this.#inPlace('autoGamma', (p, call) => call.roxeAutoGamma(p, p, 0));
     const [x, y, width, height] = region;
     if (x + width > this.width || y + height > this.height)
-      throw new RangeError(`region ${region.join(', ')} reaches outside the picture of ` +
+      throw new RangeError(`region ${region.join(',')} reaches outside the picture of ` +
         `${this.width} × ${this.height} pixels`);
     return this.#native.with([x, y, x + width, y + height], (rect) =>
       this.#inPlace('autoGamma', (p, call) => call.roxeAutoGamma(p, p, rect)));
@@ -348,6 +363,17 @@ export class Picture {
   }
 
   // ---- what they share
+
+  // A mask is opaque, and selects among the colours that are seen, as that of the tool.
+  #layOverBlack() {
+    if (!this.#alpha) return;
+    const {pointer, size} = this.#colours;
+    const colours = this.#native.bytes(pointer, size);
+    const alpha = this.#native.bytes(this.#alpha.pointer, size);
+    for (let i = 0; i < size; ++i) colours[i] = Math.round(colours[i] * alpha[i] / 255);
+    this.#alpha.close();
+    this.#alpha = null;
+  }
 
   #orClosed(work) {
     try {

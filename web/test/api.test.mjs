@@ -1,7 +1,10 @@
 // node --test web/test: the package as its users call it.
 import assert from 'node:assert/strict';
+import {execFileSync} from 'node:child_process';
 import {readFile} from 'node:fs/promises';
 import test from 'node:test';
+import {fileURLToPath} from 'node:url';
+import vm from 'node:vm';
 
 import {load, operations} from '../roxe.mjs';
 
@@ -118,7 +121,21 @@ const refused = [
     {colour: 'red', tolerance: 1}), /needs 16 bytes of data, not 12/],
   ['a missing option', () => roxe.rotate(good), /^rotate needs angle: positive turns clockwise$/],
   ['an unknown option', () => roxe.rotate(good, {angel: 2}), /has no option angel; it has angle/],
-  ['a text for a number', () => roxe.rotate(good, {angle: '2'}), /needs a number from -3600 to 3600/],
+  ['a text for a number', () => roxe.rotate(good, {angle: '2'}),
+    /^angle needs a number from -3600 to 3600, not "2"$/],
+  ['no text for a number', () => roxe.shadowHighlight(good, {shadow: ''}), /from 0 to 100, not ""$/],
+  ['a BigInt', () => roxe.shadowHighlight(good, {shadow: 5n}), /from 0 to 100, not 5n$/],
+  ['a symbol', () => roxe.rotate(good, {angle: Symbol('a'), expand: 1}), /, not Symbol\(a\)$/],
+  ['a symbol for a choice', () => roxe.rotate(good, {angle: 1, crop: Symbol('a')}), /, not Symbol\(a\)$/],
+  ['an object of no class', () => roxe.rotate(good, {angle: Object.create(null)}), /, not of type object$/],
+  ['a list for a flag', () => roxe.rotate(good, {angle: 1, expand: [true]}), /, not an array$/],
+  ['a point of holes', () => roxe.rotate(good, {angle: 5, about: new Array(2)}), /^about needs 2 whole numbers/],
+  ['a line with a hole', () => roxe.straighten(good, {line: [, 1, 5, 3]}), /^line needs 4 whole numbers/],
+  ['a grey of holes', () => roxe.temperature(good, {grey: new Array(2)}), /^grey needs 2 whole numbers/],
+  ['a region of holes', () => roxe.autoGamma(good, {region: new Array(4)}), /^region needs 4 whole/],
+  ['corners with holes', () => roxe.naturalSize([, , 19, 0, 19, 9, 0, 9]), /^corners needs 8 whole numbers/],
+  ['a proxy of bytes', () => roxe.rotate({...good, data: new Proxy(good.data, {})}, {angle: 1}), /must be/],
+  ['data of other numbers', () => roxe.rotate({...good, data: new Int8Array(800)}, {angle: 1}), /must be/],
   ['not a number', () => roxe.rotate(good, {angle: NaN}), /needs a number/],
   ['a fraction', () => roxe.shadowHighlight(good, {shadow: 1.5}), /whole number from 0 to 100/],
   ['out of range', () => roxe.shadowHighlight(good, {shadow: 101}), /whole number from 0 to 100/],
@@ -148,7 +165,8 @@ const refused = [
   ['a colour in a list', () => roxe.tint(good, {colour: ['red'], tolerance: 1}),
     /^colour needs a colour such as '#E07A2C' or orange, not red$/],
   ['a radius of no mask', () => roxe.softFocus(good, {radius: 3, maskRadius: 3}), /^maskRadius needs mask$/],
-  ['a region outside', () => roxe.autoGamma(good, {region: [0, 0, 21, 3]}), /reaches outside/],
+  ['a region outside', () => roxe.autoGamma(good, {region: [0, 0, 21, 3]}),
+    /^region 0,0,21,3 reaches outside the picture of 20 × 10 pixels$/],
 ];
 for (const [name, call, sentence] of refused)
   test(`refused: ${name}`, () => {
@@ -166,6 +184,64 @@ for (const [width, height] of [[40000, 40000], [65536, 65536], [37838, 37838]])
     // The module is as good as before.
     assert.deepEqual(roxe.rotate(good, {angle: 0}).data, good.data);
   });
+
+test('a wrong type is a TypeError, a number out of range a RangeError', () => {
+  assert.throws(() => roxe.rotate(good, {angle: '2'}), TypeError);
+  assert.throws(() => roxe.shadowHighlight(good, {shadow: true}), TypeError);
+  assert.throws(() => roxe.rotate(good, {angle: 3601}), RangeError);
+  assert.throws(() => roxe.shadowHighlight(good, {shadow: 0.5}), RangeError);
+});
+
+test('nobody changes what options may be', () => {
+  assert.throws(() => (operations.rotate.angle.high = 1e9), TypeError);
+  assert.throws(() => operations.rotate.crop.values.push('all'), TypeError);
+});
+
+test('a blur that there is no memory for is refused, and the picture stays', () => {
+  const script = `
+    import {load} from ${JSON.stringify(new URL('../roxe.mjs', import.meta.url).href)};
+    const roxe = await load();
+    const grey = (v) => ({width: 1000, height: 1000,
+      data: new Uint8ClampedArray(4e6).map((_, i) => (i % 4 === 3 ? 255 : v))});
+    const picture = roxe.open(grey(200)), other = roxe.open(grey(33)), others = [];
+    try { for (;;) others.push(other.copy()); } catch {}
+    others.pop().close();
+    const blur = (options) => {
+      try { picture.softFocus(options); return 'blurred'; } catch (error) { return error.message; }
+    };
+    const said = [blur({radius: 1000}), blur({radius: 1, mask: grey(0), maskRadius: 1000})];
+    for (const each of others) each.close();
+    const colours = new Set(picture.toImage().data.filter((_, i) => i % 4 !== 3));
+    console.log(JSON.stringify([...said, ...colours, blur({radius: 1000})]));`;
+  const printed = execFileSync(process.execPath,
+    ['--wasm-max-mem-pages=400', '--input-type=module', '-e', script], {encoding: 'utf8'});
+  const refusal = 'there is not enough memory for this picture';
+  assert.deepEqual(JSON.parse(printed), [refusal, refusal, 200, 'blurred']);
+});
+
+test('images and places of another window are as good', async () => {
+  const foreign = vm.runInNewContext('new Uint8ClampedArray(800).fill(9)');
+  assert.ok(!(foreign instanceof Uint8ClampedArray));
+  const {data} = roxe.rotate({width: 20, height: 10, data: foreign}, {angle: 0});
+  assert.ok(data instanceof Uint8ClampedArray && data.every((v) => v === 9));
+});
+
+test('the module comes from a URL, its text, a path, bytes or what was compiled', async () => {
+  const url = new URL('../dist/roxe.wasm', import.meta.url);
+  const bytes = await readFile(url);
+  for (const source of [url, url.href, fileURLToPath(url), bytes, await WebAssembly.compile(bytes)])
+    assert.deepEqual((await load(source)).naturalSize([0, 0, 9, 0, 9, 9, 0, 9]), [9, 9]);
+  await assert.rejects(load('nowhere.wasm'), /nowhere\.wasm/);
+});
+
+test('a selection is opaque, and made among the colours as they are over black', () => {
+  const alphas = [0, 80, 160, 255];
+  const picture = image(4, 1, () => [200, 100, 50], (x) => alphas[x]);
+  const over = image(4, 1, (x) => [200, 100, 50].map((v) => Math.round(v * alphas[x] / 255)));
+  const options = {colour: '#C86432', tolerance: 80};
+  assert.deepEqual(roxe.colourMask(picture, options).data, roxe.colourMask(over, options).data);
+  assert.deepEqual(pixel(roxe.colourMask(picture, options), 3, 0), [255, 255, 255, 255]);
+});
 
 test('what is transparent of a mask counts as black', () => {
   const picture = image(20, 10, (x, y) => [(x * 37 + y * 91) % 256, (x * 11) % 256, (y * 53) % 256]);

@@ -52,14 +52,20 @@ test('the example of the README runs from the tarball in an empty folder', () =>
 
 test('the declarations hold what the module has, and a wrong call does not compile', () => installed((folder, run) => {
   const tsc = join(web, 'test/node_modules/typescript/bin/tsc');
-  const check = (text) => {
+  const check = (text, lib = 'es2022,dom') => {
     writeFileSync(join(folder, 'use.mts'), `import {load} from 'roxe';\nconst roxe = await load();\n` +
       `const image = {width: 1, height: 1, data: new Uint8ClampedArray(4)};\n${text}\n`);
-    run('node', tsc, '--noEmit', '--strict', '--target', 'es2022', '--module', 'nodenext', '--lib', 'es2022,dom', 'use.mts');
+    run('node', tsc, '--noEmit', '--strict', '--target', 'es2022', '--module', 'nodenext', '--lib', lib, 'use.mts');
   };
   check(`const {width, data} = roxe.rotate(image, {angle: 3, crop: 'free'});
     const [w]: [number, number] = roxe.naturalSize([0, 0, 9, 0, 9, 9, 0, 9]);
     roxe.open(image).autoGamma().variations({red: 2}).toImage().data.fill(w + width + data.length);`);
+  check(`const line = [0, 1, 9, 2] as const;
+    const {width, height, data} = roxe.straighten(image, {line});
+    document.createElement('canvas').getContext('2d')!.putImageData(new ImageData(data, width, height), 0, 0);
+    await load(new URL('x', location.href));`);
+  check('await load(new Uint8Array(3)); roxe.rotate(image, {angle: 3});', 'es2022');
+  assert.throws(() => check('await load(3);', 'es2022'));
   assert.throws(() => check('roxe.rotate(image, {angel: 3});'));
   assert.throws(() => check("roxe.rotate(image, {angle: '3'});"));
   const declared = readFileSync(join(web, 'roxe.d.ts'), 'utf8');

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <cstdlib>
+#include <new>
 #include <utility>
 
 #include "drawing.h"
@@ -29,6 +32,26 @@ Bytes transposed(const Bytes& grey, int32_t width) {
   for (size_t x = 0; x < columns; ++x)
     for (size_t y = 0; y < rows; ++y) turned.push_back(grey[y * columns + x]);
   return turned;
+}
+
+// What the library takes for a blur of so many channels, as roxe.h states it.
+size_t blur_bytes(Size size, size_t channels, int32_t radius) {
+  if (radius <= 1) return 0;
+  const size_t row = channels * ((static_cast<size_t>(size.width) + 31) / 32 * 32);
+  size_t bytes = 447 + 576 * channels + 24 * row / channels + 15 * row;
+  for (const int32_t window : {radius, radius, radius | 1}) {
+    bytes += row * static_cast<size_t>(std::min(window + 1, size.height));
+    if (window > 257) bytes += 64 * channels + 4 * row;
+  }
+  return bytes;
+}
+
+// The library does not say so where it cannot have this, and gives something else than the blur.
+void require_memory(size_t bytes) {
+  void* volatile block =
+      std::malloc(bytes);  // volatile: or the compiler would leave out both calls
+  if (!block && bytes > 0) throw std::bad_alloc();
+  std::free(block);
 }
 
 class SoftFocus : public Operation {
@@ -83,6 +106,8 @@ class SoftFocus : public Operation {
     // In place the mask would have no effect.
     return draw_into(
         picture, size_of(picture), background, [&](const PixelArray* from, PixelArray* to) {
+          require_memory(blur_bytes(size_of(picture), 3, radius_) +
+                         (grey.empty() ? 0 : blur_bytes(size_of(picture), 1, mask_radius_)));
           return roxeSoftFocus(from, to, grey.empty() ? nullptr : &mask, radius_, mask_radius_);
         });
   }

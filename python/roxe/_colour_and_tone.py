@@ -19,6 +19,21 @@ from roxe._native import PixelArray, PixelRect, expect, library, no_memory
 # -------------------------------------------------------------------------------------------- blur
 
 
+def _blur_bytes(shape: Tuple[int, ...], channels: int, radius: int) -> int:
+    """What the library takes for a blur of so many channels, as roxe.h states it."""
+    if radius <= 1:
+        return 0
+    height, width = shape[:2]
+    row = channels * (-(-width // 32) * 32)
+    windows = (radius, radius, radius | 1)
+    kept = sum(min(window + 1, height) for window in windows)
+    tall = sum(window > 257 for window in windows)
+    return (
+        447 + 576 * channels + 24 * row // channels + row * (15 + kept)
+        + tall * (64 * channels + 4 * row)
+    )
+
+
 def soft_focus(
     image: Image,
     *,
@@ -59,7 +74,7 @@ def soft_focus(
     elif mask_radius != 1:
         raise ValueError("mask_radius needs a mask")
     if out is None:
-        result: Image = np.zeros(image.shape, np.uint8)  # without memory the library leaves it so
+        result: Image = np.empty(image.shape, np.uint8)
         target = record(result, "out")
     else:
         result, target = out, target_record(out, image.shape)
@@ -68,6 +83,14 @@ def soft_focus(
         if is_in_place(image, source, out, target) and selection:
             image = image.copy()  # the blend needs the sharp pixels after the blur
             source = record(image, "image")
+    room = _blur_bytes(image.shape, 3, radius)
+    if mask is not None:
+        room += _blur_bytes(image.shape, 1, mask_radius)
+    try:
+        # The library does not say so where it cannot have this, and gives something else.
+        np.empty(room, np.uint8)
+    except MemoryError:
+        raise no_memory() from None
     status = library().roxeSoftFocus(source, target, selection, radius, mask_radius)
     expect(status, _native.OK, {_native.INVALID: no_memory()})
     return result

@@ -92,7 +92,10 @@ def _wrong_shape(array: npt.NDArray[np.uint8], name: str, channels: int) -> Opti
     if channels == 1:
         if array.ndim == 2:
             return None
-        advice = f"np.ascontiguousarray({name}[..., 0])" if array.ndim == 3 else "give one plane"
+        if name == "out":
+            advice = "out = np.empty((height, width), np.uint8)"
+        else:
+            advice = f"np.ascontiguousarray({name}[..., 0])" if array.ndim == 3 else "give one plane"
         return f"{name} has shape {shape}, not (height, width): {advice}"
     if array.ndim == 3 and shape[2] == 3:
         return None
@@ -100,6 +103,8 @@ def _wrong_shape(array: npt.NDArray[np.uint8], name: str, channels: int) -> Opti
         advice = "out = np.empty((height, width, 3), np.uint8)"
     elif array.ndim == 2:
         advice = f"np.stack([{name}] * 3, axis=-1)"
+    elif array.ndim == 3 and shape[2] == 1:
+        advice = f"np.repeat({name}, 3, axis=2)"
     elif array.ndim == 3 and shape[2] == 4:
         advice = f"np.ascontiguousarray({name}[..., :3])"
     elif array.ndim == 3 and shape[0] == 3:
@@ -115,7 +120,7 @@ def target_record(out: Image, shape: Tuple[int, ...]) -> PixelArray:
     if out.shape != shape:
         raise ValueError(f"out has shape {out.shape}, but the result has {shape}")
     if not out.flags.writeable:
-        raise ValueError("out is read-only: give out.copy() or leave out away")
+        raise ValueError("out is read-only: give an array that can be written, or leave out away")
     return made
 
 

@@ -1,6 +1,8 @@
 """What cannot be right is refused in a sentence that names the argument and says what to write."""
 
 import re
+import subprocess
+import sys
 
 import numpy as np
 import pytest
@@ -37,6 +39,7 @@ IMAGES = [
     (noise(4, 4).reshape(3, 4, 4)[:, :, :4].reshape(3, 8, 2), ValueError,
      "np.ascontiguousarray(image.transpose(1, 2, 0))"),
     (PHOTO[None], ValueError, "give one picture at a time"),
+    (PHOTO[..., :1], ValueError, "np.repeat(image, 3, axis=2)"),
     (PHOTO[:0], ValueError, "(0, 40, 3) and holds no pixel"),
     (PHOTO[:, :0], ValueError, "(30, 0, 3) and holds no pixel"),
     (PHOTO[:, ::-1], ValueError, "np.ascontiguousarray(image)"),
@@ -67,7 +70,7 @@ def test_arrays_that_no_record_describes(image, exception, sentence):
 OUTS = [
     ([1], TypeError, "out needs a numpy array"),
     (PHOTO.astype(float), TypeError, "out has dtype float64, not uint8"),
-    (READ_ONLY, ValueError, "out is read-only"),
+    (READ_ONLY, ValueError, "out is read-only: give an array that can be written, or leave out away"),
     (noise(30, 39), ValueError, "out has shape (30, 39, 3), but the result has (30, 40, 3)"),
     (PHOTO[..., 0], ValueError, "out has shape (30, 40), not (height, width, 3)"),
     (noise(30, 40)[::-1], ValueError, "assign the result: target[...] = result"),
@@ -82,6 +85,11 @@ def test_outs(out, exception, sentence):
                       lambda: roxe.soft_focus(PHOTO, radius=3, out=out)):
         with pytest.raises(exception, match=re.escape(sentence)):
             operation()
+
+
+def test_an_out_of_a_mask_of_the_wrong_shape():
+    with pytest.raises(ValueError, match=re.escape("out = np.empty((height, width), np.uint8)")):
+        roxe.colour_mask(PHOTO, colour="red", tolerance=9, out=noise(30, 40))
 
 
 def test_overlaps_other_than_in_place():
@@ -254,3 +262,30 @@ def test_pictures_beyond_the_memory_of_shadow_highlight():
 def test_everything_but_the_image_goes_by_keyword():
     with pytest.raises(TypeError):
         roxe.rotate(PHOTO, 3)
+
+
+def test_without_memory_a_blur_is_right_or_refused():
+    """The library itself keeps silent where it cannot have what a blur takes."""
+    script = """
+import resource
+import numpy as np
+import roxe
+image = np.arange(3000000, dtype=np.uint32).astype(np.uint8).reshape(1000, 1000, 3)
+mask = np.ascontiguousarray(image[..., 0])
+options = {"radius": 900, "mask": mask, "mask_radius": 900}
+wanted = roxe.soft_focus(image, **options)
+said = set()
+for kilobytes in range(0, 60000, 1500):
+    with open("/proc/self/status") as status:
+        used = next(int(line.split()[1]) for line in status if line.startswith("VmSize"))
+    resource.setrlimit(resource.RLIMIT_AS, ((used + kilobytes) << 10, resource.RLIM_INFINITY))
+    try:
+        said.add("right" if np.array_equal(roxe.soft_focus(image, **options), wanted) else "wrong")
+    except MemoryError:
+        said.add("refused")
+    finally:
+        resource.setrlimit(resource.RLIMIT_AS, (resource.RLIM_INFINITY, resource.RLIM_INFINITY))
+print(sorted(said))
+"""
+    ran = subprocess.run([sys.executable, "-c", script], capture_output=True, text=True, check=True)
+    assert ran.stdout == "['refused', 'right']\n"

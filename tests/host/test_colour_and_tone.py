@@ -1,6 +1,8 @@
 """Soft focus, the operations on colour and those on tone from the command line."""
 
+import os
 import re
+import resource
 import struct
 import unittest
 import zlib
@@ -92,6 +94,26 @@ class SoftFocus(ToolTest):
                         "out.ppm", "--radius", radius)
         self.refuse(2, "--mask-radius needs --mask", "soft-focus", "in.ppm", "out.ppm",
                     "--radius", 3, "--mask-radius", 3)
+
+
+    def test_without_memory_it_is_right_or_refused(self):
+        """The library itself keeps silent where it cannot have what a blur takes."""
+        self.write("in.ppm", b"P6 1000 1000 255\n" + (bytes(range(251)) * 11953)[:3000000])
+        blur = ("soft-focus", "in.ppm", "out.ppm", "--radius", 900)
+        self.succeed(*blur)
+        wanted = self.read("out.ppm")
+        codes = set()
+        for megabytes in range(16, 80, 2):
+            os.unlink(self.path("out.ppm"))
+            limit = megabytes << 20
+            result = self.run_tool(*blur, preexec_fn=lambda: resource.setrlimit(
+                resource.RLIMIT_AS, (limit, limit)))
+            codes.add(result.returncode)
+            if result.returncode == 0:
+                self.assertEqual(self.read("out.ppm"), wanted, megabytes)
+            else:
+                self.write("out.ppm", b"")
+        self.assertGreaterEqual(codes, {0, 1})
 
 
 class Colours(ToolTest):

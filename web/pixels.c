@@ -24,8 +24,7 @@ EXPORTED int is_opaque(const uint8_t* rgba, size_t count) {
 /* Takes the opacity of count pixels as grey pixels of three bytes, so that an operation can draw it
    as it draws the colours. */
 EXPORTED void take_alpha(const uint8_t* rgba, uint8_t* bgr, size_t count) {
-  for (size_t i = 0; i < count; ++i)
-    bgr[3 * i] = bgr[3 * i + 1] = bgr[3 * i + 2] = rgba[4 * i + 3];
+  for (size_t i = 0; i < count; ++i) bgr[3 * i] = bgr[3 * i + 1] = bgr[3 * i + 2] = rgba[4 * i + 3];
 }
 
 /* Writes count pixels in the browser's order; alpha is as taken above, or null: all opaque. */

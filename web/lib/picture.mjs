@@ -429,6 +429,8 @@ export class Picture {
 
   #inPlace(operation, call) {
     const native = this.#native;
+    // The most that any takes (roxe.h); some would do nothing without it, and not say so.
+    native.give(native.take(100 * this.width + 8192));
     expectOk(native.with(this.#colours.record, (record) => call(record, native.call)), operation);
     return this;
   }

@@ -197,7 +197,7 @@ test('nobody changes what options may be', () => {
   assert.throws(() => operations.rotate.crop.values.push('all'), TypeError);
 });
 
-test('a blur that there is no memory for is refused, and the picture stays', () => {
+test('what there is no memory for is refused, and the picture stays', () => {
   const script = `
     import {load} from ${JSON.stringify(new URL('../roxe.mjs', import.meta.url).href)};
     const roxe = await load();
@@ -206,17 +206,21 @@ test('a blur that there is no memory for is refused, and the picture stays', () 
     const picture = roxe.open(grey(200)), other = roxe.open(grey(33)), others = [];
     try { for (;;) others.push(other.copy()); } catch {}
     others.pop().close();
-    const blur = (options) => {
-      try { picture.softFocus(options); return 'blurred'; } catch (error) { return error.message; }
+    const attempt = (name, options) => {
+      try { picture[name](options); return 'done'; } catch (error) { return error.message; }
     };
-    const said = [blur({radius: 1000}), blur({radius: 1, mask: grey(0), maskRadius: 1000})];
+    const said = [attempt('softFocus', {radius: 1000}),
+      attempt('softFocus', {radius: 1, mask: grey(0), maskRadius: 1000})];
+    const dot = {width: 90, height: 90, data: new Uint8Array(32400)};
+    try { for (;;) others.push(roxe.open(dot)); } catch {}
+    said.push(attempt('shadowHighlight', {shadow: 50}));
     for (const each of others) each.close();
     const colours = new Set(picture.toImage().data.filter((_, i) => i % 4 !== 3));
-    console.log(JSON.stringify([...said, ...colours, blur({radius: 1000})]));`;
+    console.log(JSON.stringify([...said, ...colours, attempt('softFocus', {radius: 1000})]));`;
   const printed = execFileSync(process.execPath,
     ['--wasm-max-mem-pages=400', '--input-type=module', '-e', script], {encoding: 'utf8'});
   const refusal = 'there is not enough memory for this picture';
-  assert.deepEqual(JSON.parse(printed), [refusal, refusal, 200, 'blurred']);
+  assert.deepEqual(JSON.parse(printed), [refusal, refusal, refusal, 200, 'done']);
 });
 
 test('images and places of another window are as good', async () => {

@@ -47,9 +47,9 @@ size_t blur_bytes(Size size, size_t channels, int32_t radius) {
 }
 
 // The library does not say so where it cannot have this, and gives something else than the blur.
+// Volatile, or the compiler would leave out both calls.
 void require_memory(size_t bytes) {
-  void* volatile block =
-      std::malloc(bytes);  // volatile: or the compiler would leave out both calls
+  void* volatile block = std::malloc(bytes);
   if (!block && bytes > 0) throw std::bad_alloc();
   std::free(block);
 }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <exception>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -68,6 +69,11 @@ bool is_a_picture(int32_t width, int32_t height) {
   return width > 0 && height > 0 && int64_t{width} * height <= Picture::kMaxPixels;
 }
 
+const char* sentence_of(const std::exception& error) {
+  const bool is_memory = dynamic_cast<const std::bad_alloc*>(&error) != nullptr;
+  return is_memory ? "there is not enough memory for this picture" : error.what();
+}
+
 // Where the result lies. None: the picture stays as it is, because there is none, it is endless or
 // too large, or the options make no sense on it.
 std::optional<GeglRectangle> result_area(const State& state, const GeglRectangle& source) {
@@ -80,7 +86,7 @@ std::optional<GeglRectangle> result_area(const State& state, const GeglRectangle
     if (!is_a_picture(size.width, size.height)) return {};
     return GeglRectangle{source.x + origin.x, source.y + origin.y, size.width, size.height};
   } catch (const std::exception& error) {
-    ROXE_SAY("%s", error.what());
+    ROXE_SAY("%s", sentence_of(error));
     return {};
   }
 }
@@ -128,7 +134,7 @@ void prepare(GeglOperation* operation) {
   try {
     state.request = make_request(state);
   } catch (const std::exception& error) {
-    ROXE_SAY("%s", error.what());
+    ROXE_SAY("%s", sentence_of(error));
     state.request = nullptr;
   }
 }
@@ -162,7 +168,7 @@ bool change_by_pixels(const Request& request, GeglBuffer* input, GeglBuffer* out
         write_layers(layers, output, strip.x, strip.y, format);
       }
     } catch (const std::exception& error) {
-      ROXE_SAY("%s", error.what());
+      ROXE_SAY("%s", sentence_of(error));
       done = false;
     }
   });
@@ -192,7 +198,7 @@ gboolean process(GeglOperation* object, GeglOperationContext* context, const gch
   try {
     change_whole(state, input, aux ? GEGL_BUFFER(aux) : nullptr, output, source, *result, format);
   } catch (const std::exception& error) {
-    ROXE_SAY("%s", error.what());
+    ROXE_SAY("%s", sentence_of(error));
     gegl_buffer_copy(input, area, GEGL_ABYSS_NONE, output, area);
   }
   return TRUE;

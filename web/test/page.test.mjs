@@ -441,6 +441,18 @@ test('the picture that was chosen last is the one that opens', () => onPage(asyn
   assert.match(await page.textContent('#status'), /^perspective-grid\.png: /);
 }));
 
+test('a new photograph begins with an empty list, even while a control moves', () => onPage(async (page) => {
+  await choose(page, small);
+  await add(page, 'tint');
+  await page.locator('input[type=color]').first().evaluate((input) => {
+    input.value = '#112233';
+    input.dispatchEvent(new Event('input'));
+  });
+  assert.match(await recipeOf(page), /#112233/);
+  await choose(page, join(photos, 'perspective-grid.png'));
+  assert.equal(await recipeOf(page), '');
+}));
+
 test('a photograph that cannot be fetched is named', () => onPage(async (page) => {
   await page.evaluate(() => (window.fetch = () => Promise.reject(new TypeError('Failed to fetch'))));
   await page.selectOption('#sample', 'rocket-night.jpg');

@@ -126,7 +126,7 @@ class SoftFocus : public Operation {
 
 std::vector<OperationEntry> blur_operations() {
   return {{"soft-focus",
-           "Blur a picture, except where a mask keeps it sharp; white becomes 252 to 254",
+           "Blur a picture, except where a mask keeps it sharp; white loses a few levels",
            make_operation<SoftFocus>}};
 }
 

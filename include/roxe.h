@@ -16,7 +16,8 @@
 //   a host fills the destination with its background first where that matters.
 // - Source and destination may be the same record.
 // - Results are truncated, not rounded.
-// - Colours passed as separate arguments come in the order of the pixel bytes: blue, green, red.
+// - Colours passed as separate arguments come in the order of the pixel bytes: blue, green, red
+//   (the steps of roxeVariations: red, green, blue).
 // - The rounding, masks, flags and flushing of floating-point arithmetic that the host has chosen
 //   have no effect and are afterwards what they were, and so is errno.
 // - A record of an unknown format counts as verified whatever its other fields hold; where its
@@ -169,6 +170,9 @@ ROXE_API int32_t roxeuAutoStraightenImage(const PixelArray* src, int32_t x1, int
 //              left as it is. Null: the corners of rect.
 // rect         the area of dst to draw. It may reach past dst on any side but must overlap it. Its
 //              exclusive right and bottom edges are where the right and bottom corners are mapped.
+//
+// Products of two coordinates are formed in 32 bits that wrap: corners further than 46340 pixels
+// apart may be refused or mapped otherwise.
 //
 // A pixel whose source position is not covered by four source pixels is left as it was. Positions
 // between -1 and 0 extrapolate from the first column or row, and their values wrap to 8 bits.

@@ -314,6 +314,7 @@ export class Picture {
 
   colourMask(options) {
     const {colour: c, tolerance} = read('colourMask', options);
+    this.#requireMemory();
     this.#layOverBlack();
     return this.#inPlace('colourMask', (p, call) =>
       call.roxeReplaceColorMask(p, p, c.blue, c.green, c.red, tolerance));
@@ -427,10 +428,14 @@ export class Picture {
     });
   }
 
+  // The most that an operation in place takes (roxe.h). Without it some do nothing and do not say so.
+  #requireMemory() {
+    this.#native.give(this.#native.take(100 * this.width + 8192));
+  }
+
   #inPlace(operation, call) {
     const native = this.#native;
-    // The most that any takes (roxe.h); some would do nothing without it, and not say so.
-    native.give(native.take(100 * this.width + 8192));
+    this.#requireMemory();
     expectOk(native.with(this.#colours.record, (record) => call(record, native.call)), operation);
     return this;
   }

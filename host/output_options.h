@@ -37,7 +37,7 @@ struct OutputOptions {
     app.add_flag("--progressive", settings.progressive, "write a progressive JPEG");
     app.add_flag("--strip", settings.strip,
                  "write no metadata but what the colours mean and the resolution");
-    app.add_flag("--strip-gps", settings.strip_gps, "leave out positions in the places that are known for them");
+    app.add_flag("--strip-gps", settings.strip_gps, "leave out positions in their usual places");
     app.add_flag("--preserve-time", settings.preserve_time,
                  "give the output the time of change of the input");
     app.add_flag("--damaged", damaged,

@@ -405,8 +405,21 @@ def test_a_link_in_the_folder_of_results_does_not_lead_to_the_originals(job, tmp
 
 def test_a_folder_that_cannot_be_made(tmp_path):
     (tmp_path / "file").write_bytes(b"")
-    with pytest.raises(Refusal, match="file: the folder cannot be made .Not a directory."):
+    with pytest.raises(Refusal, match="file: the folder cannot be made or written .Not a directory."):
         Folder(str(tmp_path / "file"))
+    (tmp_path / "out/.roxe-batch/lock").mkdir(parents=True)  # for the administrator, who may write all
+    with pytest.raises(Refusal, match="out: the folder cannot be made or written .Is a directory."):
+        Folder(str(tmp_path / "out"))
+
+
+def test_a_folder_where_a_run_died(tmp_path):
+    folder = Folder(str(tmp_path))
+    with folder.journal():
+        pass
+    (tmp_path / ".roxe-batch/made/digest").touch()
+    folder.close()
+    Folder(str(tmp_path)).close()
+    assert (tmp_path / ".roxe-batch/made/digest").exists()
 
 
 @pytest.mark.parametrize("arguments, sentence", [

@@ -44,9 +44,9 @@ class Folder:
         self._journal = os.path.join(self._working, "journal.jsonl")
         try:
             os.makedirs(self._working, exist_ok=True)
+            self._lock = open(os.path.join(self._working, "lock"), "w", encoding="utf-8")
         except OSError as error:
-            raise Refusal(f"{path}: the folder cannot be made ({error.strerror})") from None
-        self._lock = open(os.path.join(self._working, "lock"), "w", encoding="utf-8")
+            raise Refusal(f"{path}: the folder cannot be made or written ({error.strerror})") from None
         try:
             fcntl.flock(self._lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
         except OSError:
@@ -57,10 +57,11 @@ class Folder:
             if name.startswith("run-"):
                 shutil.rmtree(os.path.join(self._working, name), ignore_errors=True)
         self.scratch = tempfile.mkdtemp(prefix="run-", dir=self._working)
+        os.chmod(self.scratch, 0o777)  # workers may be other users
         made = os.path.dirname(mark_of(self.scratch, ""))
-        os.makedirs(made, exist_ok=True)
-        for folder in (self.scratch, made):
-            os.chmod(folder, 0o777)  # workers may be other users
+        with contextlib.suppress(FileExistsError):  # left by a run that died
+            os.mkdir(made)
+            os.chmod(made, 0o777)
 
     def known(self) -> Dict[str, Entry]:
         """Lines of the manifest, overtaken by those of an interrupted run's journal. Raises Refusal

@@ -7,7 +7,7 @@ import subprocess
 import unittest
 import zlib
 
-from pictures import (TOOL, ToolTest, chunk, jpeg_segments, photo, plain, png, png_chunks, ppm, ppm_rows,
+from pictures import (SANITIZED, ToolTest, chunk, jpeg_segments, photo, plain, png, png_chunks, ppm, ppm_rows,
                       speckled, with_segments)
 
 LEVEL = ("--line", "0,0,1,0", "--background", "black")
@@ -98,14 +98,12 @@ class Dropped(Jpegs):
 
 
 class Bounds(ToolTest):
-    """With 600 MB of memory at most, of which a sanitizer would need far more by itself."""
+    """With 600 MB of memory at most."""
 
     def bounded(self, name):
         def limit():
             resource.setrlimit(resource.RLIMIT_AS, (600 << 20, 600 << 20))
-        with open(TOOL, "rb") as tool:
-            sanitized = b"__asan" in tool.read()
-        return self.run_tool("info", name, preexec_fn=None if sanitized else limit)
+        return self.run_tool("info", name, preexec_fn=None if SANITIZED else limit)
 
     def test_a_chunk_that_claims_two_gigabytes(self):
         self.write("in.png", png(1, 1, 8, 2, [b"\1\2\3"])[:33] + struct.pack(">I", 0x7FFFFFFF) +
